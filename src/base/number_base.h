@@ -1,0 +1,41 @@
+// Numbers written in base 2, 8, 10, 12 and 16, with fractions, in both directions.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qumel {
+
+struct SQMNumberBase {
+  long radix;          // 0 for an unknown base
+  char const* digits;  // digit table; null for an unknown base
+};
+
+/** What a base letter ('B', 'O', 'D', 'T', 'H' in either case, or 'x') stands for. */
+SQMNumberBase FindNumberBase(char letter);
+
+/** "0", the base label, the integer digits, the point (',' for radix mark 'C', else '.') and the fraction digits.
+ *  One digit more than the precision is written; a negative precision writes none. Negative values have no sign:
+ *  their integer part is written as its 64-bit two's complement pattern. */
+std::string NumberToBasedText(double value, char base, char radixMark, long precision);
+
+/** Digits of a number, most significant first; empty for 0. */
+std::string IntegerToDigits(unsigned long long value, SQMNumberBase const& base);
+
+/** Fraction digits: at least one, at most precision + 1; none for a negative precision. */
+std::string FractionToDigits(double fraction, SQMNumberBase const& base, long precision);
+
+double DigitsToDouble(std::string_view digits, SQMNumberBase const& base);
+unsigned long long DigitsToInteger(std::string_view digits, SQMNumberBase const& base);
+double FractionDigitsToDouble(std::string_view digits, SQMNumberBase const& base);
+
+struct SQMBasedNumber {
+  double value;
+  bool isInteger;
+};
+
+/** The value of a literal: a base letter, digits, perhaps a point, perhaps an exponent ("X", or "E" where it is no
+ *  digit). An unknown base letter gives 0. Letters are digits only as the digit table writes them. */
+SQMBasedNumber BasedTextToNumber(std::string_view text);
+
+}  // namespace qumel

@@ -1,0 +1,182 @@
+// A context: settings, operator and symbol tables, converter, resolvers, last error and last result of one evaluator.
+#pragma once
+
+#include <array>
+#include <semaphore.h>
+#include <atomic>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/errors.h"
+#include "context/settings.h"
+#include "engine/operator_context.h"
+#include "language/operator_list.h"
+#include "language/post_fixer.h"
+#include "storage/linked_object.h"
+#include "storage/symbol_table.h"
+
+namespace qumel {
+
+class CQMDatum;
+class CQMExpression;
+class CQMOperatorFactory;
+class CQMResolver;
+
+using ErrorCallback = void (*)(long code);
+
+/** Used by one thread at a time; threads that share a context lock it with AcquireExecutor. */
+class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
+ public:
+  static constexpr char const* kTypeTag = TypeTag::kExecutor;
+  static constexpr std::size_t kResultSize = 1024;  // bytes of every formatted result, its end included
+
+  CQMExecutor();
+  ~CQMExecutor() override;
+
+  // ---- lifecycle (executor_lifecycle.cpp) ----
+  /** Builds the tables; the first context of the process builds the process-wide ones. Settings of the first group can
+   *  only be chosen before. */
+  bool Initialize();
+  void CleanUp();
+  bool IsInitialized() const { return m_initialized; }
+  void AcquireExecutor();
+  void ReleaseExecutor();
+
+  // ---- evaluation (executor_evaluation.cpp) ----
+  // Each member stores the last error and the last result; results of failed calls keep their earlier values. A null
+  // text counts as an empty one. The text forms compile without optimisation.
+  char Evaluate(char const* text);
+  double EvaluateToNumber(char const* text);
+  double EvaluateToComplex(char const* text, double* imaginary);
+  bool EvaluateToBoolean(char const* text);
+  char* EvaluateToString(char const* text);
+  char Evaluate(CQMExpression* expression);
+  double EvaluateToNumber(CQMExpression* expression);
+  double EvaluateToComplex(CQMExpression* expression, double* imaginary);
+  bool EvaluateToBoolean(CQMExpression* expression);
+  char* EvaluateToString(CQMExpression* expression);
+  /** The handle of an expression kept as a child until DeleteExpression; 0 on failure. */
+  Handle ParseExpression(char const* text);
+  char const* ConvertExpression(char const* text);
+  char* AnnotateExpression(char const* text);
+  char* AnnotateExpression(CQMExpression* expression);
+  char* RevertExpression(char const* postfix);
+  char* RevertExpression(CQMExpression* expression);
+  char* GetParsedExpression(CQMExpression* expression);
+  /** The expression as the library reads it, or the message of its error. */
+  char const* CheckExpression(char const* text);
+  void DeleteExpression(CQMExpression* expression);
+
+  // ---- results (executor_results.cpp) ----
+  char* FormatResultString(CQMDatum* datum);
+  char GetLastResultType() const { return m_lastType; }
+  double GetLastRealResult() const { return m_lastReal; }
+  double GetLastImagResult() const { return m_lastImaginary; }
+  bool GetLastBoolResult() const { return m_lastBoolean; }
+  char* GetLastStrResult() { return m_lastString; }
+  long GetLastParseIndex() const { return m_lastParseIndex; }
+  SQMLastResult GetLastResult() const override;
+
+  // ---- settings (executor_settings.cpp) ----
+  SQMSettings const& GetSettings() const { return m_settings; }
+  // first group: only before Initialize
+  void SetCaseSensitive(bool value);
+  void SetHierarchical(bool value);
+  void SetArrayBase(long base);
+  void SetInvertArrayIndices(bool value);
+  void SetAllowImpliedMult(bool value);
+  void SetRadixMark(char mark);
+  void SetQuoteMark(char mark);
+  void SetBooleanTrue(char mark);
+  // second group: at any time
+  /** Clears the force flag. */
+  void SetAllowComplexResults(bool allow);
+  /** true clears the allow flag. */
+  void SetForceComplexResults(bool force);
+  void SetAllowComplexFlag(bool allow) override { m_settings.allowComplexResults = allow; }
+  void SetForceComplexFlag(bool force) override { m_settings.forceComplexResults = force; }
+  void SetNumberBase(char base) override;
+  void SetAngleUnit(char unit) override;
+  void SetCoordinateFormat(char format) override;
+  void SetDefaultVariableScope(char scope);
+  void SetFormattedResultPrecisionLimit(int digits) override;
+  double GetAngleFactorToRadians() const override { return m_angle.toRadians; }
+  double GetAngleFactorFromRadians() const override { return m_angle.fromRadians; }
+  bool GetAllowComplexResults() const override { return m_settings.allowComplexResults; }
+  bool GetForceComplexResults() const override { return m_settings.forceComplexResults; }
+  char GetDefaultVariableScope() const override { return m_settings.defaultVariableScope; }
+  long GetArrayBase() const override { return m_arrayBase; }
+  bool GetInvertArrayIndices() const override { return m_settings.invertArrayIndices; }
+  double GetRadiusOrdinate(double real, double imaginary) const;
+  double GetThetaOrdinate(double real, double imaginary) const;
+
+  // ---- errors (executor_errors.cpp) ----
+  static long LoadCosmicErrorMessage(long code, char const* text);
+  long LoadGlobalErrorMessage(long code, char const* text);
+  bool DefineError(char scope, long code, char const* text);
+  /** Lives as long as its table; the text of UnknownError for an unknown code. */
+  char const* GetErrorText(long code);
+  char const* GetLastErrorText() { return GetErrorText(m_lastError); }
+  long GetLastErrorID() const { return m_lastError; }
+  /** Negative codes are ignored. */
+  void SetLastError(long code) override { if (code >= 0) m_lastError = code; }
+  void ClearLastError() { m_lastError = Error::None; }
+  void SetErrorFunction(ErrorCallback function) { m_errorCallback = function; }
+
+  // ---- operators (executor_operators.cpp) ----
+  /** Scope 'C' the shared list, 'G' this context's, any other this context's and then the shared one. */
+  bool IsOperator(char scope, char const* token) const;
+  bool IsSymbol(char scope, char const* name);
+  CQMPostFixer& GetPostFixer() { return *m_postFixer; }
+  CQMOperatorList& GetLocalOperatorList() { return *m_localOperators; }
+  static CQMOperatorList* GetCosmicOperatorList() { return sm_pCosmicOperatorList; }
+  std::shared_ptr<SQMOperatorDefinition const> FindOperatorDefinition(long id) override;
+  static long GetNextExternalOperatorID() { return sm_lNextExternalOperatorID++; }
+
+  // ---- variables (executor_variables.cpp): the tables; the family of members stands with it ----
+  CQMSymbolTable* GetCosmicSymbolTable() override { return sm_pCosmicSymTab; }
+  CQMSymbolTable* GetGlobalSymbolTable() override { return m_globalSymbols.get(); }
+  bool IsVariable(char scope, char const* name);
+  bool IsArray(char scope, char const* name);
+
+  CQMRandomGenerator& GetRandomGenerator() override { return m_random; }
+  CQMResolver* GetResolver(EQMResolverClass kind) override;
+  CQMOperatorFactory* GetOperatorFactory() override { return m_factory.get(); }
+
+  static std::atomic<long> sm_lExecutorCount;
+  static CQMOperatorList* sm_pCosmicOperatorList;
+  static CQMSymbolTable* sm_pCosmicSymTab;
+  static CQMSymbolTable* sm_pCosmicErrTab;
+  static std::atomic<long> sm_lNextExternalOperatorID;
+
+ private:
+  sem_t m_semaphore;
+  CQMRandomGenerator m_random;
+  bool m_initialized = false;
+  bool m_caseSensitive = true;
+  bool m_hierarchical = true;
+  long m_arrayBase = 0;
+  SQMSettings m_settings;
+  SQMAngleFactors m_angle{1.0, 1.0};  // until the angle unit is set
+  ErrorCallback m_errorCallback = nullptr;
+  std::unique_ptr<CQMPostFixer> m_postFixer;
+  std::unique_ptr<CQMOperatorFactory> m_factory;
+  std::unique_ptr<CQMOperatorList> m_localOperators;
+  std::unique_ptr<CQMSymbolTable> m_globalSymbols;
+  std::unique_ptr<CQMSymbolTable> m_errors;
+  std::array<CQMResolver*, 3> m_resolvers{};  // children of this object, made on demand
+  long m_lastError = Error::None;
+  long m_lastParseIndex = 0;
+  std::string m_conversion;  // postfix text of the last conversion
+  std::string m_annotation;
+  std::string m_reversion;
+  double m_lastReal = 0.0;
+  double m_lastImaginary = 0.0;
+  char m_lastString[kResultSize] = {};
+  bool m_lastBoolean = false;
+  char m_lastType = TypeLetter::kNone;
+};
+
+}  // namespace qumel

@@ -1,0 +1,110 @@
+// A compiled expression: operators in execution order, operands, local symbols, and the steps that make it runnable.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/datum.h"
+#include "engine/operator.h"
+#include "engine/operator_context.h"
+#include "engine/operator_definition.h"
+
+namespace qumel {
+
+class CQMOperatorFactory;
+class CQMResolver;
+class CQMSymbolTable;
+
+/** Compiles postfix text, then runs any number of times. Owns its operators (as children), its temporary datums and
+ *  its local symbols. The first error is kept and stops every later step. */
+class CQMExpression : public CQMLinkedObject {
+ public:
+  static constexpr char const* kTypeTag = TypeTag::kExpression;
+
+  explicit CQMExpression(CQMOperatorContext& context);
+  ~CQMExpression() override;
+
+  CQMOperatorContext& GetContext() const { return m_context; }
+  void SetCosmicSymbolTable(CQMSymbolTable* table) { m_cosmicTable = table; }
+  void SetGlobalSymbolTable(CQMSymbolTable* table) { m_globalTable = table; }
+  void SetOperatorFactory(CQMOperatorFactory* factory) { m_factory = factory; }
+
+  // ---- compiling ----
+  /** Replaces what was compiled before. Returns the error state. */
+  long SetParsedExpression(std::string_view postfix, bool optimize);
+  /** Compiles the body of a host's operator; its parameter names stand for the datums of parameters. */
+  long SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
+                           std::span<CQMDatum* const> parameters, bool optimize);
+  std::string const& GetParsedText() const { return m_text; }
+
+  // ---- symbols ----
+  void SetNextSymbolScope(char scope) { m_nextScope = scope; }
+  char UseNextSymbolScope();
+  void SetNextSymbolComplexity(char complexity) { m_nextComplexity = complexity; }
+  char UseNextSymbolComplexity();
+  /** Number, or Complex after the complex word; uses the one-shot complexity up. */
+  EQMDataType GetNextNumericSymbolDataType();
+  void AddSymbol(std::unique_ptr<CQMDatum> symbol);
+  CQMDatum* GetSymbol(std::string_view name) const;
+  /** Places a pending name in the table that the next symbol scope, or the context's default scope, names. Returns 0
+   *  or the table's error. Does nothing for a datum that is not pending. */
+  long ConfirmSymbol(CQMDatum* datum);
+
+  // ---- running ----
+  long Resolve();
+  /** The datum that holds the result of the last run, or null. It lives as long as the expression. */
+  CQMDatum* GetResult() const;
+  bool IsInComplexMode() const { return m_complexMode; }
+
+  long GetErrorState() const { return m_errorState; }
+  void SetErrorState(long code) { m_errorState = code; }
+  long GetOperatorCount() const { return static_cast<long>(m_operators.size()); }
+  CQMOperator* GetOperatorByIndex(long index) const;
+  CQMDatum* GetOperandByIndex(long index) const;
+
+ private:
+  class CQMPostfixReader;
+
+  long Compile(std::span<CQMDatum* const> parameters, bool optimize);
+  long CreateTokenLists(std::span<CQMDatum* const> parameters);
+  long Verify(long last);
+  long VerifyOperator(long index, bool finalPass, bool& askedForPass);
+  long Optimize();
+  long Finalize();
+  long Link();  // in linking.cpp
+  long Substitute(long index);
+  void DestroyTokenLists();
+  CQMDatum* MakeTemporary(EQMDataType type, char const* name);
+  CQMDatum* FindSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
+  long Fail(long code) { return m_errorState = code; }
+  void EnterComplexMode();
+
+  CQMOperatorContext& m_context;
+  CQMSymbolTable* m_cosmicTable = nullptr;
+  CQMSymbolTable* m_globalTable = nullptr;
+  CQMOperatorFactory* m_factory = nullptr;
+  CQMResolver* m_resolver = nullptr;
+  long m_errorState = 0;
+  long m_stopPosition = -1;
+  long m_firstUnverified = 0;
+  bool m_complexMode = false;
+  char m_nextScope = Scope::kDefault;
+  char m_nextComplexity = Complexity::kDefault;
+
+  std::string m_text;
+  std::shared_ptr<SQMOperatorDefinition const> m_definition;
+  std::vector<CQMOperator*> m_operators;              // children of this object
+  std::vector<CQMDatum*> m_operands;                  // one an operand token
+  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;
+  std::vector<CQMDatum*> m_references;                // table symbols that hold a reference of this expression
+  std::vector<CQMDatum**> m_operandLists;             // made by Finalize, one an operator
+  std::vector<CQMDatum*> m_results;                   // made by Finalize, one an operator
+  std::vector<std::unique_ptr<CQMDatum>> m_locals;
+  std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
+};
+
+}  // namespace qumel

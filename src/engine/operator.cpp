@@ -1,0 +1,75 @@
+// Operands, results and the common verification of operators.
+#include "engine/operator.h"
+
+#include "engine/expression.h"
+
+namespace qumel {
+
+CQMOperator::CQMOperator() { SetTypeTag(kTypeTag); }
+
+CQMOperator::~CQMOperator() = default;
+
+long CQMOperator::Finalize() {
+  m_finalized = true;
+  return Error::None;
+}
+
+void CQMOperator::CreateOperandList(long count) {
+  m_assigned = 0;
+  m_operands.assign(count > 0 ? static_cast<std::size_t>(count) : 0, nullptr);
+}
+
+long CQMOperator::AssignOperand(CQMDatum* operand) {
+  long const nextFree = GetOperandCount() - 1 - m_assigned;
+  if (nextFree < 0) return Error::TooManyOperands;
+  m_operands[static_cast<std::size_t>(nextFree)] = operand;
+  ++m_assigned;
+  return Error::None;
+}
+
+CQMDatum* CQMOperator::GetOperandByIndex(long index) const {
+  return index >= 0 && index < m_assigned ? m_operands[static_cast<std::size_t>(index)] : nullptr;
+}
+
+CQMDatum* CQMOperator::SetResultOperand(std::unique_ptr<CQMDatum> datum) {
+  m_result = datum != nullptr ? std::move(datum) : std::make_unique<CQMDatum>();
+  m_result->SetDatumType(GetReturnType());
+  m_result->ClearValue();
+  return m_result.get();
+}
+
+CQMOperatorContext* CQMOperator::GetContext() const {
+  return m_expression != nullptr ? &m_expression->GetContext() : nullptr;
+}
+
+long CQMOperator::CheckOperandCounts() {
+  if (GetOperandCount() < GetOperandsNeeded()) return Error::NotEnoughOperands;
+  if (GetOperandCount() > GetOperandsMaximum()) return Error::TooManyOperands;
+  return m_assigned < GetOperandCount() ? Error::NotEnoughOperands : Error::None;
+}
+
+long CQMOperator::CheckDefined(CQMDatum const* operand) {
+  if (operand == nullptr) return Error::NotEnoughOperands;
+  return operand->IsPending() || operand->GetType() == EQMDataType::Untyped ? Error::NotDefined : Error::None;
+}
+
+bool CQMOperator::HasComplexOperand() const {
+  for (CQMDatum const* operand : m_operands) {
+    if (operand->IsComplex()) return true;
+  }
+  return false;
+}
+
+long CQMOperator::VerifyOperands() {
+  if (long const code = CheckOperandCounts(); code != Error::None) return code;
+  for (CQMDatum const* operand : m_operands) {
+    if (operand == nullptr) return Error::NotEnoughOperands;
+    if (operand->IsPending()) return Error::NotDefined;
+    if (GetTypeClass(operand->GetType()) != GetReturnClass()) {
+      return operand->GetType() == EQMDataType::Untyped ? Error::NotDefined : Error::TypeMismatch;
+    }
+  }
+  return ComplexStatus();
+}
+
+}  // namespace qumel

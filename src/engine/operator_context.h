@@ -1,0 +1,65 @@
+// What operators, expressions and resolvers may see of the context that they run in.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "base/mersenne_twister.h"
+
+namespace qumel {
+
+class CQMOperatorFactory;
+class CQMResolver;
+class CQMSymbolTable;
+struct SQMOperatorDefinition;
+
+/** Kinds of resolvers by number; every value not named here selects the optimised real resolver. */
+enum class EQMResolverClass : long { RealOptimized = 1, RealBaseline = 2, Complex = 4, Complex5 = 5, Complex6 = 6 };
+
+/** The last result as the "last" operator reads it; text is NUL-terminated and lives in the context. */
+struct SQMLastResult {
+  char type;  // a TypeLetter
+  double real;
+  double imaginary;
+  bool boolean;
+  char const* text;
+};
+
+/** Implemented by the context. One thread at a time. */
+class CQMOperatorContext {
+ public:
+  virtual ~CQMOperatorContext() = default;
+
+  // angles
+  virtual double GetAngleFactorToRadians() const = 0;
+  virtual double GetAngleFactorFromRadians() const = 0;
+
+  // settings that operators read
+  virtual bool GetAllowComplexResults() const = 0;
+  virtual bool GetForceComplexResults() const = 0;
+  virtual char GetDefaultVariableScope() const = 0;
+  virtual long GetArrayBase() const = 0;
+  virtual bool GetInvertArrayIndices() const = 0;
+
+  // settings that mode words change; each changes exactly one flag
+  virtual void SetAngleUnit(char unit) = 0;
+  virtual void SetNumberBase(char base) = 0;
+  virtual void SetCoordinateFormat(char format) = 0;
+  virtual void SetFormattedResultPrecisionLimit(int digits) = 0;
+  virtual void SetAllowComplexFlag(bool allow) = 0;
+  virtual void SetForceComplexFlag(bool force) = 0;
+
+  virtual SQMLastResult GetLastResult() const = 0;
+  virtual CQMRandomGenerator& GetRandomGenerator() = 0;
+  virtual void SetLastError(long code) = 0;
+
+  // what a compilation needs
+  virtual CQMResolver* GetResolver(EQMResolverClass kind) = 0;
+  virtual CQMOperatorFactory* GetOperatorFactory() = 0;
+  virtual CQMSymbolTable* GetCosmicSymbolTable() = 0;
+  virtual CQMSymbolTable* GetGlobalSymbolTable() = 0;
+  /** The definition of an operator made by a host; null for an unknown id. Kept alive by whoever holds it. */
+  virtual std::shared_ptr<SQMOperatorDefinition const> FindOperatorDefinition(long id) = 0;
+};
+
+}  // namespace qumel

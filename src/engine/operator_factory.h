@@ -1,0 +1,44 @@
+// Makes operator objects by id from tables of (id, maker) rows that each family of operators supplies.
+#pragma once
+
+#include <memory>
+#include <span>
+
+#include "engine/operator.h"
+
+namespace qumel {
+
+class CQMOperatorContext;
+
+using OperatorMaker = std::unique_ptr<CQMOperator> (*)();
+
+struct SQMMakerRow {
+  long id;
+  OperatorMaker make;
+};
+
+template <class Operator>
+std::unique_ptr<CQMOperator> MakeOperator() {
+  return std::make_unique<Operator>();
+}
+
+using MakerTable = std::span<SQMMakerRow const>;
+
+/** The operators of this floor: control flow, assignment, declarations, array index. */
+std::span<MakerTable const> StructuralOperatorTables();
+
+class CQMOperatorFactory : public CQMLinkedObject {
+ public:
+  /** Adds the rows of a family to the process-wide tables, once; the rows must live as long as the process. */
+  static void RegisterTables(std::span<MakerTable const> tables);
+
+  void Initialize(CQMOperatorContext* context) { m_context = context; }
+  /** A new operator that carries id, or null for an id that names nothing. Ids above LastStandard are looked up among
+   *  the operators that hosts defined. */
+  std::unique_ptr<CQMOperator> GetOperator(long id);
+
+ private:
+  CQMOperatorContext* m_context = nullptr;
+};
+
+}  // namespace qumel

@@ -1,0 +1,69 @@
+// The base of every library object: a reference count, a name, a class tag and a serial number.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string_view>
+
+namespace qumel {
+
+/** Class tags, written by the constructors. A tag tells what an object behind a handle is. */
+namespace TypeTag {
+inline constexpr char kObject[] = "__O__";
+inline constexpr char kLinkedObject[] = "__OLO__";
+inline constexpr char kHandleList[] = "__OHAL__";
+inline constexpr char kExecutor[] = "__OLOE__";
+inline constexpr char kThreadInfo[] = "__OLOTI__";
+inline constexpr char kDatum[] = "__OLOD__";
+inline constexpr char kExpression[] = "__OLOX__";
+inline constexpr char kOperator[] = "__OLOP__";
+inline constexpr char kTable[] = "__OT";
+inline constexpr char kOpInfo[] = "OOI_";
+inline constexpr char kStack[] = "OS__";
+inline constexpr char kStackString[] = "ST__";
+inline constexpr char kStackNumber[] = "NUM_";
+inline constexpr char kOperand[] = "OOND";
+}  // namespace TypeTag
+
+class CQMObject {
+ public:
+  CQMObject();
+  virtual ~CQMObject();
+  CQMObject(CQMObject const&) = delete;
+  CQMObject& operator=(CQMObject const&) = delete;
+
+  void ReserveRef();
+  /** Drops one reference if there is one; destroys the object when the count is 0 and the delete mark is set. */
+  void ReleaseRef();
+  /** Sets the count and clears the delete mark. */
+  void ResetRefCount(long count);
+  void DeleteOnRefCountZero(bool mark);
+  bool IsMarkedForDeletion() const { return m_deleteOnRefCountZero; }
+  long GetRefCount() const { return m_refCount.load(std::memory_order_acquire); }
+
+  /** Keeps a copy of name (empty for null) and returns it. */
+  char const* SetObjectName(char const* name);
+  /** Copies the name into destination (the caller provides the room) and returns it; without a destination the
+   *  object's own text. Never null. */
+  char* GetObjectName(char* destination = nullptr);
+  std::string_view Name() const;
+
+  bool HasTypeTag(std::string_view tag) const { return tag == m_typeTag; }
+  char const* GetTypeTag() const { return m_typeTag; }
+  long GetSerialNumber() const { return m_serialNumber; }
+
+  static std::atomic<long> sm_lNextObjectID;   // the serial number of the next object
+  static std::atomic<long> sm_lQMObjectCount;  // live linked objects
+
+ protected:
+  void SetTypeTag(char const* tag) { m_typeTag = tag; }  // tag: one of TypeTag, static storage
+
+ private:
+  std::atomic<long> m_refCount{0};
+  bool m_deleteOnRefCountZero = false;
+  std::unique_ptr<char[]> m_name;
+  char const* m_typeTag = TypeTag::kObject;
+  long m_serialNumber;
+};
+
+}  // namespace qumel
