@@ -63,7 +63,8 @@ class CQMDatum : public CQMLinkedObject {
   void SetScope(char scope) { m_scope = scope; }
   bool OwnsStorage() const { return m_ownsStorage; }
   void SetOwnsStorage(bool owns) { m_ownsStorage = owns; }
-  bool IsPending() const { return m_pending; }
+  /** A name that no declaration or assignment has confirmed yet; a proxy is pending as long as its target is. */
+  bool IsPending() const { return m_target != nullptr ? m_target->m_pending : m_pending; }
   void SetPending(bool pending) { m_pending = pending; }
   bool IsTemporary() const { return m_temporary; }
   void SetTemporary(bool temporary) { m_temporary = temporary; }

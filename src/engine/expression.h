@@ -1,4 +1,5 @@
-// A compiled expression: operators in execution order, operands, local symbols, and the steps that make it runnable.
+// A compiled expression: operators in execution order, operands, local symbols, and the steps that make it
+// runnable.
 #pragma once
 
 #include <memory>
@@ -19,11 +20,12 @@ class CQMOperatorFactory;
 class CQMResolver;
 class CQMSymbolTable;
 
-/** Compiles postfix text, then runs any number of times. Owns its operators (as children), its temporary datums and
- *  its local symbols. The first error is kept and stops every later step. */
+/** Compiles postfix text, then runs any number of times. Owns its operators, its temporary datums and its
+ * local symbols. The first error is kept and stops every later step. */
 class CQMExpression : public CQMLinkedObject {
  public:
   static constexpr char const* kTypeTag = TypeTag::kExpression;
+  static constexpr long kNoPosition = -1;
 
   explicit CQMExpression(CQMOperatorContext& context);
   ~CQMExpression() override;
@@ -50,8 +52,8 @@ class CQMExpression : public CQMLinkedObject {
   EQMDataType GetNextNumericSymbolDataType();
   void AddSymbol(std::unique_ptr<CQMDatum> symbol);
   CQMDatum* GetSymbol(std::string_view name) const;
-  /** Places a pending name in the table that the next symbol scope, or the context's default scope, names. Returns 0
-   *  or the table's error. Does nothing for a datum that is not pending. */
+  /** Places a pending name in the table that the next symbol scope, or the context's default scope, names.
+   * Returns 0 or the table's error. Does nothing for a datum that is not pending. */
   long ConfirmSymbol(CQMDatum* datum);
 
   // ---- running ----
@@ -67,44 +69,58 @@ class CQMExpression : public CQMLinkedObject {
   CQMDatum* GetOperandByIndex(long index) const;
 
  private:
-  class CQMPostfixReader;
+  struct SQMWorkItem {
+    CQMDatum* datum;
+    long firstOperator;  // where the operators that compute datum begin
+  };
+  using WorkStack = std::vector<SQMWorkItem>;
 
   long Compile(std::span<CQMDatum* const> parameters, bool optimize);
+  // reading postfix text (expression_reading.cpp)
   long CreateTokenLists(std::span<CQMDatum* const> parameters);
-  long Verify(long last);
-  long VerifyOperator(long index, bool finalPass, bool& askedForPass);
+  long ReadOperator(std::string_view text, WorkStack& stack);
+  CQMDatum* ReadNumber(std::string_view text);
+  CQMDatum* ReadString(std::string_view text);
+  CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
+  CQMDatum* MakeTemporary();
+  CQMDatum* FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const;
+  CQMDatum* FindTableSymbol(std::string_view name);
+  void DestroyTokenLists();
+  // verifying, optimising, finalising, linking (expression_verification.cpp, linking.cpp)
+  long Verify(long first);
+  long VerifyOperator(long index, bool finalPass, bool& askAgain, bool& progress);
   long Optimize();
   long Finalize();
-  long Link();  // in linking.cpp
+  long Link();
   long Substitute(long index);
-  void DestroyTokenLists();
-  CQMDatum* MakeTemporary(EQMDataType type, char const* name);
-  CQMDatum* FindSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
-  long Fail(long code) { return m_errorState = code; }
   void EnterComplexMode();
+  long Fail(long code) { return m_errorState = code; }
 
   CQMOperatorContext& m_context;
   CQMSymbolTable* m_cosmicTable = nullptr;
   CQMSymbolTable* m_globalTable = nullptr;
   CQMOperatorFactory* m_factory = nullptr;
   CQMResolver* m_resolver = nullptr;
-  long m_errorState = 0;
-  long m_stopPosition = -1;
-  long m_firstUnverified = 0;
+  long m_errorState = Error::None;
+  long m_stopPosition = kNoPosition;
+  bool m_runnable = false;
   bool m_complexMode = false;
   char m_nextScope = Scope::kDefault;
   char m_nextComplexity = Complexity::kDefault;
 
   std::string m_text;
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
-  std::vector<CQMOperator*> m_operators;              // children of this object
-  std::vector<CQMDatum*> m_operands;                  // one an operand token
-  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;
-  std::vector<CQMDatum*> m_references;                // table symbols that hold a reference of this expression
-  std::vector<CQMDatum**> m_operandLists;             // made by Finalize, one an operator
-  std::vector<CQMDatum*> m_results;                   // made by Finalize, one an operator
   std::vector<std::unique_ptr<CQMDatum>> m_locals;
   std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
+  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;  // literals and names not confirmed
+  std::vector<CQMDatum*> m_references;  // table symbols that this expression holds a reference on
+  std::vector<CQMDatum*> m_operands;    // one an operand token
+  std::vector<std::unique_ptr<CQMOperator>> m_operators;  // in execution order
+  std::vector<long> m_unverified;                         // positions of operators, ascending
+  // the program as resolvers take it, made by Finalize
+  std::vector<CQMOperator*> m_steps;
+  std::vector<CQMDatum**> m_stepOperands;
+  std::vector<CQMDatum*> m_stepResults;
 };
 
 }  // namespace qumel

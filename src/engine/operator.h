@@ -8,15 +8,16 @@
 #include "base/errors.h"
 #include "base/operator_ids.h"
 #include "engine/datum.h"
+#include "engine/fast_operations.h"
 
 namespace qumel {
 
 class CQMExpression;
 class CQMOperatorContext;
 
-/** One occurrence of an operator in one expression. Made by the factory, then, in this order: CreateOperandList,
- *  AssignOperand once an operand, SetResultOperand, VerifyOperands (perhaps again), Optimize, Finalize, links set,
- *  DoOperation or DoComplexOperation any number of times. */
+/** One occurrence of an operator in one expression. Made by the factory, then, in this order:
+ * CreateOperandList, AssignOperand once an operand, SetResultOperand, VerifyOperands (perhaps again),
+ * Optimize, Finalize, links set, DoOperation or DoComplexOperation any number of times. */
 class CQMOperator : public CQMLinkedObject {
  public:
   static constexpr char const* kTypeTag = TypeTag::kOperator;
@@ -31,11 +32,13 @@ class CQMOperator : public CQMLinkedObject {
   virtual long DoComplexOperation(long& position) { return DoOperation(position); }
   virtual long GetOperandsNeeded() = 0;
   virtual long GetOperandsMaximum() { return GetOperandsNeeded(); }
-  /** 0, UseSubstitute (after SetSubstituteId), OptimizeAgain, or an error code. Literal operands may be folded. */
+  /** 0, UseSubstitute (after SetSubstituteId), OptimizeAgain, or an error code. Literal operands may be
+   * folded. */
   virtual long Optimize() { return Error::None; }
   virtual long Finalize();
-  /** 0; VerifyAgain to be asked in a later pass; UseSubstitute; ComplexOperandFound or ResultIsComplex to ask for
-   *  complex evaluation; any other code fails the compilation. The base asks for operands of the result's class. */
+  /** 0; VerifyAgain to be asked in a later pass; UseSubstitute; ComplexOperandFound or ResultIsComplex to ask
+   * for complex evaluation; any other code fails the compilation. The base asks for operands of the result's
+   * class. */
   virtual long VerifyOperands();
   /** Takes ownership of datum (a fresh one for null), gives it the return type and zeroes it. */
   virtual CQMDatum* SetResultOperand(std::unique_ptr<CQMDatum> datum);
@@ -57,7 +60,11 @@ class CQMOperator : public CQMLinkedObject {
 
   // ---- identity and state, kept by the factory and the expression ----
   long GetId() const { return m_id; }
-  void SetId(long id) { m_id = id; }
+  void SetId(long id) {
+    m_id = id;
+    m_fastOperation = FastOperationOf(id);
+  }
+  EQMFastOperation GetFastOperation() const { return m_fastOperation; }
   long GetSubstituteId() const { return m_substituteId; }
   bool IsVerified() const { return m_verified; }
   void SetVerified(bool verified) { m_verified = verified; }
@@ -126,6 +133,7 @@ class CQMOperator : public CQMLinkedObject {
   CQMExpression* m_expression = nullptr;
   CQMOperator* m_topLinkOperator = nullptr;
   long m_id = 0;
+  EQMFastOperation m_fastOperation = EQMFastOperation::None;
   long m_substituteId = 0;
   long m_topLink = kNoLink;
   long m_skipLink = kNoLink;

@@ -29,12 +29,13 @@ std::span<MakerTable const> StructuralOperatorTables();
 
 class CQMOperatorFactory : public CQMLinkedObject {
  public:
-  /** Adds the rows of a family to the process-wide tables, once; the rows must live as long as the process. */
+  /** Adds families to the process-wide table. The first context does so, under the lock of its
+   * initialisation. */
   static void RegisterTables(std::span<MakerTable const> tables);
 
   void Initialize(CQMOperatorContext* context) { m_context = context; }
-  /** A new operator that carries id, or null for an id that names nothing. Ids above LastStandard are looked up among
-   *  the operators that hosts defined. */
+  /** A new operator that carries id, or null for an id that names nothing. Ids above LastStandard are looked
+   * up among the operators that hosts defined. */
   std::unique_ptr<CQMOperator> GetOperator(long id);
 
  private:

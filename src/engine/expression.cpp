@@ -1,0 +1,183 @@
+// Life, symbols and running of compiled expressions.
+#include "engine/expression.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/operator_factory.h"
+#include "engine/resolver.h"
+#include "storage/symbol_table.h"
+
+namespace qumel {
+
+CQMExpression::CQMExpression(CQMOperatorContext& context) : m_context(context) { SetTypeTag(kTypeTag); }
+
+CQMExpression::~CQMExpression() {
+  DestroyTokenLists();
+  m_localsByName.clear();
+}
+
+// ---- compiling ----
+
+long CQMExpression::SetParsedExpression(std::string_view postfix, bool optimize) {
+  m_definition.reset();
+  m_text = postfix;
+  return Compile({}, optimize);
+}
+
+long CQMExpression::SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
+                                        std::span<CQMDatum* const> parameters, bool optimize) {
+  m_definition = std::move(definition);
+  m_text = m_definition != nullptr ? m_definition->body : std::string();
+  return Compile(parameters, optimize);
+}
+
+long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize) {
+  DestroyTokenLists();
+  m_errorState = Error::None;
+  m_complexMode = false;
+  long code = CreateTokenLists(parameters);
+  if (code == Error::None) code = Verify(0);
+  if (code == Error::None && optimize) code = Optimize();
+  if (code == Error::None) code = Finalize();
+  if (code == Error::None) code = Link();
+  m_runnable = code == Error::None;
+  if (m_context.GetForceComplexResults()) m_complexMode = true;
+  m_resolver =
+      m_context.GetResolver(m_complexMode ? EQMResolverClass::Complex : EQMResolverClass::RealOptimized);
+  return code == Error::None ? code : Fail(code);
+}
+
+void CQMExpression::DestroyTokenLists() {
+  m_runnable = false;
+  m_stopPosition = kNoPosition;
+  m_steps.clear();
+  m_stepOperands.clear();
+  m_stepResults.clear();
+  m_unverified.clear();
+  m_operators.clear();  // before the datums: results may be proxies of them
+  m_operands.clear();
+  m_temporaries.clear();
+  for (CQMDatum* symbol : m_references) symbol->ReleaseRef();
+  m_references.clear();
+}
+
+void CQMExpression::EnterComplexMode() {
+  m_complexMode = true;
+  m_resolver = m_context.GetResolver(EQMResolverClass::Complex);
+}
+
+// ---- symbols ----
+
+char CQMExpression::UseNextSymbolScope() { return std::exchange(m_nextScope, Scope::kDefault); }
+
+char CQMExpression::UseNextSymbolComplexity() {
+  return std::exchange(m_nextComplexity, Complexity::kDefault);
+}
+
+EQMDataType CQMExpression::GetNextNumericSymbolDataType() {
+  switch (UseNextSymbolComplexity()) {
+    case Complexity::kDefault:
+    case Complexity::kSimple: return EQMDataType::Number;
+    case Complexity::kComplex: return EQMDataType::Complex;
+    default: return EQMDataType::Undefined;
+  }
+}
+
+void CQMExpression::AddSymbol(std::unique_ptr<CQMDatum> symbol) {
+  m_localsByName.try_emplace(symbol->Name(), symbol.get());
+  m_locals.push_back(std::move(symbol));
+}
+
+CQMDatum* CQMExpression::GetSymbol(std::string_view name) const {
+  if (m_localsByName.empty()) return nullptr;
+  auto const found = m_localsByName.find(name);
+  return found != m_localsByName.end() ? found->second : nullptr;
+}
+
+long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
+  if (datum == nullptr || !datum->IsPending()) return Error::None;
+  // A new name is confirmed soon after it was read, so it stands near the end.
+  auto const owned = std::find_if(m_temporaries.rbegin(), m_temporaries.rend(),
+                                  [datum](auto const& temporary) { return temporary.get() == datum; });
+  if (owned == m_temporaries.rend()) return Error::NotFound;
+  char scope = UseNextSymbolScope();
+  if (scope == Scope::kDefault) scope = m_context.GetDefaultVariableScope();
+  CQMSymbolTable* const table = scope == Scope::kCosmic   ? m_cosmicTable
+                                : scope == Scope::kGlobal ? m_globalTable
+                                                          : nullptr;
+  // The same name may have been confirmed earlier in this statement: `x = (x = 5) + 1` has one x.
+  CQMDatum* const known = table == nullptr ? GetSymbol(datum->Name())
+                                           : static_cast<CQMDatum*>(table->GetSymbol(datum->Name(), true));
+  datum->SetPending(false);
+  if (known != nullptr) {
+    *datum = *known;
+    return Error::None;
+  }
+  datum->SetTemporary(false);
+  datum->SetOwningExpression(nullptr);
+  if (table == nullptr) {
+    datum->SetScope(Scope::kLocal);
+    AddSymbol(std::move(*owned));
+  } else {
+    datum->SetScope(scope);
+    if (long const code = table->AddSymbol(datum); code != Error::None) {
+      datum->SetPending(true);
+      datum->SetTemporary(true);
+      return code;
+    }
+    owned->release();
+    datum->ReserveRef();
+    m_references.push_back(datum);
+  }
+  m_temporaries.erase(std::next(owned).base());
+  return Error::None;
+}
+
+// ---- running ----
+
+long CQMExpression::Resolve() {
+  m_stopPosition = kNoPosition;
+  if (!m_runnable)
+    return m_errorState != Error::None ? m_errorState : static_cast<long>(Error::BadExpression);
+  long const count = static_cast<long>(m_steps.size());
+  long position = 0;
+  long status = Status::NeedsComplex;
+  if (!m_complexMode) {
+    status =
+        m_resolver->Resolve(m_steps.data(), m_stepOperands.data(), m_stepResults.data(), count, position);
+    if (status == Status::NeedsComplex) {
+      if (!m_context.GetAllowComplexResults() && !m_context.GetForceComplexResults())
+        return Error::ResultIsComplex;
+      EnterComplexMode();  // for good, and from the operator that asked for it on
+    }
+  }
+  if (status == Status::NeedsComplex) {
+    status =
+        m_resolver->Resolve(m_steps.data(), m_stepOperands.data(), m_stepResults.data(), count, position);
+  }
+  if (status != Status::Stop) return status;
+  m_stopPosition = position;
+  return Error::None;
+}
+
+CQMDatum* CQMExpression::GetResult() const {
+  if (m_stopPosition >= 0 && m_stopPosition < GetOperatorCount()) {
+    return m_operators[static_cast<std::size_t>(m_stopPosition)]->GetResultOperand();
+  }
+  if (!m_operators.empty()) return m_operators.back()->GetResultOperand();
+  return m_operands.empty() ? nullptr : m_operands.back();
+}
+
+CQMOperator* CQMExpression::GetOperatorByIndex(long index) const {
+  return index >= 0 && index < GetOperatorCount() ? m_operators[static_cast<std::size_t>(index)].get()
+                                                  : nullptr;
+}
+
+CQMDatum* CQMExpression::GetOperandByIndex(long index) const {
+  return index >= 0 && index < static_cast<long>(m_operands.size())
+             ? m_operands[static_cast<std::size_t>(index)]
+             : nullptr;
+}
+
+}  // namespace qumel

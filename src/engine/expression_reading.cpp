@@ -1,0 +1,153 @@
+// From postfix text to operators and operands.
+#include <algorithm>
+
+#include "base/number_base.h"
+#include "base/number_text.h"
+#include "engine/expression.h"
+#include "engine/operator_factory.h"
+#include "engine/postfix_reader.h"
+#include "storage/symbol_table.h"
+
+namespace qumel {
+
+namespace {
+
+/** Digits may be written small; only the base letter in front keeps its case. */
+std::string FoldDigits(std::string_view literal) {
+  std::string folded(literal);
+  std::for_each(folded.begin() + (folded.empty() ? 0 : 1), folded.end(), [](char& c) {
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  });
+  return folded;
+}
+
+}  // namespace
+
+long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
+  WorkStack stack;
+  auto const push = [&](CQMDatum* operand) {
+    m_operands.push_back(operand);
+    if (operand != nullptr) stack.push_back({operand, GetOperatorCount()});
+  };
+  CQMPostfixReader reader(m_text);
+  for (SQMPostfixItem item; reader.Next(item);) {
+    switch (item.mark) {
+      case PostfixMark::kOperator:
+        if (long const code = ReadOperator(item.text, stack); code != Error::None) return Fail(code);
+        break;
+      case PostfixMark::kNumber: push(ReadNumber(item.text)); break;
+      case PostfixMark::kString: push(ReadString(item.text)); break;
+      case PostfixMark::kName: push(ReadSymbol(item.text, parameters)); break;
+      case PostfixMark::kMarkedOperator: push(nullptr); break;
+      case PostfixMark::kEnd:
+        if (!m_operators.empty()) m_operators.back()->SetEndsStatement(true);
+        if (long const code = Verify(0); code != Error::None) return code;
+        // operands and one-shot words serve their own statement only
+        stack.clear();
+        m_nextScope = Scope::kDefault;
+        m_nextComplexity = Complexity::kDefault;
+        break;
+      default: return Fail(Error::BadExpression);
+    }
+  }
+  return Error::None;
+}
+
+long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
+  std::size_t const point = text.find(PostfixMark::kCount);
+  long const id = ParseLong(text.substr(0, point));
+  long const wanted = point == std::string_view::npos ? 0 : ParseLong(text.substr(point + 1));
+  std::unique_ptr<CQMOperator> made = m_factory != nullptr ? m_factory->GetOperator(id) : nullptr;
+  if (made == nullptr) return Error::UnimplementedOperator;
+  CQMOperator& op = *made;
+  long const index = GetOperatorCount();
+  op.SetParentObject(this);
+  op.SetExpression(this);
+  m_operators.push_back(std::move(made));
+  m_unverified.push_back(index);
+
+  // more operands than there are could never be filled; the slot left over tells verification that one is
+  // missing
+  long const count = std::clamp(wanted, 0L, static_cast<long>(stack.size()) + 1);
+  op.CreateOperandList(count);
+  long first = index;
+  for (long i = 0; i < count && !stack.empty(); ++i) {
+    if (op.AssignOperand(stack.back().datum) != Error::None) break;
+    first = std::min(first, stack.back().firstOperator);
+    stack.pop_back();
+  }
+  CQMDatum* const result = op.SetResultOperand(nullptr);
+  if (op.VerifiesImmediately()) {
+    if (long const code = Verify(first); code != Error::None) return code;
+  }
+  // verification may have put a substitute in the operator's place; the result stays the same datum
+  CQMDatum* const declared = IsTypeWord(id) ? m_operators.back()->GetOperandByIndex(0) : nullptr;
+  if (declared != nullptr) {
+    stack.push_back({declared, first});
+  } else if (!LeavesNothing(id)) {
+    stack.push_back({result, first});
+  }
+  return Error::None;
+}
+
+CQMDatum* CQMExpression::MakeTemporary() {
+  CQMDatum* const made = m_temporaries.emplace_back(std::make_unique<CQMDatum>()).get();
+  made->SetTemporary(true);
+  made->SetOwningExpression(this);
+  return made;
+}
+
+CQMDatum* CQMExpression::ReadNumber(std::string_view text) {
+  bool const hasSmallDigits = std::any_of(text.begin() + (text.empty() ? 0 : 1), text.end(),
+                                          [](char c) { return c >= 'a' && c <= 'z'; });
+  SQMBasedNumber const number = BasedTextToNumber(hasSmallDigits ? FoldDigits(text) : text);
+  CQMDatum* const datum = MakeTemporary();
+  datum->SetDatumType(EQMDataType::Number);
+  datum->SetLiteral(true);
+  datum->SetLiteralAttributes(number.isInteger, false);
+  datum->SetReal(number.value);
+  return datum;
+}
+
+CQMDatum* CQMExpression::ReadString(std::string_view text) {
+  CQMDatum* const datum = MakeTemporary();
+  if (text.size() >= kDefaultStringSize) datum->SetDatumAtomSize(static_cast<long>(text.size() + 1));
+  datum->SetDatumType(EQMDataType::String);
+  datum->SetLiteral(true);
+  datum->SetText(text);
+  return datum;
+}
+
+CQMDatum* CQMExpression::ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters) {
+  if (CQMDatum* const parameter = FindParameter(name, parameters); parameter != nullptr) return parameter;
+  if (CQMDatum* const local = GetSymbol(name); local != nullptr) return local;
+  if (CQMDatum* const symbol = FindTableSymbol(name); symbol != nullptr) return symbol;
+  CQMDatum* const datum = MakeTemporary();
+  datum->SetDatumName(std::string(name).c_str());
+  datum->SetPending(true);
+  return datum;
+}
+
+CQMDatum* CQMExpression::FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const {
+  if (m_definition == nullptr) return nullptr;
+  std::size_t const count = std::min(parameters.size(), m_definition->parameters.size());
+  for (std::size_t i = 0; i < count; ++i) {
+    if (m_definition->parameters[i].name == name) return parameters[i];
+  }
+  return nullptr;
+}
+
+CQMDatum* CQMExpression::FindTableSymbol(std::string_view name) {
+  for (CQMSymbolTable* table : {m_globalTable, m_cosmicTable}) {
+    if (table == nullptr) continue;
+    if (CQMObject* const found = table->GetSymbol(name, true); found != nullptr) {
+      auto* const datum = static_cast<CQMDatum*>(found);
+      datum->ReserveRef();
+      m_references.push_back(datum);
+      return datum;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace qumel

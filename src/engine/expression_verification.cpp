@@ -1,0 +1,154 @@
+// Verification, optimisation and finalising of compiled expressions.
+#include <algorithm>
+
+#include "engine/expression.h"
+#include "engine/operator_factory.h"
+
+namespace qumel {
+
+namespace {
+
+/** Changes whenever the type or the state of an operand changes. */
+std::size_t OperandSignature(CQMOperator const& op) {
+  constexpr std::size_t kStep = 131;
+  std::size_t signature = 1;
+  for (long i = 0; i < op.GetOperandCount(); ++i) {
+    CQMDatum const* const operand = op.GetOperandByIndex(i);
+    std::size_t const state =
+        operand == nullptr
+            ? 0
+            : static_cast<std::size_t>(Code(operand->GetType()) * 2 + (operand->IsPending() ? 1 : 0) + 1);
+    signature = signature * kStep + state;
+  }
+  return signature;
+}
+
+bool HasOperand(CQMOperator const& op, bool (*test)(CQMDatum const&)) {
+  for (long i = 0; i < op.GetOperandCount(); ++i) {
+    CQMDatum const* const operand = op.GetOperandByIndex(i);
+    if (operand != nullptr && test(*operand)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+// Verifies the operators from position first on that are not verified yet, producers before consumers. Passes
+// repeat while an operator asks for one, which is as long as types still spread, and end with a final pass
+// that decides.
+long CQMExpression::Verify(long first) {
+  auto const begin = std::lower_bound(m_unverified.begin(), m_unverified.end(), first);
+  std::vector<long> const work(begin, m_unverified.end());
+  m_unverified.erase(begin, m_unverified.end());
+  std::vector<std::size_t> signatures(work.size(), 0);
+  bool const declares = std::any_of(work.begin(), work.end(), [this](long index) {
+    return m_operators[static_cast<std::size_t>(index)]->VerifiesImmediately();
+  });
+  for (bool finalPass = false;;) {
+    bool askAgain = false;
+    bool progress = false;
+    for (std::size_t i = 0; i < work.size(); ++i) {
+      auto const position = static_cast<std::size_t>(work[i]);
+      std::size_t const signature = OperandSignature(*m_operators[position]);
+      if (m_operators[position]->IsVerified() && signatures[i] == signature) continue;
+      if (long const code = VerifyOperator(work[i], finalPass, askAgain, progress); code != Error::None) {
+        return Fail(code);
+      }
+      // an operator may type its own operand, as an assignment does its target
+      signatures[i] = OperandSignature(*m_operators[position]);
+    }
+    for (std::size_t i = 0; declares && !askAgain && i < work.size(); ++i) {
+      askAgain = signatures[i] != OperandSignature(*m_operators[static_cast<std::size_t>(work[i])]);
+    }
+    if (!askAgain || finalPass) return Error::None;
+    finalPass = !progress;
+  }
+}
+
+long CQMExpression::VerifyOperator(long index, bool finalPass, bool& askAgain, bool& progress) {
+  auto& op = m_operators[static_cast<std::size_t>(index)];
+  long code = op->VerifyOperands();
+  for (int substitutions = 0; code == Error::UseSubstitute; ++substitutions) {
+    constexpr int kMostSubstitutions = 8;
+    if (substitutions == kMostSubstitutions) return Error::TooManySubstitutions;
+    if (long const failure = Substitute(index); failure != Error::None) return failure;
+    code = op->VerifyOperands();
+  }
+  bool const waits = code == Error::TypeMismatch || code == Error::VerifyAgain ||
+                     // an element of an array that is still to be declared
+                     (code == Error::NotDefined &&
+                      HasOperand(*op, [](CQMDatum const& d) { return d.IsProxy() && d.IsPending(); }));
+  if (waits && !finalPass) {
+    askAgain = true;
+    return Error::None;
+  }
+  switch (code) {
+    case Error::None: break;
+    case Error::ComplexOperandFound: m_complexMode = true; break;
+    case Error::ResultIsComplex:
+      if (!m_context.GetAllowComplexResults() && !m_context.GetForceComplexResults()) return code;
+      m_complexMode = true;
+      break;
+    case Error::VerifyAgain:
+      return HasOperand(*op, [](CQMDatum const& d) { return d.IsPending(); }) ? Error::NotDefined
+                                                                              : Error::TooManySubstitutions;
+    default: return code;
+  }
+  if (!op->IsVerified()) progress = true;
+  op->SetVerified(true);
+  return Error::None;
+}
+
+// The new operator takes over operands and result; whoever holds the result datum need not know.
+long CQMExpression::Substitute(long index) {
+  auto& place = m_operators[static_cast<std::size_t>(index)];
+  std::unique_ptr<CQMOperator> made = m_factory->GetOperator(place->GetSubstituteId());
+  if (made == nullptr) return Error::UnimplementedOperator;
+  made->SetParentObject(this);
+  made->SetExpression(this);
+  made->CreateOperandList(place->GetOperandCount());
+  for (long i = place->GetOperandCount() - 1; i >= 0; --i) made->AssignOperand(place->GetOperandByIndex(i));
+  made->SetResultOperand(place->ReleaseResultOperand());
+  made->SetEndsStatement(place->EndsStatement());
+  place = std::move(made);
+  return Error::None;
+}
+
+long CQMExpression::Optimize() {
+  long const mostPasses = GetOperatorCount() + 1;
+  for (long pass = 0;; ++pass) {
+    if (pass > mostPasses) return Fail(Error::TooManySubstitutions);
+    bool askAgain = false;
+    for (long index = 0; index < GetOperatorCount(); ++index) {
+      auto& op = m_operators[static_cast<std::size_t>(index)];
+      if (op->IsFinalized()) continue;
+      long const code = op->Optimize();
+      if (code == Error::None) {
+        op->SetFinalized(true);
+      } else if (code == Error::OptimizeAgain) {
+        askAgain = true;
+      } else if (code == Error::UseSubstitute) {
+        if (long const failure = Substitute(index); failure != Error::None) return Fail(failure);
+        askAgain = true;
+      } else {
+        return Fail(code);
+      }
+    }
+    if (!askAgain) return Error::None;
+  }
+}
+
+long CQMExpression::Finalize() {
+  m_steps.reserve(m_operators.size());
+  m_stepOperands.reserve(m_operators.size());
+  m_stepResults.reserve(m_operators.size());
+  for (auto const& op : m_operators) {
+    if (long const code = op->Finalize(); code != Error::None) return Fail(code);
+    m_steps.push_back(op.get());
+    m_stepOperands.push_back(op->GetOperandList());
+    m_stepResults.push_back(op->GetResultOperand());
+  }
+  return Error::None;
+}
+
+}  // namespace qumel
