@@ -2,13 +2,99 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "engine/operator.h"
 #include "engine/operator_definition.h"
 
 namespace qumel {
 
+class CQMExpression;
+
+/** Bodies of host operators may nest this deep, at compilation and at run time, before OutOfMemory. */
+constexpr int kMostNestedBodies = 1000;
+
 /** The operator object that runs a definition; null for one that has neither a body nor a callback. */
 std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition);
+
+/** What all three kinds share: counts and types by the definition, which lives as long as they do. */
+class CQMDefinedOperator : public CQMOperator {
+ public:
+  explicit CQMDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition);
+  long GetOperandsNeeded() override { return static_cast<long>(m_definition->parameters.size()); }
+  EQMDataType GetReturnType() override { return m_definition->returnType; }
+
+ protected:
+  /** Counts, presence, pending names and declared types of the operands. */
+  long CheckParameters();
+  SQMOperatorDefinition const& Definition() const { return *m_definition; }
+  /** A body bound to the operands, compiled; its error state tells how it went. */
+  std::unique_ptr<CQMExpression> CompileBody();
+  /** Runs body and copies its result by the return type. Moves position. */
+  long RunBody(CQMExpression& body, long& position);
+
+ private:
+  long StoreBodyResult(CQMDatum* value);
+
+  std::shared_ptr<SQMOperatorDefinition const> m_definition;
+};
+
+/** Compiles its body once, when it is verified, and keeps it. Complex operands ask for no complex evaluation.
+ */
+class CQMExpressionOperator final : public CQMDefinedOperator {
+ public:
+  using CQMDefinedOperator::CQMDefinedOperator;
+  ~CQMExpressionOperator() override;
+  long VerifyOperands() override;
+  long DoOperation(long& position) override;
+
+ private:
+  std::unique_ptr<CQMExpression> m_body;
+};
+
+/** Compiles a fresh body at every run, so that each level of a recursion has its own bindings. */
+class CQMRecursiveOperator final : public CQMDefinedOperator {
+ public:
+  using CQMDefinedOperator::CQMDefinedOperator;
+  long VerifyOperands() override;
+  long DoOperation(long& position) override;
+};
+
+/** Calls a function of the host, which reads the operands and sets the result through the handle that it is
+ * given. */
+class CQMCallbackOperator final : public CQMDefinedOperator {
+ public:
+  using CQMDefinedOperator::CQMDefinedOperator;
+  long VerifyOperands() override;
+  long DoOperation(long& position) override;
+
+  // ---- for the host, while the callback runs; parameters count from 0 ----
+  // An index out of range makes the context's last error NotEnoughOperands, a wrong type TypeMismatch; the
+  // answer is then 0, false, null, or 'X' for a type. Texts live until the same parameter is asked for again.
+  long GetParameterCount() const { return GetOperandCount(); }
+  /** One letter an operand, as they are now. */
+  char const* GetParameterSignature();
+  char GetParameterType(long index);
+  double GetRealParameter(long index);
+  double GetImaginaryParameter(long index);
+  bool GetBooleanParameter(long index);
+  char const* GetStringParameter(long index);
+  // 0, or TypeMismatch when the result is of another kind.
+  long SetNumericResult(double value);
+  long SetRealResult(double value);
+  long SetImaginaryResult(double value);
+  long SetBooleanResult(bool value);
+  long SetStringResult(char const* value);
+
+ private:
+  CQMDatum* Parameter(long index);
+  void Report(long code);
+  bool HasNumericResult() const;
+
+  Handle m_handle = 0;
+  std::string m_signature;
+  std::vector<std::string> m_texts;
+};
 
 }  // namespace qumel
