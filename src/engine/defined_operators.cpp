@@ -138,7 +138,6 @@ long CQMRecursiveOperator::VerifyOperands() {
 }
 
 long CQMRecursiveOperator::DoOperation(long& position) {
-  CQMNesting const nesting;  // compilation and run of a level count together with the levels below them
   std::unique_ptr<CQMExpression> const body = CompileBody();
   if (body->GetErrorState() == Error::None) return RunBody(*body, position);
   ++position;
