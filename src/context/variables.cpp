@@ -1,0 +1,148 @@
+// Entering variables into symbol tables, finding and checking them.
+#include "context/variables.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+
+#include "storage/symbol_table.h"
+
+namespace qumel {
+
+void StorePart(CQMDatum& datum, long part, std::span<std::byte const> value) {
+  // what holds no numbers has no imaginary part to write
+  if (part != 0 && OperandClassOf(datum.GetType()) != EQMTypeClass::Numeric) return;
+  // the datum copies as many bytes as its own type has, so a shorter value is followed by zeros
+  std::array<std::byte, 2 * sizeof(double) + 1> bytes{};
+  std::copy(value.begin(), value.end(), bytes.begin());
+  datum.SetValue(part, bytes.data());
+}
+
+CQMSymbolTable* CQMVariables::TableOf(char scope) const {
+  return scope == Scope::kCosmic ? m_context.GetCosmicSymbolTable() : m_context.GetGlobalSymbolTable();
+}
+
+bool CQMVariables::IsTaken(char scope, char const* name, EQMExistence existence) const {
+  bool const thisTableOnly = scope == Scope::kGlobal && existence == EQMExistence::ByScope;
+  return TableOf(scope)->IsSymbol(std::string_view(name), thisTableOnly);
+}
+
+CQMDatum* CQMVariables::Find(char scope, char const* name, EQMLookup lookup) const {
+  if (name == nullptr || TableOf(scope) == nullptr) return nullptr;
+  CQMObject* found = nullptr;
+  if (lookup == EQMLookup::CosmicFirst)
+    found = m_context.GetCosmicSymbolTable()->GetSymbol(std::string_view(name), true);
+  if (found == nullptr) found = TableOf(scope)->GetSymbol(std::string_view(name), scope == Scope::kGlobal);
+  return found != nullptr && found->HasTypeTag(CQMDatum::kTypeTag) ? static_cast<CQMDatum*>(found) : nullptr;
+}
+
+CQMDatum* CQMVariables::Enter(char scope, char const* name, EQMExistence existence,
+                              SQMNewVariable const& wanted) {
+  if (name == nullptr || *name == '\0') return Refuse(Error::NotDefined), nullptr;
+  if (IsTaken(scope, name, existence)) return Refuse(Error::AlreadyExists), nullptr;
+  return Add(scope, name, wanted, nullptr);
+}
+
+CQMDatum* CQMVariables::EnterArray(char scope, char const* name, SQMNewVariable const& wanted,
+                                   SQMIndices const& extents) {
+  if (name == nullptr || *name == '\0') return Refuse(Error::NotDefined), nullptr;
+  if (IsTaken(scope, name, EQMExistence::ByScope)) return Refuse(Error::AlreadyExists), nullptr;
+  // a host must clear an older error before it makes arrays
+  if (m_context.GetLastErrorID() != Error::None) return nullptr;
+  if (!extents.IsValidCount() ||
+      std::ranges::any_of(extents.Used(), [](long extent) { return extent < 1; })) {
+    return Refuse(Error::IndexOutOfBounds), nullptr;
+  }
+  return Add(scope, name, wanted, &extents);
+}
+
+CQMDatum* CQMVariables::Add(char scope, char const* name, SQMNewVariable const& wanted,
+                            SQMIndices const* extents) {
+  if (wanted.isLink && wanted.memory == nullptr) return Refuse(Error::NotFound), nullptr;
+  bool const isText = wanted.type == EQMDataType::String;
+  if (isText && wanted.textLength < 1) return Refuse(Error::IndexOutOfBounds), nullptr;
+  if (isText && wanted.textLength > CQMDatum::kMaximumArrayBytes) return Refuse(Error::OutOfMemory), nullptr;
+
+  auto datum = std::make_unique<CQMDatum>();
+  datum->SetDatumName(name);
+  datum->SetScope(scope == Scope::kCosmic ? Scope::kCosmic : Scope::kGlobal);
+  datum->SetOwnsStorage(!wanted.isLink);
+  if (isText) datum->SetDatumAtomSize(wanted.textLength);
+  datum->SetDatumType(wanted.type);
+  if (extents != nullptr) {
+    datum->SetArrayBase(m_context.GetArrayBase());
+    datum->SetInvertArrayIndices(m_context.GetInvertArrayIndices());
+    std::vector<long> all(extents->Used().begin(), extents->Used().end());
+    if (isText) all.push_back(wanted.textLength);
+    if (long const code = datum->SetIsArray(std::span<long const>(all)); code != Error::None) {
+      return Refuse(code), nullptr;
+    }
+  }
+  long const code = TableOf(scope)->AddSymbol(datum.get());
+  m_context.SetLastError(code);
+  if (code != Error::None) return nullptr;
+  if (wanted.isLink) datum->SetValuePointer(wanted.memory);
+  return datum.release();  // the table's from now on
+}
+
+long CQMVariables::CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataType)) {
+  if (!accepts(datum.GetType())) return Error::TypeMismatch;
+  return datum.IsArray() ? Error::IndexOutOfBounds : Error::None;
+}
+
+long CQMVariables::SelectElement(CQMDatum& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices) {
+  if (!accepts(datum.GetType())) return Error::TypeMismatch;
+  if (!datum.IsArray() || datum.GetDimensionCount() != indices.count || !indices.IsValidCount() ||
+      std::ranges::find(indices.Used(), -1) != indices.Used().end()) {
+    return Error::IndexOutOfBounds;
+  }
+  return datum.SetCurrentElement(indices.Used());
+}
+
+char CQMVariables::LetterOf(CQMDatum const* datum) {
+  if (datum == nullptr) return TypeLetter::kNone;
+  switch (datum->GetType()) {
+    case EQMDataType::Number: return TypeLetter::kNumber;
+    case EQMDataType::Complex: return TypeLetter::kComplex;
+    case EQMDataType::String:
+    case EQMDataType::Text: return TypeLetter::kString;
+    case EQMDataType::Boolean: return TypeLetter::kBoolean;
+    default: return TypeLetter::kNone;
+  }
+}
+
+Handle CQMVariables::GetHandle(char scope, char const* name) {
+  CQMDatum* const datum = Find(scope, name, EQMLookup::ByScope);
+  if (datum == nullptr) return Refuse(Error::NotDefined), 0;
+  return datum->GetObjectHandle();
+}
+
+bool CQMVariables::ReleaseHandle(Handle handle) {
+  CQMDatum* const datum = ObjectFromHandle<CQMDatum>(handle);
+  return datum != nullptr && datum->ReleaseObjectHandle();
+}
+
+bool CQMVariables::IsArray(char scope, char const* name) {
+  CQMDatum const* const datum = Find(scope, name, EQMLookup::ByScope);
+  return datum != nullptr && datum->IsArray();
+}
+
+long CQMVariables::Delete(char scope, char const* name) {
+  m_context.ClearLastError();
+  long const code = name == nullptr ? static_cast<long>(Error::NotFound)
+                                    : TableOf(scope)->DeleteSymbol(std::string_view(name), true);
+  m_context.SetLastError(code);
+  return code;
+}
+
+long CQMVariables::DeleteByHandle(Handle handle) {
+  m_context.ClearLastError();
+  CQMDatum* const datum = ObjectFromHandle<CQMDatum>(handle);
+  long const code = datum == nullptr ? static_cast<long>(Error::NotFound)
+                                     : TableOf(datum->GetScope())->DeleteSymbol(datum->Name(), true);
+  m_context.SetLastError(code);
+  return code;
+}
+
+}  // namespace qumel

@@ -1,0 +1,260 @@
+// The variables of hosts: one description of what each kind accepts and how it is stored, and the few
+// operations that create, link, write, read and query variables of every kind, by name and by handle.
+#pragma once
+
+#include <complex>
+#include <span>
+#include <string_view>
+
+#include "context/executor.h"
+#include "engine/datum.h"
+
+namespace qumel {
+
+/** Dimension count and six extents or indices as hosts pass them; values behind the count are not looked at.
+ */
+struct SQMIndices {
+  long count;
+  long values[CQMDatum::kMaximumDimensions];
+
+  bool IsValidCount() const { return count >= 1 && count <= CQMDatum::kMaximumDimensions; }
+  std::span<long const> Used() const { return {values, static_cast<std::size_t>(count)}; }
+};
+
+/** Where a name is looked for in a scope that is neither 'C' nor, when it names the own table alone, 'G'. */
+enum class EQMLookup {
+  ByScope,      // 'C' the process-wide table, 'G' the context's table, any other both, the context's first
+  CosmicFirst,  // the process-wide table before the context's, also for 'G'; on purpose, for reading texts
+};
+
+/** Which tables a new name must not stand in. */
+enum class EQMExistence {
+  ByScope,     // 'G' looks in the context's table only
+  AlwaysBoth,  // 'G' looks in the process-wide table too; on purpose, for creating texts
+};
+
+/** What a setter by name does with its value after it recorded an error. */
+enum class EQMOnError { StoreAnyway, StoreUnlessArray, Refuse };
+
+// ---- kinds of variables, for creating and linking ----
+
+template <EQMDataType type>
+struct SQMKind {
+  static constexpr EQMDataType kType = type;
+  static constexpr EQMExistence kExistence = EQMExistence::ByScope;
+};
+using NumberKind = SQMKind<EQMDataType::Number>;
+using ComplexKind = SQMKind<EQMDataType::Complex>;
+using BooleanKind = SQMKind<EQMDataType::Boolean>;
+struct StringKind : SQMKind<EQMDataType::String> {
+  static constexpr EQMExistence kExistence = EQMExistence::AlwaysBoth;
+};
+
+// ---- what setters and getters accept, write and read ----
+
+constexpr bool IsNumberOrComplex(EQMDataType type) {
+  return type == EQMDataType::Number || type == EQMDataType::Complex;
+}
+constexpr bool IsComplexType(EQMDataType type) { return type == EQMDataType::Complex; }
+constexpr bool IsBooleanType(EQMDataType type) { return type == EQMDataType::Boolean; }
+
+/** Copies value into one part of datum by the datum's own conversion, whatever its type is. */
+void StorePart(CQMDatum& datum, long part, std::span<std::byte const> value);
+
+template <class Number, bool (*accepts)(EQMDataType), long part>
+struct SQMPartAccess {
+  using Value = Number;
+  static constexpr EQMOnError kOnError = EQMOnError::StoreAnyway;
+  static bool Accepts(EQMDataType type) { return accepts(type); }
+  static void Store(CQMDatum& datum, Value value) {
+    StorePart(datum, part, std::as_bytes(std::span<Value const, 1>(&value, 1)));
+  }
+};
+
+struct NumberAccess : SQMPartAccess<double, &IsNumberOrComplex, 0> {
+  static constexpr EQMLookup kLookup = EQMLookup::ByScope;
+  static constexpr bool kGetterClearsError = false;
+  static Value Load(CQMDatum const& datum) { return datum.Real(); }
+};
+using RealPartAccess = SQMPartAccess<double, &IsNumberOrComplex, 0>;
+using ImaginaryPartAccess = SQMPartAccess<double, &IsComplexType, 1>;
+
+struct BooleanAccess : SQMPartAccess<bool, &IsBooleanType, 0> {
+  static constexpr EQMLookup kLookup = EQMLookup::ByScope;
+  static constexpr bool kGetterClearsError = false;
+  static Value Load(CQMDatum const& datum) { return datum.BooleanByte() != 0; }
+};
+
+struct ComplexAccess {
+  using Value = std::complex<double>;
+  static constexpr EQMOnError kOnError = EQMOnError::StoreUnlessArray;
+  static constexpr EQMLookup kLookup = EQMLookup::ByScope;
+  static constexpr bool kGetterClearsError = true;  // the scalar getter by name alone; on purpose
+  static bool Accepts(EQMDataType type) { return IsComplexType(type); }
+  static void Store(CQMDatum& datum, Value value) {
+    RealPartAccess::Store(datum, value.real());
+    ImaginaryPartAccess::Store(datum, value.imag());
+  }
+  static Value Load(CQMDatum const& datum) { return {datum.Real(), datum.Imaginary()}; }
+};
+
+struct StringAccess {
+  using Value = char const*;
+  static constexpr EQMOnError kOnError = EQMOnError::Refuse;
+  static constexpr EQMLookup kLookup = EQMLookup::CosmicFirst;
+  static constexpr bool kGetterClearsError = false;
+  static bool Accepts(EQMDataType type) { return IsText(type); }
+  static void Store(CQMDatum& datum, Value value) { datum.SetText(value != nullptr ? value : ""); }
+  static Value Load(CQMDatum const& datum) { return reinterpret_cast<char const*>(datum.Current()); }
+};
+
+/** The operations, on one context. Each records its error as the context's last error; "an older error" is
+ * one that an earlier call left there. */
+class CQMVariables {
+ public:
+  explicit CQMVariables(CQMExecutor& context) : m_context(context) {}
+
+  // ---- creating: a handle with a reference, or 0 ----
+  template <class Kind, class Access>
+  Handle Create(char scope, char const* name, typename Access::Value initial, long textLength = 0) {
+    CQMDatum* const datum = Enter(scope, name, Kind::kExistence, {Kind::kType, textLength, nullptr, false});
+    if (datum == nullptr) return 0;
+    Access::Store(*datum, initial);
+    return datum->GetObjectHandle();
+  }
+  template <class Kind>
+  Handle CreateArray(char scope, char const* name, SQMIndices const& extents, long textLength = 0) {
+    CQMDatum* const datum = EnterArray(scope, name, {Kind::kType, textLength, nullptr, false}, extents);
+    return datum != nullptr ? datum->GetObjectHandle() : 0;
+  }
+
+  // ---- linking: the host's memory is the value; it is neither cleared nor freed ----
+  template <class Kind>
+  bool Link(char scope, char const* name, void* memory, long textLength = 0) {
+    return Enter(scope, name, Kind::kExistence, {Kind::kType, textLength, memory, true}) != nullptr;
+  }
+  template <class Kind>
+  bool LinkArray(char scope, char const* name, void* memory, SQMIndices const& extents, long textLength = 0) {
+    return EnterArray(scope, name, {Kind::kType, textLength, memory, true}, extents) != nullptr;
+  }
+
+  // ---- writing: true when the last error is 0 afterwards; an older error is not cleared ----
+  template <class Access>
+  bool Set(char scope, char const* name, typename Access::Value value) {
+    CQMDatum* const datum = Find(scope, name, EQMLookup::ByScope);
+    if (datum == nullptr) return Refuse(Error::NotDefined);
+    long const code = CheckScalar(*datum, &Access::Accepts);
+    bool const stores = code == Error::None || Access::kOnError == EQMOnError::StoreAnyway ||
+                        (Access::kOnError == EQMOnError::StoreUnlessArray && !datum->IsArray());
+    if (stores) Access::Store(*datum, value);
+    return Conclude(code);
+  }
+  template <class Access>
+  bool SetByHandle(Handle handle, typename Access::Value value) {
+    CQMDatum* const datum = ObjectFromHandle<CQMDatum>(handle);
+    if (datum == nullptr) return Refuse(Error::NotDefined);
+    long const code = CheckScalar(*datum, &Access::Accepts);
+    if (code == Error::None) Access::Store(*datum, value);
+    return Conclude(code);
+  }
+  template <class Access>
+  bool SetElement(char scope, char const* name, typename Access::Value value, SQMIndices const& indices) {
+    return SetElementOf<Access>(Find(scope, name, EQMLookup::ByScope), value, indices);
+  }
+  template <class Access>
+  bool SetElementByHandle(Handle handle, typename Access::Value value, SQMIndices const& indices) {
+    return SetElementOf<Access>(ObjectFromHandle<CQMDatum>(handle), value, indices);
+  }
+
+  // ---- reading: the value, or zero after an error of this call ----
+  template <class Access>
+  typename Access::Value Get(char scope, char const* name) {
+    if (Access::kGetterClearsError) m_context.ClearLastError();
+    return GetOf<Access>(Find(scope, name, Access::kLookup));
+  }
+  template <class Access>
+  typename Access::Value GetByHandle(Handle handle) {
+    return GetOf<Access>(ObjectFromHandle<CQMDatum>(handle));
+  }
+  template <class Access>
+  typename Access::Value GetElement(char scope, char const* name, SQMIndices const& indices) {
+    return GetElementOf<Access>(Find(scope, name, EQMLookup::ByScope), indices);
+  }
+  template <class Access>
+  typename Access::Value GetElementByHandle(Handle handle, SQMIndices const& indices) {
+    return GetElementOf<Access>(ObjectFromHandle<CQMDatum>(handle), indices);
+  }
+
+  // ---- queries and removal ----
+  /** 0 with NotDefined for an unknown name. Every call takes a reference, which ReleaseHandle gives back. */
+  Handle GetHandle(char scope, char const* name);
+  static bool ReleaseHandle(Handle handle);
+  /** A TypeLetter; kNone for no variable and for types that have none. */
+  char GetType(char scope, char const* name) { return LetterOf(Find(scope, name, EQMLookup::ByScope)); }
+  static char GetTypeByHandle(Handle handle) { return LetterOf(ObjectFromHandle<CQMDatum>(handle)); }
+  bool IsVariable(char scope, char const* name) { return Find(scope, name, EQMLookup::ByScope) != nullptr; }
+  bool IsArray(char scope, char const* name);
+  /** Sets the last error anew: 0, NotFound, or VariableInUse while handles or expressions hold references. */
+  long Delete(char scope, char const* name);
+  long DeleteByHandle(Handle handle);
+
+ private:
+  struct SQMNewVariable {
+    EQMDataType type;
+    long textLength;  // of strings, the end included
+    void* memory;     // the host's, for links
+    bool isLink;
+  };
+
+  CQMSymbolTable* TableOf(char scope) const;
+  bool IsTaken(char scope, char const* name, EQMExistence existence) const;
+  CQMDatum* Find(char scope, char const* name, EQMLookup lookup) const;
+  CQMDatum* Enter(char scope, char const* name, EQMExistence existence, SQMNewVariable const& wanted);
+  CQMDatum* EnterArray(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const& extents);
+  CQMDatum* Add(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const* extents);
+  static long CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataType));
+  /** Makes the element at indices current, or tells why not. */
+  static long SelectElement(CQMDatum& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices);
+  static char LetterOf(CQMDatum const* datum);
+  bool Refuse(long code) {
+    m_context.SetLastError(code);
+    return false;
+  }
+  bool Conclude(long code) {
+    if (code != Error::None) m_context.SetLastError(code);
+    return m_context.GetLastErrorID() == Error::None;
+  }
+
+  template <class Access>
+  bool SetElementOf(CQMDatum* datum, typename Access::Value value, SQMIndices const& indices) {
+    if (datum == nullptr) return Refuse(Error::NotDefined);
+    long const before = datum->GetCurrentElement();
+    long const code = SelectElement(*datum, &Access::Accepts, indices);
+    if (code == Error::None) {
+      Access::Store(*datum, value);
+      datum->SetCurrentElement(before);
+    }
+    return Conclude(code);
+  }
+  template <class Access>
+  typename Access::Value GetOf(CQMDatum* datum) {
+    long const code =
+        datum == nullptr ? static_cast<long>(Error::NotDefined) : CheckScalar(*datum, &Access::Accepts);
+    if (Conclude(code) || code == Error::None) return Access::Load(*datum);
+    return {};
+  }
+  template <class Access>
+  typename Access::Value GetElementOf(CQMDatum* datum, SQMIndices const& indices) {
+    long const before = datum != nullptr ? datum->GetCurrentElement() : 0;
+    long const code = datum == nullptr ? static_cast<long>(Error::NotDefined)
+                                       : SelectElement(*datum, &Access::Accepts, indices);
+    if (!Conclude(code) && code != Error::None) return {};
+    typename Access::Value const value = Access::Load(*datum);
+    datum->SetCurrentElement(before);
+    return value;
+  }
+
+  CQMExecutor& m_context;
+};
+
+}  // namespace qumel
