@@ -5,28 +5,21 @@
 
 namespace qumel {
 
-std::atomic<long> CQMObject::sm_lNextObjectID{0};
-std::atomic<long> CQMObject::sm_lQMObjectCount{0};
-
-CQMObject::CQMObject() : m_serialNumber(sm_lNextObjectID.fetch_add(1, std::memory_order_relaxed)) {}
-
-CQMObject::~CQMObject() = default;
-
-void CQMObject::ReserveRef() { m_refCount.fetch_add(1, std::memory_order_relaxed); }
+constinit std::atomic<long> CQMObject::sm_lNextObjectID{0};
+constinit std::atomic<long> CQMObject::sm_lQMObjectCount{0};
 
 void CQMObject::ReleaseRef() {
   long count = m_refCount.load(std::memory_order_relaxed);
   while (count > 0 && !m_refCount.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel)) {
   }
-  if (count <= 1 && m_deleteOnRefCountZero) delete this;
+  bool const isUnreferenced = count <= 1;  // a count that was 0 already deletes too
+  if (isUnreferenced && IsMarkedForDeletion()) delete this;
 }
 
 void CQMObject::ResetRefCount(long count) {
   m_refCount.store(count, std::memory_order_release);
-  m_deleteOnRefCountZero = false;
+  DeleteOnRefCountZero(false);
 }
-
-void CQMObject::DeleteOnRefCountZero(bool mark) { m_deleteOnRefCountZero = mark; }
 
 char const* CQMObject::SetObjectName(char const* name) {
   std::string_view const text = name != nullptr ? name : "";
@@ -39,9 +32,7 @@ char const* CQMObject::SetObjectName(char const* name) {
 char* CQMObject::GetObjectName(char* destination) {
   if (m_name == nullptr) SetObjectName(nullptr);
   if (destination == nullptr) return m_name.get();
-  return std::strcpy(destination, m_name.get());
+  return static_cast<char*>(std::memmove(destination, m_name.get(), std::strlen(m_name.get()) + 1));
 }
-
-std::string_view CQMObject::Name() const { return m_name != nullptr ? m_name.get() : ""; }
 
 }  // namespace qumel

@@ -17,6 +17,7 @@ inline constexpr char kThreadInfo[] = "__OLOTI__";
 inline constexpr char kDatum[] = "__OLOD__";
 inline constexpr char kExpression[] = "__OLOX__";
 inline constexpr char kOperator[] = "__OLOP__";
+inline constexpr char kSymbolTable[] = "__OLOST__";
 inline constexpr char kTable[] = "__OT";
 inline constexpr char kOpInfo[] = "OOI_";
 inline constexpr char kStack[] = "OS__";
@@ -27,26 +28,29 @@ inline constexpr char kOperand[] = "OOND";
 
 class CQMObject {
  public:
-  CQMObject();
-  virtual ~CQMObject();
+  // Operators and datums come and go by the thousand: what each of them pays stands here, to be inlined.
+  CQMObject() : m_serialNumber(sm_lNextObjectID.fetch_add(1, std::memory_order_relaxed)) {}
+  virtual ~CQMObject() = default;
   CQMObject(CQMObject const&) = delete;
   CQMObject& operator=(CQMObject const&) = delete;
 
-  void ReserveRef();
-  /** Drops one reference if there is one; destroys the object when the count is 0 and the delete mark is set. */
+  void ReserveRef() { m_refCount.fetch_add(1, std::memory_order_relaxed); }
+  /** Drops one reference if there is one; destroys the object when the count is 0 and the delete mark is set.
+   */
   void ReleaseRef();
   /** Sets the count and clears the delete mark. */
   void ResetRefCount(long count);
-  void DeleteOnRefCountZero(bool mark);
-  bool IsMarkedForDeletion() const { return m_deleteOnRefCountZero; }
+  /** Sets or clears the delete mark; does not look at the count. */
+  void DeleteOnRefCountZero(bool mark) { m_deleteOnRefCountZero.store(mark, std::memory_order_release); }
+  bool IsMarkedForDeletion() const { return m_deleteOnRefCountZero.load(std::memory_order_acquire); }
   long GetRefCount() const { return m_refCount.load(std::memory_order_acquire); }
 
   /** Keeps a copy of name (empty for null) and returns it. */
   char const* SetObjectName(char const* name);
-  /** Copies the name into destination (the caller provides the room) and returns it; without a destination the
-   *  object's own text. Never null. */
+  /** Copies the name into destination (the caller provides the room) and returns it; without a destination
+   * the object's own text. Never null. */
   char* GetObjectName(char* destination = nullptr);
-  std::string_view Name() const;
+  std::string_view Name() const { return m_name != nullptr ? m_name.get() : ""; }
 
   bool HasTypeTag(std::string_view tag) const { return tag == m_typeTag; }
   char const* GetTypeTag() const { return m_typeTag; }
@@ -60,7 +64,7 @@ class CQMObject {
 
  private:
   std::atomic<long> m_refCount{0};
-  bool m_deleteOnRefCountZero = false;
+  std::atomic<bool> m_deleteOnRefCountZero{false};
   std::unique_ptr<char[]> m_name;
   char const* m_typeTag = TypeTag::kObject;
   long m_serialNumber;
