@@ -5,9 +5,8 @@ namespace qumel {
 
 std::span<MakerTable const> ComputingOperatorTables() {
   static MakerTable const tables[] = {
-      ArithmeticOperators(),
-      ConstantOperators(),
-      ModeOperators(),
+      ArithmeticOperators(), ConstantOperators(), ModeOperators(),   TrigonometricOperators(),
+      StatisticsOperators(), ChanceOperators(),   StringOperators(),
   };
   return tables;
 }

@@ -9,9 +9,14 @@ namespace qumel {
 
 std::span<MakerTable const> ComputingOperatorTables();
 
-// One function a family, defined beside its operators; a new family adds a line here and one in the list behind.
+// One function a family, defined beside its operators; a new family adds a line here and one in the list
+// behind.
 MakerTable ArithmeticOperators();
 MakerTable ConstantOperators();
 MakerTable ModeOperators();
+MakerTable TrigonometricOperators();
+MakerTable StatisticsOperators();
+MakerTable ChanceOperators();
+MakerTable StringOperators();
 
 }  // namespace qumel

@@ -1,0 +1,122 @@
+// Circular and hyperbolic operators and their inverses: one template, a line a function.
+#include "engine/operator_context.h"
+#include "operators/circular_functions.h"
+#include "operators/operator_tables.h"
+
+namespace qumel {
+
+namespace {
+
+/** Where the angle unit of the context applies; to real and imaginary parts alike, on purpose. */
+enum class EQMAngle { None, Operand, Result };
+
+/** A function of one number. In complex evaluation a real operand keeps the real function where that has a
+ * value. */
+template <EQMAngle angle, RealOrNone (*ofReal)(double), Complex (*ofComplex)(Complex)>
+class CQMFunctionOfOne final : public CQMOperator {
+ public:
+  long GetOperandsNeeded() override { return 1; }
+
+  long DoOperation(long& position) override {
+    if (StoreOfReal()) return Advance(position);
+    StoreReal(0.0);
+    return Status::NeedsComplex;
+  }
+
+  long DoComplexOperation(long& position) override {
+    if (!Operand(0).IsComplex() && StoreOfReal()) return Advance(position);
+    double const in = OperandFactor();
+    double const out = ResultFactor();
+    Complex const value = ofComplex({Real(0) * in, Imaginary(0) * in});
+    StoreComplex(value.real() * out, value.imag() * out);
+    return Advance(position);
+  }
+
+ private:
+  bool StoreOfReal() {
+    RealOrNone const value = ofReal(Real(0) * OperandFactor());
+    if (value.has_value()) StoreReal(*value * ResultFactor());
+    return value.has_value();
+  }
+  double OperandFactor() const {
+    return angle == EQMAngle::Operand && GetContext() != nullptr ? GetContext()->GetAngleFactorToRadians()
+                                                                 : 1.0;
+  }
+  double ResultFactor() const {
+    return angle == EQMAngle::Result && GetContext() != nullptr ? GetContext()->GetAngleFactorFromRadians()
+                                                                : 1.0;
+  }
+};
+
+using CQMSineOperator = CQMFunctionOfOne<EQMAngle::Operand, &Sine, &Sine>;
+using CQMCosineOperator = CQMFunctionOfOne<EQMAngle::Operand, &Cosine, &Cosine>;
+using CQMTangentOperator = CQMFunctionOfOne<EQMAngle::Operand, &Tangent, &Tangent>;
+using CQMCotangentOperator = CQMFunctionOfOne<EQMAngle::Operand, &Cotangent, &Cotangent>;
+using CQMSecantOperator = CQMFunctionOfOne<EQMAngle::Operand, &Secant, &Secant>;
+using CQMCosecantOperator = CQMFunctionOfOne<EQMAngle::Operand, &Cosecant, &Cosecant>;
+
+using CQMArcsineOperator = CQMFunctionOfOne<EQMAngle::Result, &Arcsine, &Arcsine>;
+using CQMArccosineOperator = CQMFunctionOfOne<EQMAngle::Result, &Arccosine, &Arccosine>;
+using CQMArctangentOperator = CQMFunctionOfOne<EQMAngle::Result, &Arctangent, &Arctangent>;
+using CQMArccotangentOperator = CQMFunctionOfOne<EQMAngle::Result, &Arccotangent, &Arccotangent>;
+using CQMArcsecantOperator = CQMFunctionOfOne<EQMAngle::Result, &Arcsecant, &Arcsecant>;
+using CQMArccosecantOperator = CQMFunctionOfOne<EQMAngle::Result, &Arccosecant, &Arccosecant>;
+
+using CQMHypersineOperator = CQMFunctionOfOne<EQMAngle::None, &Hypersine, &Hypersine>;
+using CQMHypercosineOperator = CQMFunctionOfOne<EQMAngle::None, &Hypercosine, &Hypercosine>;
+using CQMHypertangentOperator = CQMFunctionOfOne<EQMAngle::None, &Hypertangent, &Hypertangent>;
+using CQMHypercotangentOperator = CQMFunctionOfOne<EQMAngle::None, &Hypercotangent, &Hypercotangent>;
+using CQMHypersecantOperator = CQMFunctionOfOne<EQMAngle::None, &Hypersecant, &Hypersecant>;
+using CQMHypercosecantOperator = CQMFunctionOfOne<EQMAngle::None, &Hypercosecant, &Hypercosecant>;
+
+using CQMArchypersineOperator = CQMFunctionOfOne<EQMAngle::None, &Archypersine, &Archypersine>;
+using CQMArchypercosineOperator = CQMFunctionOfOne<EQMAngle::None, &Archypercosine, &Archypercosine>;
+using CQMArchypertangentOperator = CQMFunctionOfOne<EQMAngle::None, &Archypertangent, &Archypertangent>;
+using CQMArchypercotangentOperator = CQMFunctionOfOne<EQMAngle::None, &Archypercotangent, &Archypercotangent>;
+using CQMArchypersecantOperator = CQMFunctionOfOne<EQMAngle::None, &Archypersecant, &Archypersecant>;
+using CQMArchypercosecantOperator = CQMFunctionOfOne<EQMAngle::None, &Archypercosecant, &Archypercosecant>;
+
+constexpr SQMMakerRow kTrigonometricOperators[] = {
+    {OpId::Sine, &MakeOperator<CQMSineOperator>},
+    {OpId::Cosine, &MakeOperator<CQMCosineOperator>},
+    {OpId::Tangent, &MakeOperator<CQMTangentOperator>},
+    {OpId::Cotangent, &MakeOperator<CQMCotangentOperator>},
+    {OpId::Secant, &MakeOperator<CQMSecantOperator>},
+    {OpId::Cosecant, &MakeOperator<CQMCosecantOperator>},
+    {OpId::Arcsine, &MakeOperator<CQMArcsineOperator>},
+    {OpId::Arccosine, &MakeOperator<CQMArccosineOperator>},
+    {OpId::Arctangent, &MakeOperator<CQMArctangentOperator>},
+    {OpId::Arccotangent, &MakeOperator<CQMArccotangentOperator>},
+    {OpId::Arcsecant, &MakeOperator<CQMArcsecantOperator>},
+    {OpId::Arccosecant, &MakeOperator<CQMArccosecantOperator>},
+    {OpId::Hypersine, &MakeOperator<CQMHypersineOperator>},
+    {OpId::Hypercosine, &MakeOperator<CQMHypercosineOperator>},
+    {OpId::Hypertangent, &MakeOperator<CQMHypertangentOperator>},
+    {OpId::Hypercotangent, &MakeOperator<CQMHypercotangentOperator>},
+    {OpId::Hypersecant, &MakeOperator<CQMHypersecantOperator>},
+    {OpId::Hypercosecant, &MakeOperator<CQMHypercosecantOperator>},
+    {OpId::Archypersine, &MakeOperator<CQMArchypersineOperator>},
+    {OpId::Archypercosine, &MakeOperator<CQMArchypercosineOperator>},
+    {OpId::Archypertangent, &MakeOperator<CQMArchypertangentOperator>},
+    {OpId::Archypercotangent, &MakeOperator<CQMArchypercotangentOperator>},
+    {OpId::Archypersecant, &MakeOperator<CQMArchypersecantOperator>},
+    {OpId::Archypercosecant, &MakeOperator<CQMArchypercosecantOperator>},
+    {OpId::ShortArcsine, &MakeOperator<CQMArcsineOperator>},
+    {OpId::ShortArccosine, &MakeOperator<CQMArccosineOperator>},
+    {OpId::ShortArctangent, &MakeOperator<CQMArctangentOperator>},
+    {OpId::ShortArccotangent, &MakeOperator<CQMArccotangentOperator>},
+    {OpId::ShortArcsecant, &MakeOperator<CQMArcsecantOperator>},
+    {OpId::ShortArccosecant, &MakeOperator<CQMArccosecantOperator>},
+    {OpId::ShortArchypersine, &MakeOperator<CQMArchypersineOperator>},
+    {OpId::ShortArchypercosine, &MakeOperator<CQMArchypercosineOperator>},
+    {OpId::ShortArchypertangent, &MakeOperator<CQMArchypertangentOperator>},
+    {OpId::ShortArchypercotangent, &MakeOperator<CQMArchypercotangentOperator>},
+    {OpId::ShortArchypersecant, &MakeOperator<CQMArchypersecantOperator>},
+    {OpId::ShortArchypercosecant, &MakeOperator<CQMArchypercosecantOperator>},
+};
+
+}  // namespace
+
+MakerTable TrigonometricOperators() { return kTrigonometricOperators; }
+
+}  // namespace qumel
