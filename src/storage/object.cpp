@@ -9,16 +9,15 @@ constinit std::atomic<long> CQMObject::sm_lNextObjectID{0};
 constinit std::atomic<long> CQMObject::sm_lQMObjectCount{0};
 
 void CQMObject::ReleaseRef() {
-  long count = m_refCount.load(std::memory_order_relaxed);
-  while (count > 0 && !m_refCount.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel)) {
+  long state = m_references.load(std::memory_order_acquire);
+  while (state >= kOneReference && !m_references.compare_exchange_weak(state, state - kOneReference)) {
   }
-  bool const isUnreferenced = count <= 1;  // a count that was 0 already deletes too
-  if (isUnreferenced && IsMarkedForDeletion()) delete this;
+  long const left = state >= kOneReference ? state - kOneReference : state;
+  if (left == kDeleteMark) delete this;  // also when the count was 0 before
 }
 
 void CQMObject::ResetRefCount(long count) {
-  m_refCount.store(count, std::memory_order_release);
-  DeleteOnRefCountZero(false);
+  m_references.store(count * kOneReference, std::memory_order_release);
 }
 
 char const* CQMObject::SetObjectName(char const* name) {

@@ -37,16 +37,22 @@ class CQMObject {
   CQMObject(CQMObject const&) = delete;
   CQMObject& operator=(CQMObject const&) = delete;
 
-  void ReserveRef() { m_refCount.fetch_add(1, std::memory_order_relaxed); }
+  void ReserveRef() { m_references.fetch_add(kOneReference, std::memory_order_relaxed); }
   /** Drops one reference if there is one; destroys the object when the count is 0 and the delete mark is set.
    */
   void ReleaseRef();
   /** Sets the count and clears the delete mark. */
   void ResetRefCount(long count);
-  /** Sets or clears the delete mark; does not look at the count. */
-  void DeleteOnRefCountZero(bool mark) { m_deleteOnRefCountZero.store(mark, std::memory_order_release); }
-  bool IsMarkedForDeletion() const { return m_deleteOnRefCountZero.load(std::memory_order_acquire); }
-  long GetRefCount() const { return m_refCount.load(std::memory_order_acquire); }
+  /** Sets or clears the delete mark; does not look at the count. An owner whose object may be unreferenced,
+   * now or while another thread releases it, takes a reference, marks the object and releases it. */
+  void DeleteOnRefCountZero(bool mark) {
+    if (mark) m_references.fetch_or(kDeleteMark, std::memory_order_acq_rel);
+    else m_references.fetch_and(~kDeleteMark, std::memory_order_acq_rel);
+  }
+  bool IsMarkedForDeletion() const {
+    return (m_references.load(std::memory_order_acquire) & kDeleteMark) != 0;
+  }
+  long GetRefCount() const { return m_references.load(std::memory_order_acquire) / kOneReference; }
 
   /** Keeps a copy of name (empty for null) and returns it. */
   char const* SetObjectName(char const* name);
@@ -66,8 +72,9 @@ class CQMObject {
   void SetTypeTag(char const* tag) { m_typeTag = tag; }  // tag: one of TypeTag, static storage
 
  private:
-  std::atomic<long> m_refCount{0};
-  std::atomic<bool> m_deleteOnRefCountZero{false};
+  // Count and mark stand in one word: who drops the last reference must not look at the object again.
+  static constexpr long kDeleteMark = 1, kOneReference = 2;
+  std::atomic<long> m_references{0};
   std::unique_ptr<char[]> m_name;
   char const* m_typeTag = TypeTag::kObject;
   long m_serialNumber;
