@@ -106,9 +106,16 @@ class CQMOperator : public CQMLinkedObject {
   long CheckOperandCounts();
   /** NotEnoughOperands for a missing operand, NotDefined for a name never declared or untyped, else 0. */
   static long CheckDefined(CQMDatum const* operand);
+  /** CheckOperandCounts, then CheckDefined of every operand: names that nobody knows come before any check of type. */
+  long CheckOperands();
   bool HasComplexOperand() const;
   /** ComplexOperandFound when an operand is complex, else 0: how a check that passed ends. */
   long ComplexStatus() const { return HasComplexOperand() ? Error::ComplexOperandFound : Error::None; }
+  /** Makes datum the result as it is, without the return type and the zeroing of SetResultOperand. */
+  CQMDatum* KeepResultOperand(std::unique_ptr<CQMDatum> datum) {
+    m_result = std::move(datum);
+    return m_result.get();
+  }
   /** Asks for the operator id in this one's place. */
   long SubstituteBy(long id) {
     m_substituteId = id;

@@ -11,15 +11,6 @@ namespace {
 /** Statuses up to this one, NeedsComplex aside, do not end a complex run. */
 constexpr long kLastIgnoredStatus = 999;
 
-/** Remainder of the integer parts with the sign of the dividend; false when the divisor truncates to 0. */
-bool IntegerRemainder(double dividend, double divisor, double& remainder) {
-  std::int32_t const whole = TruncateToInt32(divisor);
-  if (whole == 0) return false;
-  // -1 divides everything; computing it would overflow for the smallest integer
-  remainder = whole == -1 ? 0.0 : TruncateToInt32(dividend) % whole;
-  return true;
-}
-
 }  // namespace
 
 long CQMRealBaselineResolver::Resolve(CQMOperator** operators, CQMDatum***, CQMDatum**, long count,

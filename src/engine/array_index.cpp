@@ -1,0 +1,93 @@
+// The array index: makes an array at its first use, and picks an element afterwards.
+#include <array>
+#include <span>
+
+#include "engine/declarations.h"
+#include "engine/operator_context.h"
+#include "engine/structural_tables.h"
+
+namespace qumel {
+
+namespace {
+
+constexpr long kMostIndices = 7;
+
+/** Operand 0 is the array, the others are numbers. The result is a proxy of the array, with a current element
+ * of its own, so that several index expressions on one array do not disturb each other. */
+class CQMArrayIndexOperator final : public CQMOperator {
+ public:
+  long GetOperandsNeeded() override { return 2; }
+  long GetOperandsMaximum() override { return 1 + kMostIndices; }
+
+  CQMDatum* SetResultOperand(std::unique_ptr<CQMDatum> datum) override {
+    CQMDatum* const array = GetOperandCount() > 0 ? GetOperandList()[0] : nullptr;
+    if (array == nullptr) return CQMOperator::SetResultOperand(std::move(datum));
+    auto element = std::make_unique<CQMDatum>(*array);
+    element->ViewOneElement();
+    return KeepResultOperand(std::move(element));
+  }
+
+  long VerifyOperands() override;
+  long DoOperation(long& position) override;
+
+ private:
+  CQMDatum& Array() const { return Operand(0).FinalTarget(); }
+  long Dimension(std::span<double const> extents);
+
+  bool m_hasAskedAgain = false;
+};
+
+long CQMArrayIndexOperator::VerifyOperands() {
+  if (long const code = CheckOperandCounts(); code != Error::None) return code;
+  if (Operand(0).IsLiteral()) return Error::NotAnLValue;
+  if (Operand(0).IsPending() && !m_hasAskedAgain) {
+    // what stands behind the brackets, as a type word or an assignment, may declare the array
+    m_hasAskedAgain = true;
+    return Error::VerifyAgain;
+  }
+  for (long i = 1; i < GetOperandCount(); ++i) {
+    if (long const code = CheckDefined(&Operand(i)); code != Error::None) return code;
+    EQMDataType const type = VariableTypeFor(Operand(i).GetType());
+    if (type != EQMDataType::Number && type != EQMDataType::Complex) return Error::NotANumber;
+  }
+  if (Operand(0).IsPending()) return DeclareName(*this, Operand(0), EQMDataType::Number);
+  if (Array().GetType() == EQMDataType::Untyped) return Error::NotDefined;
+  return VariableTypeFor(Array().GetType()) == EQMDataType::Undefined ? Error::TypeMismatch : Error::None;
+}
+
+long CQMArrayIndexOperator::DoOperation(long& position) {
+  std::array<double, kMostIndices> values;
+  std::size_t count = 0;
+  for (long i = 1; i < GetOperandCount(); ++i) values[count++] = Real(i);
+  std::span<double const> const indices(values.data(), count);
+  CQMDatum const& array = Array();
+  long element = 0;
+  if (array.IsArray()) {
+    element = array.GetElementPosition(indices);
+    if (element < 0) return Error::IndexOutOfBounds;
+  } else if (long const code = Dimension(indices); code != Error::None) {
+    return code;
+  }
+  if (long const code = Result().SetCurrentElement(element); code != Error::None) return code;
+  return Advance(position);
+}
+
+// The last extent of a string is the length of its buffer. The memory of a host is as large as the host said.
+long CQMArrayIndexOperator::Dimension(std::span<double const> extents) {
+  CQMDatum& array = Array();
+  long const dimensions = static_cast<long>(extents.size()) - (array.IsString() ? 1 : 0);
+  if (!array.OwnsStorage() || dimensions > CQMDatum::kMaximumDimensions) return Error::IndexOutOfBounds;
+  if (CQMOperatorContext const* const context = GetContext(); context != nullptr) {
+    array.SetArrayBase(context->GetArrayBase());
+    array.SetInvertArrayIndices(context->GetInvertArrayIndices());
+  }
+  return array.SetIsArray(extents);
+}
+
+constexpr SQMMakerRow kArrayIndexOperators[] = {{OpId::ArrayIndex, &MakeOperator<CQMArrayIndexOperator>}};
+
+}  // namespace
+
+MakerTable ArrayIndexOperators() { return kArrayIndexOperators; }
+
+}  // namespace qumel
