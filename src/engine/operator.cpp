@@ -53,6 +53,14 @@ long CQMOperator::CheckDefined(CQMDatum const* operand) {
   return operand->IsPending() || operand->GetType() == EQMDataType::Untyped ? Error::NotDefined : Error::None;
 }
 
+long CQMOperator::CheckOperands() {
+  if (long const code = CheckOperandCounts(); code != Error::None) return code;
+  for (CQMDatum const* operand : m_operands) {
+    if (long const code = CheckDefined(operand); code != Error::None) return code;
+  }
+  return Error::None;
+}
+
 bool CQMOperator::HasComplexOperand() const {
   for (CQMDatum const* operand : m_operands) {
     if (operand->IsComplex()) return true;
@@ -61,13 +69,9 @@ bool CQMOperator::HasComplexOperand() const {
 }
 
 long CQMOperator::VerifyOperands() {
-  if (long const code = CheckOperandCounts(); code != Error::None) return code;
+  if (long const code = CheckOperands(); code != Error::None) return code;
   for (CQMDatum const* operand : m_operands) {
-    if (operand == nullptr) return Error::NotEnoughOperands;
-    if (operand->IsPending()) return Error::NotDefined;
-    if (GetTypeClass(operand->GetType()) != GetReturnClass()) {
-      return operand->GetType() == EQMDataType::Untyped ? Error::NotDefined : Error::TypeMismatch;
-    }
+    if (GetTypeClass(operand->GetType()) != GetReturnClass()) return Error::TypeMismatch;
   }
   return ComplexStatus();
 }
