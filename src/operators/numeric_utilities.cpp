@@ -5,15 +5,6 @@
 
 namespace qumel {
 
-double Hypotenuse(double x, double y) {
-  double const a = std::fabs(x), b = std::fabs(y);
-  double const larger = a > b ? a : b;
-  double const smaller = a > b ? b : a;
-  if (smaller == 0.0) return larger;
-  double const ratio = smaller / larger;
-  return larger * std::sqrt(1.0 + ratio * ratio);
-}
-
 double ComplexArg(double x, double y) { return std::atan2(y, x); }
 
 double Log1P(double x) {

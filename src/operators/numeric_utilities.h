@@ -1,10 +1,10 @@
 // Numeric helpers that the operators share and that hosts may call.
 #pragma once
 
+#include "base/complex_arithmetic.h"  // Hypotenuse
+
 namespace qumel {
 
-/** Modulus of x + yi without overflow on the way. */
-double Hypotenuse(double x, double y);
 /** Angle of x + yi, in radians. */
 double ComplexArg(double x, double y);
 /** log(1 + x), compensated for the rounding of 1 + x. */

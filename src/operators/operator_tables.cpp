@@ -5,7 +5,8 @@ namespace qumel {
 
 std::span<MakerTable const> ComputingOperatorTables() {
   static MakerTable const tables[] = {
-      ArithmeticOperators(), ConstantOperators(), ModeOperators(),   TrigonometricOperators(),
+      ArithmeticOperators(), BitwiseOperators(),  LogicalOperators(), ElementaryOperators(),
+      ComplexOperators(),    ConstantOperators(), ModeOperators(),    TrigonometricOperators(),
       StatisticsOperators(), ChanceOperators(),   StringOperators(),
   };
   return tables;

@@ -12,6 +12,10 @@ std::span<MakerTable const> ComputingOperatorTables();
 // One function a family, defined beside its operators; a new family adds a line here and one in the list
 // behind.
 MakerTable ArithmeticOperators();
+MakerTable BitwiseOperators();
+MakerTable LogicalOperators();
+MakerTable ElementaryOperators();
+MakerTable ComplexOperators();
 MakerTable ConstantOperators();
 MakerTable ModeOperators();
 MakerTable TrigonometricOperators();

@@ -1,0 +1,119 @@
+// Operators that give a boolean: on booleans, and by comparing two values of one kind. None stops early: all
+// operands have been computed by then.
+#include "operators/operator_tables.h"
+
+namespace qumel {
+
+namespace {
+
+class CQMBooleanResultOperator : public CQMOperator {
+ public:
+  EQMDataType GetReturnType() override { return EQMDataType::Boolean; }
+
+ protected:
+  long Finish(bool value, long& position) {
+    Result().SetBoolean(value);
+    return Advance(position);
+  }
+  /** Any kind of operand will do as long as all are of one kind. */
+  long CheckSameClass() {
+    if (long const code = CheckOperands(); code != Error::None) return code;
+    for (long i = 1; i < GetOperandCount(); ++i) {
+      if (GetTypeClass(Operand(i).GetType()) != GetTypeClass(Operand(i - 1).GetType()))
+        return Error::TypeMismatch;
+    }
+    return Error::None;
+  }
+};
+
+// ---- logical ----
+
+// The byte of a boolean in a host's memory may be neither. Only 1 counts as true here, and only 0 as false.
+constexpr std::uint8_t kTrueByte = 1;
+constexpr std::uint8_t kFalseByte = 0;
+
+using BytesRule = bool (*)(std::uint8_t x, std::uint8_t y);
+
+template <BytesRule rule>
+class CQMLogicalOperator final : public CQMBooleanResultOperator {
+ public:
+  long GetOperandsNeeded() override { return 2; }
+  long DoOperation(long& position) override {
+    return Finish(rule(Operand(0).BooleanByte(), Operand(1).BooleanByte()), position);
+  }
+};
+
+bool BothTrue(std::uint8_t x, std::uint8_t y) { return x == kTrueByte && y == kTrueByte; }
+bool EitherTrue(std::uint8_t x, std::uint8_t y) { return x == kTrueByte || y == kTrueByte; }
+bool OneTrueOneFalse(std::uint8_t x, std::uint8_t y) {
+  return (x == kTrueByte && y == kFalseByte) || (x == kFalseByte && y == kTrueByte);
+}
+
+using CQMAndOperator = CQMLogicalOperator<&BothTrue>;
+using CQMOrOperator = CQMLogicalOperator<&EitherTrue>;
+using CQMExOrOperator = CQMLogicalOperator<&OneTrueOneFalse>;
+
+/** Takes an operand of any kind and looks at the first byte of its value. */
+class CQMNotOperator final : public CQMBooleanResultOperator {
+ public:
+  long GetOperandsNeeded() override { return 1; }
+  long VerifyOperands() override { return CheckSameClass(); }
+  long DoOperation(long& position) override {
+    return Finish(Operand(0).BooleanByte() == kFalseByte, position);
+  }
+};
+
+// ---- relational ----
+
+using ComparisonRule = bool (*)(long comparison);
+
+/** Texts compare by any number, so rules go by the sign. Complex evaluation compares just the same. */
+template <ComparisonRule rule>
+class CQMRelationalOperator final : public CQMBooleanResultOperator {
+ public:
+  long GetOperandsNeeded() override { return 2; }
+  long VerifyOperands() override { return CheckSameClass(); }
+  long DoOperation(long& position) override {
+    return Finish(rule(Operand(0).CompareValue(&Operand(1))), position);
+  }
+};
+
+bool IsLess(long comparison) { return comparison < 0; }
+bool IsGreater(long comparison) { return comparison > 0; }
+bool IsLessOrEqual(long comparison) { return comparison <= 0; }
+bool IsGreaterOrEqual(long comparison) { return comparison >= 0; }
+bool IsEqual(long comparison) { return comparison == 0; }
+bool IsNotEqual(long comparison) { return comparison != 0; }
+
+using CQMLessThanOperator = CQMRelationalOperator<&IsLess>;
+using CQMGreaterThanOperator = CQMRelationalOperator<&IsGreater>;
+using CQMLTEqualOperator = CQMRelationalOperator<&IsLessOrEqual>;
+using CQMGTEqualOperator = CQMRelationalOperator<&IsGreaterOrEqual>;
+using CQMEqualOperator = CQMRelationalOperator<&IsEqual>;
+using CQMNotEqualOperator = CQMRelationalOperator<&IsNotEqual>;
+
+constexpr SQMMakerRow kLogicalOperators[] = {
+    {OpId::OrSign, &MakeOperator<CQMOrOperator>},
+    {OpId::OrWord, &MakeOperator<CQMOrOperator>},
+    {OpId::ExclusiveOrSign, &MakeOperator<CQMExOrOperator>},
+    {OpId::ExclusiveOrWord, &MakeOperator<CQMExOrOperator>},
+    {OpId::AndSign, &MakeOperator<CQMAndOperator>},
+    {OpId::AndWord, &MakeOperator<CQMAndOperator>},
+    {OpId::LooseNotSign, &MakeOperator<CQMNotOperator>},
+    {OpId::LooseNotWord, &MakeOperator<CQMNotOperator>},
+    {OpId::TightNotSign, &MakeOperator<CQMNotOperator>},
+    {OpId::TightNotWord, &MakeOperator<CQMNotOperator>},
+    {OpId::Equal, &MakeOperator<CQMEqualOperator>},
+    {OpId::NotEqual, &MakeOperator<CQMNotEqualOperator>},
+    {OpId::Unequal, &MakeOperator<CQMNotEqualOperator>},
+    {OpId::LessThan, &MakeOperator<CQMLessThanOperator>},
+    {OpId::GreaterThan, &MakeOperator<CQMGreaterThanOperator>},
+    {OpId::LessOrEqual, &MakeOperator<CQMLTEqualOperator>},
+    {OpId::GreaterOrEqual, &MakeOperator<CQMGTEqualOperator>},
+};
+
+}  // namespace
+
+MakerTable LogicalOperators() { return kLogicalOperators; }
+
+}  // namespace qumel
