@@ -59,9 +59,7 @@ class CQMCompoundAssignment final : public CQMTargetOperator {
  public:
   long VerifyOperands() override {
     if (long const code = CheckTarget(); code != Error::None) return code;
-    for (CQMDatum const* operand : {&Target(), &Value()}) {
-      if (long const code = CheckDefined(operand); code != Error::None) return code;
-    }
+    if (long const code = CheckOperands(); code != Error::None) return code;
     if (Value().GetType() == EQMDataType::Undefined) return Error::VerifyAgain;
     if (!IsNumeric(Value())) {
       return Rule::kJoinsTexts && IsText(Value().GetType()) ? SubstituteBy(OpId::Append) : Error::NotANumber;

@@ -18,13 +18,7 @@ class CQMFlowOperator : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return operands; }
   EQMDataType GetReturnType() override { return returnType; }
-  long VerifyOperands() override {
-    if (long const code = CheckOperandCounts(); code != Error::None) return code;
-    for (long i = 0; i < GetOperandCount(); ++i) {
-      if (long const code = CheckDefined(&Operand(i)); code != Error::None) return code;
-    }
-    return Error::None;
-  }
+  long VerifyOperands() override { return CheckOperands(); }
 
  protected:
   static long Jump(long& position, long target) {

@@ -1,0 +1,216 @@
+// The operators, the notation and the context of test programs.
+#include "program_runner.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+#include <unordered_map>
+
+namespace qumel::test {
+
+namespace {
+
+/** An operator without the checks of the real ones; structural operators are what is tested. */
+template <EQMDataType type, void (*rule)(CQMDatum& result, CQMDatum* const* operands), long operands>
+class CQMRuleOperator final : public CQMOperator {
+ public:
+  long GetOperandsNeeded() override { return operands; }
+  EQMDataType GetReturnType() override { return type; }
+  long VerifyOperands() override {
+    if (long const code = CheckOperands(); code != Error::None) return code;
+    if (GetId() == OpId::Addition && Operand(0).IsString()) return SubstituteBy(OpId::Concatenation);
+    return ComplexStatus();
+  }
+  long DoOperation(long& position) override {
+    rule(Result(), GetOperandList());
+    return Advance(position);
+  }
+};
+
+void Add(CQMDatum& result, CQMDatum* const* operands) {
+  result.SetReal(operands[0]->Real() + operands[1]->Real());
+}
+void Join(CQMDatum& result, CQMDatum* const* operands) {
+  result.SetWholeText(std::string(operands[0]->GetText()).append(operands[1]->GetText()));
+}
+void Append(CQMDatum& result, CQMDatum* const* operands) {
+  Join(result, operands);
+  operands[0]->SetText(result.GetText());
+}
+void Negate(CQMDatum& result, CQMDatum* const* operands) { result.SetReal(-operands[0]->Real()); }
+void Less(CQMDatum& result, CQMDatum* const* operands) {
+  result.SetBoolean(operands[0]->CompareValue(operands[1]) < 0);
+}
+void Same(CQMDatum& result, CQMDatum* const* operands) {
+  result.SetBoolean(operands[0]->CompareValue(operands[1]) == 0);
+}
+void Root(CQMDatum& result, CQMDatum* const* operands) {
+  result.SetComplex(0.0, std::sqrt(-operands[0]->Real()));
+}
+void MakeComplex(CQMDatum& result, CQMDatum* const* operands) {
+  result.SetComplex(operands[0]->Real(), operands[1]->Real());
+}
+void MakeTrue(CQMDatum& result, CQMDatum* const*) { result.SetBoolean(true); }
+void MakePi(CQMDatum& result, CQMDatum* const*) { result.SetReal(3.0); }
+
+template <EQMDataType type, void (*rule)(CQMDatum&, CQMDatum* const*), long operands>
+constexpr OperatorMaker kMake = &MakeOperator<CQMRuleOperator<type, rule, operands>>;
+
+constexpr SQMMakerRow kTestOperators[] = {
+    {OpId::RectangularComplex, kMake<EQMDataType::Complex, MakeComplex, 2>},
+    {OpId::Append, kMake<EQMDataType::String, Append, 2>},
+    {OpId::Addition, kMake<EQMDataType::Number, Add, 2>},
+    {OpId::Concatenation, kMake<EQMDataType::String, Join, 2>},
+    {OpId::LessThan, kMake<EQMDataType::Boolean, Less, 2>},
+    {OpId::Equal, kMake<EQMDataType::Boolean, Same, 2>},
+    {OpId::TightMinus, kMake<EQMDataType::Number, Negate, 1>},
+    {OpId::SquareRoot, kMake<EQMDataType::Number, Root, 1>},
+    {OpId::True, kMake<EQMDataType::Boolean, MakeTrue, 0>},
+    {OpId::Pi, kMake<EQMDataType::Number, MakePi, 0>},
+};
+
+struct SQMWord {
+  long id;
+  int operands;
+};
+
+std::unordered_map<std::string_view, SQMWord> const kWords = {
+    {"|_", {OpId::RectangularComplex, 2}},
+    {"=", {OpId::Assign, 2}},
+    {"+=", {OpId::AddAssign, 2}},
+    {"-=", {OpId::SubtractAssign, 2}},
+    {"*=", {OpId::MultiplyAssign, 2}},
+    {"/=", {OpId::DivideAssign, 2}},
+    {"%=", {OpId::ModuloAssign, 2}},
+    {"<=>", {OpId::Exchange, 2}},
+    {"==", {OpId::Equal, 2}},
+    {"<", {OpId::LessThan, 2}},
+    {"+", {OpId::Addition, 2}},
+    {"neg", {OpId::TightMinus, 1}},
+    {"sqrt", {OpId::SquareRoot, 1}},
+    {"true", {OpId::True, 0}},
+    {"pi", {OpId::Pi, 0}},
+    {"if", {OpId::If, 1}},
+    {"unless", {OpId::Unless, 1}},
+    {"then", {OpId::Then, 0}},
+    {"else", {OpId::Else, 0}},
+    {"while", {OpId::While, 0}},
+    {"until", {OpId::Until, 0}},
+    {"always", {OpId::Always, 0}},
+    {"do", {OpId::Do, 1}},
+    {"end", {OpId::End, 0}},
+    {"next", {OpId::Next, 0}},
+    {"goto", {OpId::Goto, 1}},
+    {"label", {OpId::LabelMark, 1}},
+    {"select", {OpId::Select, 1}},
+    {"case", {OpId::Case, 1}},
+    {"default", {OpId::Default, 0}},
+    {"when", {OpId::When, 1}},
+    {"is", {OpId::Is, 1}},
+    {"otherwise", {OpId::Otherwise, 0}},
+    {"break", {OpId::Break, 0}},
+    {"continue", {OpId::Continue, 0}},
+    {"return", {OpId::Return, 1}},
+    {"exit", {OpId::Exit, 0}},
+    {"seterror", {OpId::SetError, 1}},
+    {"clearerror", {OpId::ClearError, 0}},
+    {"cosmic", {OpId::CosmicScope, 0}},
+    {"global", {OpId::GlobalScope, 0}},
+    {"local", {OpId::LocalScope, 0}},
+    {"complex", {OpId::ComplexWord, 0}},
+    {"number", {OpId::NumberWord, 1}},
+    {"string", {OpId::StringWord, 1}},
+    {"boolean", {OpId::BooleanWord, 1}},
+};
+
+std::string OperatorItem(SQMWord const& word) {
+  return "!" + std::to_string(word.id) + "." + std::to_string(word.operands);
+}
+
+}  // namespace
+
+std::string PostfixOf(std::string_view program) {
+  std::istringstream words{std::string(program)};
+  std::string postfix;
+  for (std::string word; words >> word;) {
+    char const first = word.front();
+    if (first == ';') {
+      postfix += ';';
+    } else if (first >= '0' && first <= '9') {
+      postfix += "#d" + word;
+    } else if (first == '\'') {
+      postfix += "$" + std::to_string(word.size() - 1) + ":" + word.substr(1);
+    } else if (first == '[') {
+      postfix += OperatorItem({OpId::ArrayIndex, 1 + std::stoi(word.substr(1))});
+    } else if (auto const found = kWords.find(word); found != kWords.end()) {
+      postfix += OperatorItem(found->second);
+    } else {
+      postfix += "@" + word;
+    }
+  }
+  return postfix;
+}
+
+CQMTestContext::CQMTestContext() {
+  static MakerTable const tables[] = {kTestOperators};
+  CQMOperatorFactory::RegisterTables(StructuralOperatorTables());
+  CQMOperatorFactory::RegisterTables(tables);
+  m_factory.Initialize(this);
+}
+
+CQMResolver* CQMTestContext::GetResolver(EQMResolverClass kind) {
+  if (kind == EQMResolverClass::Complex) return &m_complex;
+  return &m_real;
+}
+
+std::unique_ptr<CQMExpression> CQMTestContext::Compile(std::string_view program) {
+  auto expression = std::make_unique<CQMExpression>(*this);
+  expression->SetCosmicSymbolTable(&m_cosmic);
+  expression->SetGlobalSymbolTable(&m_global);
+  expression->SetOperatorFactory(&m_factory);
+  expression->SetParsedExpression(PostfixOf(program), true);
+  return expression;
+}
+
+std::string CQMTestContext::Resolve(CQMExpression& expression) {
+  long const code = expression.Resolve();
+  return code == Error::None ? Describe(expression.GetResult()) : "error " + std::to_string(code);
+}
+
+std::string CQMTestContext::Run(std::string_view program) { return Resolve(*Compile(program)); }
+
+std::string CQMTestContext::Describe(CQMDatum* datum) {
+  std::ostringstream text;
+  text.precision(15);
+  switch (datum != nullptr ? datum->GetType() : EQMDataType::Undefined) {
+    case EQMDataType::Undefined:
+    case EQMDataType::Untyped: return "none";
+    case EQMDataType::Boolean: return datum->BooleanByte() == 1 ? "true" : "false";
+    case EQMDataType::String: return "'" + std::string(datum->GetText());
+    case EQMDataType::Complex:
+      text << datum->Real() << (datum->Imaginary() < 0.0 ? "" : "+") << datum->Imaginary() << "i";
+      return text.str();
+    default: text << datum->Real(); return text.str();
+  }
+}
+
+CQMDatum* CQMTestContext::Find(char scope, std::string_view name) {
+  CQMSymbolTable& table = scope == Scope::kCosmic ? m_cosmic : m_global;
+  return static_cast<CQMDatum*>(table.GetSymbol(name, true));
+}
+
+CQMDatum& CQMTestContext::AddGlobal(std::unique_ptr<CQMDatum> variable) {
+  CQMDatum& entered = *variable.release();
+  m_global.AddSymbol(&entered);
+  return entered;
+}
+
+void ExpectOutcomes(std::span<SQMProgram const> programs) {
+  for (SQMProgram const& program : programs) {
+    CQMTestContext context;
+    EXPECT_EQ(context.Run(program.text), program.outcome) << program.text;
+  }
+}
+
+}  // namespace qumel::test
