@@ -1,11 +1,12 @@
-// A context: settings, operator and symbol tables, converter, resolvers, last error and last result of one evaluator.
+// A context: settings, operator and symbol tables, converter, resolvers, last error and last result of one
+// evaluator.
 #pragma once
 
-#include <array>
 #include <semaphore.h>
+
+#include <array>
 #include <atomic>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -36,17 +37,27 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   ~CQMExecutor() override;
 
   // ---- lifecycle (executor_lifecycle.cpp) ----
-  /** Builds the tables; the first context of the process builds the process-wide ones. Settings of the first group can
-   *  only be chosen before. */
+  /** Builds the tables; the first context of the process builds the process-wide ones. Settings of the first
+   * group can only be chosen before. */
   bool Initialize();
   void CleanUp();
   bool IsInitialized() const { return m_initialized; }
-  void AcquireExecutor();
-  void ReleaseExecutor();
+  /** Waits for the lock of the context; not when holder (a thread's record) has it already. False when the
+   * context is being destroyed. */
+  bool AcquireExecutor(void const* holder);
+  /** Gives the lock back, if holder has it. */
+  void ReleaseExecutor(void const* holder);
+  /** Marks the context as one that is being destroyed: it lives on only until the calls that run in it have
+   * returned, and no thread waits for its lock any more. */
+  void Retire();
+  bool IsRetired() const { return m_retired.load(); }
+  // Calls that run in the context beneath another call of the same thread; see CQMContextUse.
+  void CountNestedUse(int change) { m_nestedUses.fetch_add(change); }
+  bool HasNestedUse() const { return m_nestedUses.load() != 0; }
 
   // ---- evaluation (executor_evaluation.cpp) ----
-  // Each member stores the last error and the last result; results of failed calls keep their earlier values. A null
-  // text counts as an empty one. The text forms compile without optimisation.
+  // Each member stores the last error and the last result; results of failed calls keep their earlier values.
+  // A null text counts as an empty one. The text forms compile without optimisation.
   char Evaluate(char const* text);
   double EvaluateToNumber(char const* text);
   double EvaluateToComplex(char const* text, double* imaginary);
@@ -67,9 +78,12 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   char* GetParsedExpression(CQMExpression* expression);
   /** The expression as the library reads it, or the message of its error. */
   char const* CheckExpression(char const* text);
+  /** An expression that is running is destroyed when its run ends. */
   void DeleteExpression(CQMExpression* expression);
 
   // ---- results (executor_results.cpp) ----
+  /** The text of datum by the settings, in the buffer that GetLastStrResult gives; cut to fit. Stores the
+   * numbers too. */
   char* FormatResultString(CQMDatum* datum);
   char GetLastResultType() const { return m_lastType; }
   double GetLastRealResult() const { return m_lastReal; }
@@ -121,8 +135,11 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   char const* GetLastErrorText() { return GetErrorText(m_lastError); }
   long GetLastErrorID() const { return m_lastError; }
   /** Negative codes are ignored. */
-  void SetLastError(long code) override { if (code >= 0) m_lastError = code; }
+  void SetLastError(long code) override {
+    if (code >= 0) m_lastError = code;
+  }
   void ClearLastError() { m_lastError = Error::None; }
+  /** Called once at the end of every evaluation that failed, with its error. Null for none. */
   void SetErrorFunction(ErrorCallback function) { m_errorCallback = function; }
 
   // ---- operators (executor_operators.cpp) ----
@@ -152,7 +169,42 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   static std::atomic<long> sm_lNextExternalOperatorID;
 
  private:
+  class CQMRun;
+
+  // executor_lifecycle.cpp
+  static void CreateCosmicTables(bool impliedMultiplication);
+  static void DestroyCosmicTables();
+  void BuildTables();
+  // executor_errors.cpp
+  static void LoadStandardMessages(CQMSymbolTable& table);
+  // executor_evaluation.cpp
+  long Convert(char const* text);
+  long Compile(CQMExpression& expression, bool optimize);
+  template <class Store>
+  void EvaluateText(char const* text, Store store);
+  template <class Store>
+  void EvaluateExpression(CQMExpression* expression, Store store);
+  template <class Store>
+  long Run(CQMExpression& expression, Store store);
+  long Revert(std::string_view postfix);
+  void Conclude(long code);
+  // executor_results.cpp
+  void StoreResult(CQMDatum* result);
+  void StoreAsNumber(CQMDatum* result);
+  void StoreAsComplex(CQMDatum* result, double* imaginary);
+  void StoreAsBoolean(CQMDatum* result);
+  void StoreAsString(CQMDatum* result);
+  void StoreNumber(char type, double real, double imaginary);
+  void StoreText(std::string_view text);
+  double NumberOfBoolean(bool value) const;
+  std::string FormatNumber(double value) const;
+  std::string FormatComplex(double real, double imaginary) const;
+
   sem_t m_semaphore;
+  std::atomic<void const*> m_lockHolder{nullptr};
+  std::atomic<bool> m_retired{false};
+  std::atomic<int> m_nestedUses{0};
+  CQMRun* m_innermostRun = nullptr;
   CQMRandomGenerator m_random;
   bool m_initialized = false;
   bool m_caseSensitive = true;

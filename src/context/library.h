@@ -10,8 +10,8 @@ namespace qumel {
 inline constexpr char kPrimaryName[] = "Qumel";
 inline constexpr float kVersion = 2.5f;
 
-/** The calling thread's record; with create also with a current context where one can be had. Null after unloading and
- *  when memory is exhausted. A record found before is returned without a lock. */
+/** The calling thread's record; with create also with a current context where one can be had. Null after
+ * unloading and when memory is exhausted. A record found before is returned without a lock. */
 CQMThreadInfo* GetThreadInfo(bool create);
 CQMExecutor* FindPublicExecutor(char const* name);
 bool IsPublicExecutor(CQMExecutor const* executor);
@@ -19,8 +19,10 @@ bool DropPublicExecutor(char const* name);
 bool DropThreadInfo();
 
 bool InitializeLibrary();
-/** Destroys all thread records and public contexts; the primary context stays and becomes the default again. */
-void ResetLibrary();
+/** Destroys all thread records and public contexts; the primary context stays and becomes the default again.
+ * False after unloading. */
+bool ResetLibrary();
+/** Destroys everything. From now on there are no records and no contexts. */
 void CleanUpLibrary();
 
 Handle CreatePublicContext(char const* name);

@@ -1,0 +1,119 @@
+// Exported functions that evaluate, parse and show expressions.
+#include "api/guard.h"
+#include "engine/expression.h"
+#include "qumel/qumel.h"
+
+using namespace qumel;
+
+namespace {
+
+/** Runs call on the expression that handle names, in the context that parsed it, whichever is current. */
+template <class Value, class Call>
+Value OnExpression(Handle handle, Value failure, Call call) noexcept {
+  CQMThreadInfo* const record = GetThreadInfo(true);
+  if (record == nullptr || record->GetExecutor() == nullptr) return failure;
+  auto* const expression = ObjectFromHandle<CQMExpression>(handle);
+  if (expression == nullptr) return failure;
+  CQMLinkedObject* const parent = expression->GetParentObject();
+  if (parent == nullptr || !parent->HasTypeTag(CQMExecutor::kTypeTag)) return failure;
+  CQMContextUse const use(*record, *static_cast<CQMExecutor*>(parent));
+  auto const onContext = [&](CQMExecutor& context) { return call(context, *expression); };
+  return OnUsedContext(use, failure, onContext);
+}
+
+}  // namespace
+
+// ---- from text ----
+char qmEvalExpStr(char const* text) {
+  return OnContext(TypeLetter::kNone, [=](CQMExecutor& context) { return context.Evaluate(text); });
+}
+double qmEvalExpStrToNum(char const* text) {
+  return OnContext(0.0, [=](CQMExecutor& context) { return context.EvaluateToNumber(text); });
+}
+double qmEvalExpStrToComp(char const* text, double* imaginary) {
+  return OnContext(0.0, [=](CQMExecutor& context) { return context.EvaluateToComplex(text, imaginary); });
+}
+bool qmEvalExpStrToBool(char const* text) {
+  return OnContext(false, [=](CQMExecutor& context) { return context.EvaluateToBoolean(text); });
+}
+char const* qmEvalExpStrToStr(char const* text) {
+  return OnContext(static_cast<char const*>(nullptr),
+                   [=](CQMExecutor& context) { return context.EvaluateToString(text); });
+}
+unsigned long long qmParseExp(char const* text) {
+  return OnContext(Handle{0}, [=](CQMExecutor& context) { return context.ParseExpression(text); });
+}
+char const* qmAnnotateExp(char const* text) {
+  return OnContext(static_cast<char const*>(nullptr),
+                   [=](CQMExecutor& context) { return context.AnnotateExpression(text); });
+}
+char const* qmCheckExp(char const* text) {
+  return OnContext(static_cast<char const*>(nullptr),
+                   [=](CQMExecutor& context) { return context.CheckExpression(text); });
+}
+
+// ---- by handle ----
+char qmEvalExpHndl(unsigned long long handle) {
+  return OnExpression(handle, TypeLetter::kNone, [](CQMExecutor& context, CQMExpression& expression) {
+    return context.Evaluate(&expression);
+  });
+}
+double qmEvalExpHndlToNum(unsigned long long handle) {
+  return OnExpression(handle, 0.0, [](CQMExecutor& context, CQMExpression& expression) {
+    return context.EvaluateToNumber(&expression);
+  });
+}
+double qmEvalExpHndlToComp(unsigned long long handle, double* imaginary) {
+  return OnExpression(handle, 0.0, [=](CQMExecutor& context, CQMExpression& expression) {
+    return context.EvaluateToComplex(&expression, imaginary);
+  });
+}
+bool qmEvalExpHndlToBool(unsigned long long handle) {
+  return OnExpression(handle, false, [](CQMExecutor& context, CQMExpression& expression) {
+    return context.EvaluateToBoolean(&expression);
+  });
+}
+char const* qmEvalExpHndlToStr(unsigned long long handle) {
+  return OnExpression(
+      handle, static_cast<char const*>(nullptr),
+      [](CQMExecutor& context, CQMExpression& expression) { return context.EvaluateToString(&expression); });
+}
+char const* qmAnnotateParsedExp(unsigned long long handle) {
+  return OnExpression(handle, static_cast<char const*>(nullptr),
+                      [](CQMExecutor& context, CQMExpression& expression) {
+                        return context.AnnotateExpression(&expression);
+                      });
+}
+char const* qmRevertParsedExp(unsigned long long handle) {
+  return OnExpression(
+      handle, static_cast<char const*>(nullptr),
+      [](CQMExecutor& context, CQMExpression& expression) { return context.RevertExpression(&expression); });
+}
+void qmDeleteExp(unsigned long long handle) {
+  OnExpression(handle, false, [](CQMExecutor& context, CQMExpression& expression) {
+    context.DeleteExpression(&expression);
+    return true;
+  });
+}
+
+// ---- the last result ----
+char qmGetLastResultType(void) {
+  return OnContext('\0', [](CQMExecutor& context) { return context.GetLastResultType(); });
+}
+double qmGetLastNumResult(void) {
+  return OnContext(0.0, [](CQMExecutor& context) { return context.GetLastRealResult(); });
+}
+double qmGetLastRealResult(void) { return qmGetLastNumResult(); }
+double qmGetLastImagResult(void) {
+  return OnContext(0.0, [](CQMExecutor& context) { return context.GetLastImagResult(); });
+}
+bool qmGetLastBoolResult(void) {
+  return OnContext(false, [](CQMExecutor& context) { return context.GetLastBoolResult(); });
+}
+char const* qmGetLastStrResult(void) {
+  return OnContext(static_cast<char const*>(nullptr),
+                   [](CQMExecutor& context) { return context.GetLastStrResult(); });
+}
+long qmGetLastParseIndex(void) {
+  return OnContext(0L, [](CQMExecutor& context) { return context.GetLastParseIndex(); });
+}

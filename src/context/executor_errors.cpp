@@ -1,0 +1,70 @@
+// Error messages: the process-wide table of the standard ones and each context's own.
+#include <mutex>
+
+#include "base/number_text.h"
+#include "context/executor.h"
+
+namespace qumel {
+
+namespace {
+
+/** Two contexts may define the same process-wide message at the same time. */
+constinit std::mutex g_definitionMutex;
+
+/** A text in an error table, named with its code. */
+class CQMErrorMessage : public CQMObject {
+ public:
+  explicit CQMErrorMessage(char const* text) : m_text(text) { SetTypeTag(TypeTag::kStackString); }
+  char const* GetText() const { return m_text.c_str(); }
+
+ private:
+  std::string m_text;
+};
+
+/** The test for a known code searches the parent of table too. */
+long LoadMessage(CQMSymbolTable& table, long code, char const* text) {
+  if (text == nullptr || *text == '\0') return Error::ErrorMessageNotLoaded;
+  std::string const name = DecimalText(code);
+  if (table.IsSymbol(name, false)) return Error::ErrorMessageNotLoaded;
+  auto message = std::make_unique<CQMErrorMessage>(text);
+  message->SetObjectName(name.c_str());
+  long const result = table.AddSymbol(message.get());
+  if (result == Error::None) static_cast<void>(message.release());  // the table's from now on
+  return result;
+}
+
+char const* FindMessage(CQMSymbolTable* table, long code) {
+  CQMObject* const found = table != nullptr ? table->GetSymbol(DecimalText(code), false) : nullptr;
+  return found != nullptr ? static_cast<CQMErrorMessage*>(found)->GetText() : nullptr;
+}
+
+}  // namespace
+
+void CQMExecutor::LoadStandardMessages(CQMSymbolTable& table) {
+  for (SQMErrorMessage const& row : kErrorMessages) LoadMessage(table, row.code, row.text);
+}
+
+long CQMExecutor::LoadCosmicErrorMessage(long code, char const* text) {
+  if (sm_pCosmicErrTab == nullptr) return Error::ErrorMessageNotLoaded;
+  std::scoped_lock const lock(g_definitionMutex);
+  return LoadMessage(*sm_pCosmicErrTab, code, text);
+}
+
+long CQMExecutor::LoadGlobalErrorMessage(long code, char const* text) {
+  return m_errors != nullptr ? LoadMessage(*m_errors, code, text)
+                             : static_cast<long>(Error::ErrorMessageNotLoaded);
+}
+
+bool CQMExecutor::DefineError(char scope, long code, char const* text) {
+  if (code <= kLastLibraryError) return false;
+  m_lastError =
+      scope == Scope::kCosmic ? LoadCosmicErrorMessage(code, text) : LoadGlobalErrorMessage(code, text);
+  return m_lastError == Error::None;
+}
+
+char const* CQMExecutor::GetErrorText(long code) {
+  char const* const text = FindMessage(m_errors.get(), code);
+  return text != nullptr ? text : FindMessage(m_errors.get(), Error::UnknownError);
+}
+
+}  // namespace qumel

@@ -1,0 +1,265 @@
+// The ways from a text or an expression to the last result and the last error.
+#include <algorithm>
+#include <exception>
+
+#include "context/executor.h"
+#include "engine/expression.h"
+
+namespace qumel {
+
+namespace {
+
+/** Whatever is thrown on the way counts as memory exhausted: nothing else is known to throw. */
+template <class Work>
+long CodeOf(Work work) {
+  try {
+    return work();
+  } catch (std::exception const&) {
+    return Error::OutOfMemory;
+  }
+}
+
+std::string_view TextOf(char const* text) { return text != nullptr ? text : ""; }
+
+/** Makes room in a buffer that only grows. */
+void Prepare(std::string& buffer, std::size_t size) {
+  buffer.clear();
+  buffer.reserve(std::max(size, CQMExecutor::kResultSize));
+}
+
+std::size_t ConvertedSize(std::string_view text) {
+  return static_cast<std::size_t>(CQMPostFixer::EstimateConvertedSize(static_cast<long>(text.size())));
+}
+
+}  // namespace
+
+/** Keeps the expression that a context runs alive: a callback may ask for its deletion. */
+class CQMExecutor::CQMRun {
+ public:
+  CQMRun(CQMExecutor& context, CQMExpression& expression)
+      : m_context(context), m_expression(expression), m_outer(context.m_innermostRun) {
+    context.m_innermostRun = this;
+  }
+  ~CQMRun() { m_context.m_innermostRun = m_outer; }
+  CQMRun(CQMRun const&) = delete;
+  CQMRun& operator=(CQMRun const&) = delete;
+
+  /** The outermost run of expression on the chain that ends here, or null. */
+  static CQMRun* Find(CQMRun* innermost, CQMExpression const* expression) {
+    CQMRun* found = nullptr;
+    for (CQMRun* run = innermost; run != nullptr; run = run->m_outer) {
+      if (&run->m_expression == expression) found = run;
+    }
+    return found;
+  }
+  void DestroyAtEnd() {
+    if (m_owner == nullptr) m_owner.reset(&m_expression);
+  }
+
+ private:
+  CQMExecutor& m_context;
+  CQMExpression& m_expression;
+  CQMRun* m_outer;
+  std::unique_ptr<CQMExpression> m_owner;  // of an expression that was deleted during the run
+};
+
+// ---- steps ----
+
+long CQMExecutor::Convert(char const* text) {
+  if (!m_initialized) return Error::NotInitialized;
+  std::string_view const infix = TextOf(text);
+  Prepare(m_conversion, ConvertedSize(infix));
+  long const code = m_postFixer->ConvertExpression(infix, m_conversion);
+  m_lastParseIndex = m_postFixer->GetParseIndex();
+  return m_lastError = code;
+}
+
+long CQMExecutor::Compile(CQMExpression& expression, bool optimize) {
+  expression.SetCosmicSymbolTable(sm_pCosmicSymTab);
+  expression.SetGlobalSymbolTable(m_globalSymbols.get());
+  expression.SetOperatorFactory(m_factory.get());
+  return m_lastError = expression.SetParsedExpression(m_conversion, optimize);
+}
+
+template <class Store>
+long CQMExecutor::Run(CQMExpression& expression, Store store) {
+  CQMRun const run(*this, expression);
+  long const code = expression.Resolve();
+  if (code == Error::None) store(expression.GetResult());
+  return code;
+}
+
+void CQMExecutor::Conclude(long code) {
+  m_lastError = code;
+  if (code != Error::None && m_errorCallback != nullptr) m_errorCallback(code);
+}
+
+template <class Store>
+void CQMExecutor::EvaluateText(char const* text, Store store) {
+  Conclude(CodeOf([&]() -> long {
+    if (long const code = Convert(text); code != Error::None) return code;
+    CQMExpression expression(*this);
+    expression.SetParentObject(this);
+    if (long const code = Compile(expression, false); code != Error::None) return code;
+    return Run(expression, store);
+  }));
+}
+
+template <class Store>
+void CQMExecutor::EvaluateExpression(CQMExpression* expression, Store store) {
+  m_lastError = Error::None;  // an error of an earlier call is no obstacle
+  Conclude(CodeOf([&]() -> long {
+    if (expression == nullptr) return Error::NotFound;
+    expression->SetErrorState(Error::None);
+    return Run(*expression, store);
+  }));
+}
+
+// ---- evaluation ----
+
+char CQMExecutor::Evaluate(char const* text) {
+  EvaluateText(text, [this](CQMDatum* result) { StoreResult(result); });
+  return m_lastType;
+}
+
+double CQMExecutor::EvaluateToNumber(char const* text) {
+  EvaluateText(text, [this](CQMDatum* result) { StoreAsNumber(result); });
+  return m_lastReal;
+}
+
+double CQMExecutor::EvaluateToComplex(char const* text, double* imaginary) {
+  EvaluateText(text, [this, imaginary](CQMDatum* result) { StoreAsComplex(result, imaginary); });
+  return m_lastReal;
+}
+
+bool CQMExecutor::EvaluateToBoolean(char const* text) {
+  EvaluateText(text, [this](CQMDatum* result) { StoreAsBoolean(result); });
+  return m_lastBoolean;
+}
+
+char* CQMExecutor::EvaluateToString(char const* text) {
+  EvaluateText(text, [this](CQMDatum* result) { StoreAsString(result); });
+  return m_lastString;
+}
+
+char CQMExecutor::Evaluate(CQMExpression* expression) {
+  EvaluateExpression(expression, [this](CQMDatum* result) { StoreResult(result); });
+  return m_lastType;
+}
+
+double CQMExecutor::EvaluateToNumber(CQMExpression* expression) {
+  EvaluateExpression(expression, [this](CQMDatum* result) { StoreAsNumber(result); });
+  return m_lastReal;
+}
+
+double CQMExecutor::EvaluateToComplex(CQMExpression* expression, double* imaginary) {
+  EvaluateExpression(expression, [this, imaginary](CQMDatum* result) { StoreAsComplex(result, imaginary); });
+  return m_lastReal;
+}
+
+bool CQMExecutor::EvaluateToBoolean(CQMExpression* expression) {
+  EvaluateExpression(expression, [this](CQMDatum* result) { StoreAsBoolean(result); });
+  return m_lastBoolean;
+}
+
+char* CQMExecutor::EvaluateToString(CQMExpression* expression) {
+  EvaluateExpression(expression, [this](CQMDatum* result) { StoreAsString(result); });
+  return m_lastString;
+}
+
+// ---- parsed expressions ----
+
+Handle CQMExecutor::ParseExpression(char const* text) {
+  Handle handle = 0;
+  Conclude(CodeOf([&]() -> long {
+    if (long const code = Convert(text); code != Error::None) return code;
+    auto expression = std::make_unique<CQMExpression>(*this);
+    if (long const code = Compile(*expression, true); code != Error::None) return code;
+    expression->SetParentObject(this);
+    handle = expression->GetObjectHandle();
+    if (handle == 0) return Error::OutOfMemory;
+    AddChildObject(expression.release());
+    return Error::None;
+  }));
+  return handle;
+}
+
+void CQMExecutor::DeleteExpression(CQMExpression* expression) {
+  if (expression == nullptr) return;
+  ReleaseChildObject(expression);
+  if (CQMRun* const run = CQMRun::Find(m_innermostRun, expression); run != nullptr)
+    return run->DestroyAtEnd();
+  std::unique_ptr<CQMExpression> const owner(expression);
+}
+
+// ---- texts ----
+
+char const* CQMExecutor::ConvertExpression(char const* text) {
+  m_lastError = CodeOf([&] { return Convert(text); });
+  return m_conversion.c_str();
+}
+
+char* CQMExecutor::AnnotateExpression(char const* text) {
+  m_annotation.clear();
+  if (ConvertExpression(text); m_lastError != Error::None) return m_annotation.data();
+  m_lastError = CodeOf([&]() -> long {
+    Prepare(m_annotation, ConvertedSize(m_conversion));
+    m_postFixer->AnnotateExpression(m_conversion, m_annotation);
+    return Error::None;
+  });
+  return m_annotation.data();
+}
+
+char* CQMExecutor::AnnotateExpression(CQMExpression* expression) {
+  m_annotation.clear();
+  m_lastError = CodeOf([&]() -> long {
+    if (expression == nullptr) return Error::NotFound;
+    Prepare(m_annotation, ConvertedSize(expression->GetParsedText()));
+    m_postFixer->AnnotateExpression(expression->GetParsedText(), m_annotation);
+    return Error::None;
+  });
+  return m_annotation.data();
+}
+
+char* CQMExecutor::RevertExpression(char const* postfix) {
+  m_lastError = CodeOf([&] { return Revert(TextOf(postfix)); });
+  return m_reversion.data();
+}
+
+char* CQMExecutor::RevertExpression(CQMExpression* expression) {
+  m_lastError = CodeOf([&] {
+    return expression != nullptr ? Revert(expression->GetParsedText()) : static_cast<long>(Error::NotFound);
+  });
+  return m_reversion.data();
+}
+
+long CQMExecutor::Revert(std::string_view postfix) {
+  if (!m_initialized) return Error::NotInitialized;
+  Prepare(m_reversion, 2 * postfix.size());
+  long const code =
+      m_postFixer->RevertExpression(postfix, m_reversion, m_postFixer->GetReadingRules().quoteMark);
+  if (code != Error::None) m_reversion.clear();  // half a text is no text
+  return code;
+}
+
+char* CQMExecutor::GetParsedExpression(CQMExpression* expression) {
+  m_conversion.clear();
+  if (expression == nullptr) {
+    m_lastError = Error::NotFound;
+  } else if (long const code = CodeOf([&]() -> long {
+               m_conversion = expression->GetParsedText();
+               return Error::None;
+             });
+             code != Error::None) {
+    m_lastError = code;
+  }
+  return m_conversion.data();
+}
+
+char const* CQMExecutor::CheckExpression(char const* text) {
+  if (ConvertExpression(text); m_lastError != Error::None) return GetLastErrorText();
+  m_lastError = CodeOf([&] { return Revert(m_conversion); });
+  return m_reversion.c_str();
+}
+
+}  // namespace qumel

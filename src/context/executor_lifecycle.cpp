@@ -1,0 +1,189 @@
+// Making and destroying contexts, the process-wide tables that live as long as any context does, and the
+// context's lock.
+#include <cerrno>
+#include <mutex>
+
+#include "context/executor.h"
+#include "engine/datum.h"
+#include "engine/operator_factory.h"
+#include "engine/resolver.h"
+#include "language/standard_operators.h"
+#include "operators/operator_tables.h"
+
+namespace qumel {
+
+constinit std::atomic<long> CQMExecutor::sm_lExecutorCount{0};
+constinit std::atomic<long> CQMExecutor::sm_lNextExternalOperatorID{OpId::FirstExternal};
+// Bare pointers, not owners that a process exit would destroy: threads may still run then.
+constinit CQMOperatorList* CQMExecutor::sm_pCosmicOperatorList = nullptr;
+constinit CQMSymbolTable* CQMExecutor::sm_pCosmicSymTab = nullptr;
+constinit CQMSymbolTable* CQMExecutor::sm_pCosmicErrTab = nullptr;
+
+namespace {
+
+/** Guards the making and destroying of the process-wide tables and the count of contexts that they live by.
+ */
+constinit std::mutex g_cosmicMutex;
+
+/** What symbol tables need to make variables by themselves. */
+constexpr SQMVariableTraits kVariables{
+    [](char const* name, EQMDataType type) -> CQMObject* {
+      return std::make_unique<CQMDatum>(type, name).release();
+    },
+    [](CQMObject& variable, void const* value) { static_cast<CQMDatum&>(variable).SetValue(value); },
+    [](CQMObject const& object) {
+      return object.HasTypeTag(CQMDatum::kTypeTag) ? static_cast<CQMDatum const&>(object).GetType()
+                                                   : EQMDataType::Undefined;
+    },
+};
+
+template <class Object>
+void Destroy(Object*& place) {
+  std::unique_ptr<Object> const owner(std::exchange(place, nullptr));
+}
+
+void RegisterOperators() {
+  static bool done = false;  // under g_cosmicMutex
+  if (done) return;
+  CQMOperatorFactory::RegisterTables(StructuralOperatorTables());
+  CQMOperatorFactory::RegisterTables(ComputingOperatorTables());
+  done = true;
+}
+
+}  // namespace
+
+CQMExecutor::CQMExecutor() {
+  SetTypeTag(kTypeTag);
+  sem_init(&m_semaphore, 1, 1);
+  std::scoped_lock const lock(g_cosmicMutex);
+  ++sm_lExecutorCount;
+}
+
+CQMExecutor::~CQMExecutor() {
+  CleanUp();
+  sem_destroy(&m_semaphore);
+  std::scoped_lock const lock(g_cosmicMutex);
+  if (--sm_lExecutorCount == 0) DestroyCosmicTables();
+}
+
+bool CQMExecutor::Initialize() {
+  if (m_initialized) return true;
+  try {
+    BuildTables();
+    m_initialized = true;
+  } catch (std::exception const&) {
+    CleanUp();
+  }
+  return m_initialized;
+}
+
+void CQMExecutor::BuildTables() {
+  CreateCosmicTables(m_settings.allowImpliedMultiplication);
+  m_localOperators = std::make_unique<CQMOperatorList>(false);
+  LoadLocalDialect(*m_localOperators, m_settings.allowImpliedMultiplication);
+  m_postFixer = std::make_unique<CQMPostFixer>();
+  m_factory = std::make_unique<CQMOperatorFactory>();
+  m_globalSymbols = std::make_unique<CQMSymbolTable>(&kVariables);
+  m_globalSymbols->SetParentObject(sm_pCosmicSymTab);
+  m_errors = std::make_unique<CQMSymbolTable>();
+  m_errors->SetParentObject(sm_pCosmicErrTab);
+  m_postFixer->SetOperatorLists(sm_pCosmicOperatorList, m_localOperators.get());
+  bool const hasComma = m_settings.radixMark == RadixMark::kComma;
+  m_postFixer->SetReadingRules({
+      .caseSensitive = m_caseSensitive,
+      .hierarchical = m_hierarchical,
+      .impliedMultiplication = m_settings.allowImpliedMultiplication,
+      .radixMark = hasComma ? ',' : '.',
+      .quoteMark = m_settings.quoteMark == QuoteMark::kSingle ? '\'' : '"',
+      .listSeparator = hasComma ? ';' : ',',
+      .statementSeparator = hasComma ? ':' : ';',
+  });
+  m_factory->Initialize(this);
+}
+
+void CQMExecutor::CleanUp() {
+  m_initialized = false;
+  DestroyChildren();  // expressions and resolvers; before the tables that expressions hold references on
+  m_resolvers = {};
+  m_postFixer.reset();
+  m_factory.reset();
+  m_globalSymbols.reset();
+  m_errors.reset();
+  m_localOperators.reset();
+  m_conversion = {};
+  m_annotation = {};
+  m_reversion = {};
+}
+
+void CQMExecutor::CreateCosmicTables(bool impliedMultiplication) {
+  std::scoped_lock const lock(g_cosmicMutex);
+  RegisterOperators();
+  if (sm_pCosmicOperatorList == nullptr) {
+    auto list = std::make_unique<CQMOperatorList>(true);
+    LoadStandardDialect(*list, impliedMultiplication);
+    sm_pCosmicOperatorList = list.release();
+  }
+  if (sm_pCosmicSymTab == nullptr)
+    sm_pCosmicSymTab = std::make_unique<CQMSymbolTable>(&kVariables, true).release();
+  if (sm_pCosmicErrTab == nullptr) {
+    auto table = std::make_unique<CQMSymbolTable>(nullptr, true);
+    LoadStandardMessages(*table);
+    sm_pCosmicErrTab = table.release();
+  }
+}
+
+void CQMExecutor::DestroyCosmicTables() {
+  Destroy(sm_pCosmicOperatorList);
+  Destroy(sm_pCosmicSymTab);
+  Destroy(sm_pCosmicErrTab);
+}
+
+// ---- the lock ----
+
+bool CQMExecutor::AcquireExecutor(void const* holder) {
+  if (m_lockHolder.load() == holder) return true;  // waiting for itself would never end
+  while (sem_wait(&m_semaphore) != 0 && errno == EINTR) {
+  }
+  if (IsRetired()) {
+    sem_post(&m_semaphore);  // for the next thread that waits
+    return false;
+  }
+  m_lockHolder.store(holder);
+  return true;
+}
+
+void CQMExecutor::ReleaseExecutor(void const* holder) {
+  if (holder != nullptr && m_lockHolder.compare_exchange_strong(holder, nullptr)) sem_post(&m_semaphore);
+}
+
+void CQMExecutor::Retire() {
+  m_retired.store(true);
+  sem_post(&m_semaphore);
+}
+
+// ---- resolvers ----
+
+CQMResolver* CQMExecutor::GetResolver(EQMResolverClass kind) {
+  enum : std::size_t { Optimized, Baseline, Complex };
+  auto const obtain = [this]<class Resolver>(std::size_t index, auto const&... arguments) {
+    CQMResolver*& place = m_resolvers[index];
+    if (place == nullptr) {
+      auto made = std::make_unique<Resolver>(arguments...);
+      made->SetParentObject(this);
+      AddChildObject(made.get());
+      place = made.release();
+    }
+    return place;
+  };
+  switch (kind) {
+    case EQMResolverClass::RealBaseline: return obtain.template operator()<CQMRealBaselineResolver>(Baseline);
+    case EQMResolverClass::Complex:
+    case EQMResolverClass::Complex5:
+    case EQMResolverClass::Complex6: return obtain.template operator()<CQMComplexBaselineResolver>(Complex);
+    default:
+      return obtain.template operator()<CQMRealOptimizedResolver>(
+          Optimized, static_cast<CQMOperatorContext const&>(*this));
+  }
+}
+
+}  // namespace qumel

@@ -1,0 +1,37 @@
+// What names stand for in a context: operators and variables.
+#include "context/executor.h"
+#include "context/variables.h"
+
+namespace qumel {
+
+bool CQMExecutor::IsOperator(char scope, char const* token) const {
+  if (token == nullptr) return false;
+  auto const holds = [token](CQMOperatorList const* list) {
+    return list != nullptr && list->HasToken(token);
+  };
+  switch (scope) {
+    case Scope::kCosmic: return holds(sm_pCosmicOperatorList);
+    case Scope::kGlobal: return holds(m_localOperators.get());
+    default: return holds(m_localOperators.get()) || holds(sm_pCosmicOperatorList);
+  }
+}
+
+bool CQMExecutor::IsVariable(char scope, char const* name) {
+  return CQMVariables(*this).IsVariable(scope, name);
+}
+
+bool CQMExecutor::IsArray(char scope, char const* name) { return CQMVariables(*this).IsArray(scope, name); }
+
+bool CQMExecutor::IsSymbol(char scope, char const* name) {
+  return IsVariable(scope, name) || IsOperator(scope, name);
+}
+
+std::shared_ptr<SQMOperatorDefinition const> CQMExecutor::FindOperatorDefinition(long id) {
+  CQMOpInfo info;
+  for (CQMOperatorList const* list : {sm_pCosmicOperatorList, m_localOperators.get()}) {
+    if (list != nullptr && list->CopyById(id, info)) return info.definition;
+  }
+  return nullptr;
+}
+
+}  // namespace qumel

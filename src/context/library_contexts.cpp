@@ -1,0 +1,177 @@
+// The named contexts: making, finding, choosing, locking and destroying them.
+#include <algorithm>
+#include <cstring>
+
+#include "context/context_use.h"
+#include "context/library.h"
+#include "context/library_state.h"
+
+namespace qumel {
+
+namespace {
+
+/** Texts handed out: each function has a buffer of its own, and each thread has its own of both. */
+constexpr std::size_t kNameSize = 128;
+thread_local constinit char t_contextName[kNameSize] = {};
+thread_local constinit char t_currentName[kNameSize] = {};
+
+/** Longer names are cut. */
+char const* CopyName(std::string_view name, char (&buffer)[kNameSize]) {
+  std::size_t const length = std::min(name.size(), kNameSize - 1);
+  std::memcpy(buffer, name.data(), length);
+  buffer[length] = '\0';
+  return buffer;
+}
+
+bool IsPrimaryName(char const* name) { return std::strcmp(name, kPrimaryName) == 0; }
+
+Handle HandleOf(CQMExecutor* executor) { return executor != nullptr ? executor->GetObjectHandle() : 0; }
+
+/** The context that a call may lock and release: the current one, unless it is the primary one. */
+bool HasLockableContext(CQMContextUse const& call) {
+  return call.GetExecutor() != nullptr && call.GetExecutor() != g_library.primaryExecutor.load();
+}
+
+}  // namespace
+
+CQMExecutor* FindPublicLocked(char const* name) {
+  if (name == nullptr) return nullptr;
+  return g_library.executors.Find([name](CQMExecutor const& executor) { return executor.Name() == name; });
+}
+
+CQMExecutor* FindPublicExecutor(char const* name) {
+  std::scoped_lock const lock(g_library.executorListMutex);
+  return FindPublicLocked(name);
+}
+
+bool IsPublicExecutor(CQMExecutor const* executor) {
+  std::scoped_lock const lock(g_library.executorListMutex);
+  return executor != nullptr && g_library.executors.Find([executor](CQMExecutor const& known) {
+    return &known == executor;
+  }) != nullptr;
+}
+
+bool DropPublicExecutor(char const* name) {
+  std::unique_ptr<CQMExecutor> executor;
+  {
+    std::scoped_lock const lock(g_library.executorListMutex);
+    CQMExecutor* const found = FindPublicLocked(name);
+    if (found == nullptr) return false;
+    executor = g_library.executors.Remove(found);
+  }
+  DestroyWhenUnused(std::move(executor));
+  return true;
+}
+
+Handle CreatePublicContext(char const* name) {
+  CQMContextUse const call(false);
+  if (call.GetRecord() == nullptr || name == nullptr || IsPrimaryName(name)) return 0;
+  std::scoped_lock const lock(g_library.executorListMutex);
+  if (CQMExecutor* const known = FindPublicLocked(name); known != nullptr) return known->GetObjectHandle();
+  auto executor = std::make_unique<CQMExecutor>();
+  executor->SetObjectName(name);
+  CopySettings(call.GetRecord()->GetCopies(), EQMContextKind::Public, *executor);
+  if (!executor->Initialize()) return 0;
+  return g_library.executors.Append(std::move(executor))->GetObjectHandle();
+}
+
+Handle CreatePrivateContext(char const* name) {
+  CQMContextUse const call(false);
+  if (call.GetRecord() == nullptr || name == nullptr || IsPrimaryName(name)) return 0;
+  return HandleOf(call.GetRecord()->AddExecutor(name));
+}
+
+bool DestroyPrivateContext(char const* name) {
+  CQMContextUse const call(false);
+  return call.GetRecord() != nullptr && call.GetRecord()->DropExecutor(name);
+}
+
+Handle SetContext(char const* name, bool lock) {
+  CQMContextUse const call(false);
+  CQMThreadInfo* const record = call.GetRecord();
+  if (record == nullptr || name == nullptr) return 0;
+  if (IsPrimaryName(name)) {
+    CQMExecutor* const primary = g_library.primaryExecutor.load();
+    record->SetExecutor(primary, false);
+    return HandleOf(primary);
+  }
+  if (CQMExecutor* const own = record->FindExecutor(name); own != nullptr) {
+    return record->SetExecutor(own, lock) ? own->GetObjectHandle() : 0;
+  }
+  std::unique_lock listLock(g_library.executorListMutex);
+  CQMExecutor* const executor = FindPublicLocked(name);
+  if (executor == nullptr) return 0;
+  CQMContextUse const target(*record,
+                             *executor);  // before the list is open: the wait for the lock may be long
+  listLock.unlock();
+  return record->SetExecutor(executor, lock) ? executor->GetObjectHandle() : 0;
+}
+
+bool SetDefaultContext(char const* name) {
+  if (GetThreadInfo(false) == nullptr || name == nullptr) return false;
+  std::scoped_lock const lock(g_library.threadListMutex);
+  CQMExecutor* const found =
+      IsPrimaryName(name) ? g_library.primaryExecutor.load() : FindPublicExecutor(name);
+  if (found == nullptr) return false;
+  g_library.defaultExecutor.store(found);
+  return true;
+}
+
+bool ResetDefaultContext() {
+  if (g_library.isUnloaded.load()) return false;
+  std::scoped_lock const lock(g_library.threadListMutex);
+  g_library.defaultExecutor.store(g_library.primaryExecutor.load());
+  return true;
+}
+
+Handle GetContextHandle(char const* name) {
+  CQMContextUse const call(false);
+  if (call.GetRecord() == nullptr || name == nullptr) return 0;
+  if (IsPrimaryName(name)) return HandleOf(g_library.primaryExecutor.load());
+  if (CQMExecutor* const own = call.GetRecord()->FindExecutor(name); own != nullptr)
+    return own->GetObjectHandle();
+  std::scoped_lock const lock(g_library.executorListMutex);
+  return HandleOf(FindPublicLocked(name));
+}
+
+char const* GetContextName(Handle handle) {
+  CopyName("", t_contextName);
+  CQMContextUse const call(false);
+  CQMExecutor* const executor = ObjectFromHandle<CQMExecutor>(handle);
+  if (executor == nullptr || call.GetRecord() == nullptr) return t_contextName;
+  if (executor == g_library.primaryExecutor.load()) return CopyName(kPrimaryName, t_contextName);
+  if (call.GetRecord()->IsExecutor(executor)) return CopyName(executor->Name(), t_contextName);
+  std::scoped_lock const lock(g_library.executorListMutex);
+  CQMExecutor const* const known =
+      g_library.executors.Find([executor](CQMExecutor const& listed) { return &listed == executor; });
+  return known != nullptr ? CopyName(known->Name(), t_contextName) : t_contextName;
+}
+
+char const* GetCurrentContextName() {
+  CQMContextUse const call(false);
+  return CopyName(call.GetExecutor() != nullptr ? call.GetExecutor()->Name() : "", t_currentName);
+}
+
+Handle GetCurrentContextHandle() {
+  CQMContextUse const call(false);
+  return HandleOf(call.GetExecutor());
+}
+
+bool LockContext() {
+  CQMContextUse const call(false);
+  return HasLockableContext(call) && call.GetRecord()->LockExecutor();
+}
+
+bool ReleaseContext() {
+  CQMContextUse const call(false);
+  return HasLockableContext(call) && call.GetRecord()->UnlockExecutor();
+}
+
+bool ClearContext() {
+  CQMContextUse const call(false);
+  if (call.GetRecord() == nullptr) return false;
+  call.GetRecord()->ClearExecutor();
+  return true;
+}
+
+}  // namespace qumel

@@ -1,0 +1,176 @@
+// Private contexts, the current context and its lock, and the setters of a thread's record.
+#include "context/thread_info.h"
+
+#include "context/context_use.h"
+
+namespace qumel {
+
+namespace {
+
+/** Only its address counts. */
+constinit char g_forgotten = 0;
+
+}  // namespace
+
+CQMThreadInfo::CQMThreadInfo(unsigned long threadId) : m_threadId(threadId) {
+  SetTypeTag(kTypeTag);
+  m_settings.forceComplexResults = true;
+}
+
+CQMThreadInfo::~CQMThreadInfo() {
+  ClearExecutor();
+  while (auto executor = m_privates.RemoveFirst()) DestroyWhenUnused(std::move(executor));
+}
+
+// ---- private contexts ----
+
+CQMExecutor* CQMThreadInfo::FindExecutor(char const* name) const {
+  if (name == nullptr) return nullptr;
+  return m_privates.Find([name](CQMExecutor const& executor) { return executor.Name() == name; });
+}
+
+bool CQMThreadInfo::IsExecutor(CQMExecutor const* executor) const {
+  return executor != nullptr &&
+         m_privates.Find([executor](CQMExecutor const& own) { return &own == executor; }) != nullptr;
+}
+
+CQMExecutor* CQMThreadInfo::AddExecutor(char const* name) {
+  if (name == nullptr) return nullptr;
+  if (CQMExecutor* const known = FindExecutor(name); known != nullptr) return known;
+  auto executor = std::make_unique<CQMExecutor>();
+  executor->SetObjectName(name);
+  CopySettings(GetCopies(), EQMContextKind::Private, *executor);
+  if (!executor->Initialize()) return nullptr;
+  return m_privates.Append(std::move(executor));
+}
+
+bool CQMThreadInfo::DropExecutor(char const* name) {
+  CQMExecutor* const executor = FindExecutor(name);
+  if (executor == nullptr) return false;
+  if (GetExecutor() == executor) ClearExecutor();
+  DestroyWhenUnused(m_privates.Remove(executor));
+  return true;
+}
+
+// ---- the current context ----
+
+bool CQMThreadInfo::SetExecutor(CQMExecutor* executor, bool lock) {
+  if (executor == nullptr) return GetExecutor() != nullptr;
+  if (lock && !executor->AcquireExecutor(this)) return false;
+  m_current.store(executor);
+  if (executor->IsRetired()) {  // while this thread waited, or just now
+    if (lock) executor->ReleaseExecutor(this);
+    ForgetLocally();
+    return false;
+  }
+  m_locked = lock;
+  m_settings = executor->GetSettings();
+  return true;
+}
+
+bool CQMThreadInfo::SetExecutor(char const* name, bool lock) {
+  CQMExecutor* const executor = FindExecutor(name);
+  return executor != nullptr && SetExecutor(executor, lock);
+}
+
+void CQMThreadInfo::ClearExecutor() {
+  CQMExecutor* const current = GetExecutor();
+  if (current != nullptr && m_locked) current->ReleaseExecutor(this);
+  ForgetLocally();
+}
+
+bool CQMThreadInfo::LockExecutor() {
+  CQMExecutor* const current = GetExecutor();
+  if (current == nullptr) return false;
+  if (!m_locked) m_locked = current->AcquireExecutor(this);
+  return m_locked;
+}
+
+bool CQMThreadInfo::UnlockExecutor() {
+  CQMExecutor* const current = GetExecutor();
+  if (current != nullptr && m_locked) current->ReleaseExecutor(this);
+  m_locked = false;
+  return true;
+}
+
+void CQMThreadInfo::Forget(CQMExecutor* executor) {
+  m_current.compare_exchange_strong(executor, ForgottenMark());
+}
+
+CQMExecutor* CQMThreadInfo::ForgottenMark() { return reinterpret_cast<CQMExecutor*>(g_forgotten); }
+
+void CQMThreadInfo::ForgetLocally() {
+  m_current.store(nullptr);
+  m_locked = false;
+  m_settings = {};
+}
+
+// ---- settings that only a thread without a context can choose ----
+
+void CQMThreadInfo::SetAllowImpliedMult(bool value) {
+  if (GetExecutor() == nullptr) m_settings.allowImpliedMultiplication = value;
+}
+
+void CQMThreadInfo::SetRadixMark(char mark) {
+  if (GetExecutor() == nullptr) StoreAccepted(m_settings.radixMark, Accepted::kRadixMarks, mark);
+}
+
+void CQMThreadInfo::SetQuoteMark(char mark) {
+  if (GetExecutor() == nullptr) StoreAccepted(m_settings.quoteMark, Accepted::kQuoteMarks, mark);
+}
+
+void CQMThreadInfo::SetBooleanTrue(char mark) {
+  if (GetExecutor() == nullptr) StoreAccepted(m_settings.booleanTrue, Accepted::kBooleanTrues, mark);
+}
+
+void CQMThreadInfo::SetInvertArrayIndices(bool value) {
+  if (GetExecutor() == nullptr) m_settings.invertArrayIndices = value;
+}
+
+// ---- settings that are stored and passed on ----
+
+void CQMThreadInfo::SetNumberBase(char base) {
+  CQMExecutor* const current = GetExecutor();
+  StoreAccepted(m_settings.numberBase, Accepted::kNumberBases, base);
+  if (current != nullptr) current->SetNumberBase(base);
+}
+
+void CQMThreadInfo::SetAngleUnit(char unit) {
+  CQMExecutor* const current = GetExecutor();
+  StoreAccepted(m_settings.angleUnit, Accepted::kAngleUnits, unit);
+  if (current != nullptr) current->SetAngleUnit(unit);
+}
+
+void CQMThreadInfo::SetCoordinateFormat(char format) {
+  CQMExecutor* const current = GetExecutor();
+  StoreAccepted(m_settings.coordinateFormat, Accepted::kCoordinateFormats, format);
+  if (current != nullptr) current->SetCoordinateFormat(format);
+}
+
+void CQMThreadInfo::SetAllowComplexResults(bool allow) {
+  CQMExecutor* const current = GetExecutor();
+  m_settings.allowComplexResults = allow;
+  if (current != nullptr) current->SetAllowComplexResults(allow);
+}
+
+void CQMThreadInfo::SetForceComplexResults(bool force) {
+  CQMExecutor* const current = GetExecutor();
+  m_settings.forceComplexResults = force;
+  if (current != nullptr) current->SetAllowComplexResults(force);
+}
+
+void CQMThreadInfo::SetDefaultVariableScope(char scope) {
+  CQMExecutor* const current = GetExecutor();
+  if (!StoreAccepted(m_settings.defaultVariableScope, Accepted::kVariableScopes, scope)) {
+    m_settings.defaultVariableScope = Scope::kLocal;
+  }
+  if (current != nullptr) current->SetDefaultVariableScope(m_settings.defaultVariableScope);
+}
+
+void CQMThreadInfo::SetFormattedResultPrecisionLimit(int digits) {
+  CQMExecutor* const current = GetExecutor();
+  if (digits >= 0) m_settings.precisionLimit = digits;
+  if (current != nullptr) current->SetFormattedResultPrecisionLimit(m_settings.precisionLimit);
+}
+
+}  // namespace qumel
