@@ -36,7 +36,8 @@ struct SQMIntegerRule : SQMOnRealPart<SQMIntegerRule> {
 struct SQMNearestIntegerRule : SQMOnRealPart<SQMNearestIntegerRule> {
   static double Real(double x) {
     constexpr double kHalf = 0.5;
-    double const whole = SQMIntegerRule::Real(x) + 0.0;  // no negative zero
+    double const truncated = SQMIntegerRule::Real(x);
+    double const whole = truncated == 0.0 ? 0.0 : truncated;  // never a negative zero
     double const rest = std::fabs(x - whole);
     if (rest < kHalf || (rest == kHalf && std::fmod(whole, 2.0) == 0.0)) return whole;
     return x > 0.0 ? whole + 1.0 : whole - 1.0;
