@@ -14,6 +14,7 @@
 
 namespace qumel {
 
+class CQMDataSpace;
 struct SQMColumnType;
 
 /** Result codes of columns and tables. */
@@ -26,6 +27,9 @@ enum EQMTableResult : long {
   KeyNotFound = -4,  // or no further equal row
 };
 }  // namespace TableResult
+
+/** Names of columns are kept in small letters, whatever the locale. */
+constexpr char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 /** What a text set into a column does with the text that is there. */
 enum class EQMTextMode : int { Prepend = -1, Replace = 0, Append = 1 };
@@ -112,22 +116,29 @@ class CQMColumn : public CQMLinkedObject {
 
  private:
   bool HasHeapTexts() const { return m_type == EQMDataType::Text; }
+  bool HasFixedTexts() const { return m_type == EQMDataType::String; }
   bool IsValid(long row) const { return m_region && m_region->ValidateItemNumber(row); }
-  void Empty();
-  void SetHeapText(long row, std::unique_ptr<char[]> text);
-  bool StoreFixedText(std::byte* atom, std::string_view text, EQMTextMode mode) const;
-  bool StoreHeapText(long row, std::string_view text, EQMTextMode mode);
-  /** What comparisons and text forms read: the atom, or the text (null when never set). */
+  void MakeRegion(long atomSize);
+  long Empty();
+  /** Appends an atom of zeros and returns its number, or 0. */
+  long AppendAtom();
+  long AppendAtoms(long count);
+  long SetFixedText(long row, std::string_view text, EQMTextMode mode);
+  long SetHeapText(long row, std::string_view text, EQMTextMode mode);
+  long SetAtom(long row, void const* value);
+  /** What text forms and comparisons read: the atom, or the text (null when never set). Null for an invalid
+   * row. */
   void const* Operand(long row) const;
-  long ValueSize(void const* value) const;
-  template <class Outside>
-  int CompareRange(long row, Outside outside) const;
+  bool IsComparable(long row) const;
+  std::size_t ValueSize(void const* value) const;
+  std::unique_ptr<std::byte[]> CopyOf(void const* value) const;
+  int CompareRange(void const* min, bool minIsIn, void const* max, bool maxIsIn, long row) const;
 
-  EQMDataType m_type = EQMDataType::LastByte;
+  EQMDataType m_type;
   SQMColumnType const* m_rules;
   long m_displayWidth;
   std::unique_ptr<CQMDataSpaceRegion> m_region;
-  CQMDataSpace* m_space = nullptr;
+  CQMDataSpace* m_space;
   std::vector<std::unique_ptr<char[]>> m_heapTexts;  // owner of what the atoms of a Text column point to
   std::uint32_t m_changeCount = 0;
 };

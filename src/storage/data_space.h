@@ -90,20 +90,26 @@ class CQMDataSpace : public CQMObject {
   /** Free chunks by size; of one size, by the order in which they were freed. */
   using FreeKey = std::tuple<long, std::uint64_t, long>;  // size, order, chunk
 
-  SQMChunk* Find(long chunk);
+  // All of these expect the lock to be held.
+  SQMChunk& At(long chunk) const;
+  bool IsKnown(long chunk) const { return chunk >= 0 && chunk < m_recordCount; }
+  SQMChunk* FindInUse(long chunk);
+  bool HasFile() const { return m_file != nullptr; }
+  bool MakeRoomForRecord();
   long TakeFreeChunk(long size);
-  long MakeRecord(long offset, long size);
-  bool IsRoomForRecord();
-  void List(SQMChunk& record, long chunk);
-  void Unlist(SQMChunk& record);
+  long MakeRecord(long size);
+  SQMChunk& AddRecord();
+  bool Prepare(SQMChunk& record, long chunk, bool isNew);
+  void AddToFreeList(long chunk);
+  void AddToMemoryList(long chunk);
+  void LeaveMemoryList(SQMChunk& record);
   long Evict(long limit);
   bool Evict(SQMChunk& record);
-  bool Allocate(SQMChunk& record);
   bool WriteChunk(SQMChunk& record);
-  bool ReadChunk(SQMChunk& record, long chunk);
+  bool ReadChunk(SQMChunk& record);
+  bool BringToRAM(long chunk);
   bool OpenFile();
   void CloseFile();
-  std::string MakePath(long number) const;
 
   mutable std::mutex m_mutex;
   bool m_fileBacked = false;
@@ -112,11 +118,12 @@ class CQMDataSpace : public CQMObject {
   long m_fileNumber;  // names the scratch file: the second of creation, or the next number that is free
   std::string m_path;
   std::int32_t m_endOfFile = 0;
-  std::vector<SQMChunk> m_masterList;
+  std::vector<std::unique_ptr<SQMChunk[]>> m_masterList;  // blocks of kMasterListBlock records
+  long m_recordCount = 0;
   std::set<FreeKey> m_freeList;
   std::uint64_t m_nextFreeOrder = 0;
   std::list<long> m_memoryList;  // chunks that may be moved to the file, first loaded first
-  long m_bytesInUse = 0;
+  std::int64_t m_bytesInUse = 0;
 };
 
 }  // namespace qumel

@@ -46,7 +46,11 @@ class CQMDataSpaceRegion : public CQMObject {
 
   /** The address of an atom; null when there is no such atom or its chunk cannot be read. In a file-backed
    * region it holds only until another atom is looked for. */
-  std::byte* GetAtomPtr(long atom) const;
+  std::byte* GetAtomPtr(long atom) const {
+    if (!ValidateItemNumber(atom)) return nullptr;
+    std::byte* const chunk = ChunkMemory(SlotOf(atom));
+    return chunk != nullptr ? chunk + PlaceOf(atom) * m_atomSize : nullptr;
+  }
   bool ValidateItemNumber(long atom) const { return atom >= 1 && atom <= m_atomCount; }
   /** Tells that an atom was changed through its address. */
   void SetFlushFlag(long atom);
@@ -75,10 +79,14 @@ class CQMDataSpaceRegion : public CQMObject {
     std::byte* memory;  // null in a file-backed space: there the chunk must be looked for each time
   };
 
-  std::byte* ChunkMemory(long slot) const;
-  /** The memory of the chunk that holds atom, and the atom's place in it. */
-  std::byte* ChunkOf(long atom, long& place) const;
-  std::uint8_t* FlagsOf(long atom) const;
+  long SlotOf(long atom) const { return (atom - 1) / m_atomsPerChunk; }
+  long PlaceOf(long atom) const { return (atom - 1) % m_atomsPerChunk; }
+  std::byte* ChunkMemory(long slot) const {
+    SQMSlot const& entry = m_slots[static_cast<std::size_t>(slot)];
+    return entry.memory != nullptr ? entry.memory : LookForChunk(entry.chunk);
+  }
+  std::byte* LookForChunk(long chunk) const;
+  std::byte* FlagOf(long atom) const;
   bool MoveRun(long first, long target, long count);
 
   CQMDataSpace* m_space = nullptr;

@@ -164,7 +164,8 @@ class CQMTable : public CQMObject {
   long DeleteIndex(char const* name);
   long UpdateIndex();
   bool IndexIsStale() const;
-  void SortTable();
+  /** Sorts the current index's column as it stands. */
+  long SortTable();
   long GetIndexCount() const { return m_indexCount; }
   long GetCurrentIndex() const { return m_currentIndex; }
   /** How many rows a keyed lookup looks at before it gives up. */
@@ -193,7 +194,9 @@ class CQMTable : public CQMObject {
   long SlotOfLogicalRow(long row) const;
   bool SetSlotOfLogicalRow(long row, long slot);
   long AppendAtoms(long slot);
-  /** Turns 0 into the current row and makes row current; its slot, or RowOutOfRange. */
+  /** Makes a row at a row number, which may be one beyond the last; its slot, or 0 without memory. */
+  long TakeSlot(long row);
+  /** Makes row current (0: the current row stays) and returns its slot, or 0 for none. */
   long UseRow(long row);
   template <class Action>
   long AtRow(SQMColumnKey column, long row, Action action);
@@ -203,7 +206,6 @@ class CQMTable : public CQMObject {
   void DropIndex(long number);
   int CompareKeys(SQMKeyValues keys, long position) const;
   bool HasEqualKeys(long positionA, long positionB) const;
-  bool ComesFirst(SQMTableIndex const& index, long rowA, long rowB) const;
 
   long m_owner;
   CQMDataSpace* m_space;
