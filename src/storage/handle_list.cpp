@@ -24,12 +24,6 @@ Handle CQMHandleList::AssignHandle(CQMLinkedObject* object) {
   return EncodeHandle(static_cast<unsigned>(m_lists.size() - 1), slot);
 }
 
-CQMLinkedObject* CQMHandleList::GetObjectFromHandle(Handle handle) const {
-  // Slots that were not issued yet are null, so there is nothing to validate but the bounds.
-  std::atomic<CQMLinkedObject*>* const slot = FindSlot(DecodeLeft(handle), DecodeRight(handle));
-  return slot != nullptr ? slot->load(std::memory_order_acquire) : nullptr;
-}
-
 bool CQMHandleList::MarkHandleDeleted(Handle handle) {
   std::scoped_lock const lock(m_mutex);
   if (!ValidateHandle(handle)) return false;
@@ -80,13 +74,6 @@ bool CQMHandleList::ExtendHandleListList() {
 void CQMHandleList::AddList() {
   m_lists.push_back(std::make_unique<SQMSlots>());
   m_directories.back()->lists[m_lists.size() - 1].store(m_lists.back().get(), std::memory_order_release);
-}
-
-std::atomic<CQMLinkedObject*>* CQMHandleList::FindSlot(unsigned left, unsigned right) const {
-  SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
-  if (left >= directory.capacity || right >= kSlotsPerList) return nullptr;
-  SQMSlots* const list = directory.lists[left].load(std::memory_order_acquire);
-  return list != nullptr ? &list->objects[right] : nullptr;
 }
 
 }  // namespace qumel

@@ -36,7 +36,11 @@ class CQMHandleList : public CQMObject {
   /** The handle now standing for object, or 0 when the lists are full and cannot grow. */
   Handle AssignHandle(CQMLinkedObject* object);
   /** Null for a handle that was not issued yet or was deleted. */
-  CQMLinkedObject* GetObjectFromHandle(Handle handle) const;
+  CQMLinkedObject* GetObjectFromHandle(Handle handle) const {
+    // Slots that were not issued yet are null, so there is nothing to validate but the bounds.
+    std::atomic<CQMLinkedObject*>* const slot = FindSlot(DecodeLeft(handle), DecodeRight(handle));
+    return slot != nullptr ? slot->load(std::memory_order_acquire) : nullptr;
+  }
   /** From now on handle answers null. False when it does not validate. */
   bool MarkHandleDeleted(Handle handle);
 
@@ -67,7 +71,12 @@ class CQMHandleList : public CQMObject {
   };
 
   void AddList();
-  std::atomic<CQMLinkedObject*>* FindSlot(unsigned left, unsigned right) const;
+  std::atomic<CQMLinkedObject*>* FindSlot(unsigned left, unsigned right) const {
+    SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
+    if (left >= directory.capacity || right >= kSlotsPerList) return nullptr;
+    SQMSlots* const list = directory.lists[left].load(std::memory_order_acquire);
+    return list != nullptr ? &list->objects[right] : nullptr;
+  }
 
   std::atomic<SQMDirectory*> m_directory{nullptr};  // the newest; what lookups read
   std::vector<std::unique_ptr<SQMDirectory>> m_directories;

@@ -83,15 +83,16 @@ long CQMLinkedObject::CacheDataSpace() {
 // ---- handles ----
 
 Handle CQMLinkedObject::GetObjectHandle() {
-  ReserveRef();
   Handle handle = m_handle.load(std::memory_order_acquire);
-  if (handle != 0) return handle;
-  if (GetHandleList() == nullptr) CreateHandleList();
-  CQMHandleList* const list = GetHandleList();
-  Handle const issued = list != nullptr ? list->AssignHandle(this) : 0;
-  if (issued == 0) return 0;
-  if (m_handle.compare_exchange_strong(handle, issued, std::memory_order_acq_rel)) return issued;
-  list->MarkHandleDeleted(issued);  // another thread was first
+  if (handle == 0) {
+    if (GetHandleList() == nullptr) CreateHandleList();
+    CQMHandleList* const list = GetHandleList();
+    Handle const issued = list != nullptr ? list->AssignHandle(this) : 0;
+    if (issued == 0) return 0;
+    if (m_handle.compare_exchange_strong(handle, issued, std::memory_order_acq_rel)) handle = issued;
+    else list->MarkHandleDeleted(issued);  // another thread was first, with the handle that stands there
+  }
+  ReserveRef();
   return handle;
 }
 

@@ -23,7 +23,8 @@ class CQMLinkedObject : public CQMObject {
     CountOut();
   }
 
-  /** Issues the handle at the first call; every call takes a reference. 0 when no handle can be issued. */
+  /** Issues the handle at the first call; every call takes a reference. 0, and no reference, when no handle
+   * can be issued. */
   Handle GetObjectHandle();
   bool ReleaseObjectHandle();
   /** The live object that a handle names, or null. Takes no lock. */
