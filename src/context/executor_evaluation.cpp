@@ -1,6 +1,5 @@
 // The ways from a text or an expression to the last result and the last error.
 #include <algorithm>
-#include <exception>
 
 #include "context/executor.h"
 #include "engine/expression.h"
@@ -9,12 +8,12 @@ namespace qumel {
 
 namespace {
 
-/** Whatever is thrown on the way counts as memory exhausted: nothing else is known to throw. */
+/** Whatever is thrown on the way, by callbacks of the host too, counts as memory exhausted. */
 template <class Work>
 long CodeOf(Work work) {
   try {
     return work();
-  } catch (std::exception const&) {
+  } catch (...) {
     return Error::OutOfMemory;
   }
 }

@@ -2,6 +2,7 @@
 // context's lock.
 #include <cerrno>
 #include <mutex>
+#include <utility>
 
 #include "context/executor.h"
 #include "engine/datum.h"

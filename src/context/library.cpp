@@ -3,6 +3,8 @@
 
 #include <pthread.h>
 
+#include <utility>
+
 #include "context/context_use.h"
 #include "context/library_state.h"
 

@@ -1,0 +1,183 @@
+// What a context does inside: its life and that of the process-wide tables, its resolvers, and exhausted
+// memory.
+#include "context/executor.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "engine/expression.h"
+#include "engine/resolver.h"
+#include "support/failing_allocation.h"
+
+namespace qumel {
+namespace {
+
+TEST(Executor, DoesNothingBeforeItIsInitialized) {
+  CQMExecutor executor;
+  EXPECT_EQ(executor.Evaluate("1+1"), TypeLetter::kNone);
+  EXPECT_EQ(executor.GetLastErrorID(), Error::NotInitialized);
+  EXPECT_EQ(executor.ParseExpression("1+1"), 0U);
+  EXPECT_EQ(executor.GetLastErrorID(), Error::NotInitialized);
+  EXPECT_STREQ(executor.AnnotateExpression("1+1"), "");
+  EXPECT_STREQ(executor.RevertExpression("#d1;"), "");
+  EXPECT_EQ(executor.GetErrorText(Error::None), nullptr);
+  EXPECT_FALSE(executor.DefineError(Scope::kGlobal, 10001, "text"));
+  EXPECT_FALSE(executor.IsSymbol(Scope::kLocal, "pi"));
+  EXPECT_TRUE(executor.Initialize());
+  EXPECT_TRUE(executor.Initialize());
+  EXPECT_EQ(executor.EvaluateToNumber("1+1"), 2.0);
+}
+
+TEST(Executor, ParsingSettingsAreFixedByInitialization) {
+  CQMExecutor executor;
+  executor.SetHierarchical(false);
+  executor.SetArrayBase(1);
+  ASSERT_TRUE(executor.Initialize());
+  executor.SetHierarchical(true);
+  executor.SetArrayBase(0);
+  executor.SetAllowImpliedMult(false);
+  executor.SetRadixMark(RadixMark::kComma);
+  executor.SetQuoteMark(QuoteMark::kSingle);
+  executor.SetBooleanTrue(BooleanTrue::kMinusOne);
+  executor.SetInvertArrayIndices(true);
+  SQMSettings const& settings = executor.GetSettings();
+  EXPECT_TRUE(settings.allowImpliedMultiplication);
+  EXPECT_EQ(settings.radixMark, RadixMark::kPoint);
+  EXPECT_EQ(settings.quoteMark, QuoteMark::kDouble);
+  EXPECT_EQ(settings.booleanTrue, BooleanTrue::kOne);
+  EXPECT_FALSE(settings.invertArrayIndices);
+  EXPECT_EQ(executor.GetArrayBase(), 1);
+  EXPECT_EQ(executor.EvaluateToNumber("1+2*3"), 9.0);
+}
+
+TEST(Executor, TheLastContextTakesTheSharedTablesWithIt) {
+  ASSERT_EQ(CQMExecutor::sm_lExecutorCount, 0);
+  {
+    CQMExecutor first;
+    EXPECT_EQ(CQMExecutor::GetCosmicOperatorList(), nullptr);
+    ASSERT_TRUE(first.Initialize());
+    CQMOperatorList const* const list = CQMExecutor::GetCosmicOperatorList();
+    ASSERT_NE(list, nullptr);
+    CQMExecutor second;
+    ASSERT_TRUE(second.Initialize());
+    EXPECT_EQ(CQMExecutor::GetCosmicOperatorList(), list);
+    EXPECT_TRUE(first.DefineError(Scope::kCosmic, 10001, "shared"));
+    EXPECT_STREQ(second.GetErrorText(10001), "shared");
+    EXPECT_EQ(CQMExecutor::sm_lExecutorCount, 2);
+  }
+  EXPECT_EQ(CQMExecutor::GetCosmicOperatorList(), nullptr);
+  EXPECT_EQ(CQMExecutor::sm_pCosmicSymTab, nullptr);
+  EXPECT_EQ(CQMExecutor::sm_pCosmicErrTab, nullptr);
+  CQMExecutor again;
+  ASSERT_TRUE(again.Initialize());
+  EXPECT_STREQ(again.GetErrorText(10001), "Unknown error");
+  EXPECT_EQ(again.EvaluateToNumber("2*pi+1"), 7.283185307179586);
+}
+
+TEST(Executor, MakesOneResolverOfEachKind) {
+  CQMExecutor executor;
+  ASSERT_TRUE(executor.Initialize());
+  CQMResolver* const optimized = executor.GetResolver(EQMResolverClass::RealOptimized);
+  CQMResolver* const baseline = executor.GetResolver(EQMResolverClass::RealBaseline);
+  CQMResolver* const complex = executor.GetResolver(EQMResolverClass::Complex);
+  EXPECT_NE(dynamic_cast<CQMRealOptimizedResolver*>(optimized), nullptr);
+  EXPECT_NE(dynamic_cast<CQMRealBaselineResolver*>(baseline), nullptr);
+  EXPECT_NE(dynamic_cast<CQMComplexBaselineResolver*>(complex), nullptr);
+  EXPECT_EQ(executor.GetChildCount(), 3);
+  for (long const kind : {0L, 1L, 3L, 7L, -1L}) {
+    EXPECT_EQ(executor.GetResolver(static_cast<EQMResolverClass>(kind)), optimized);
+  }
+  EXPECT_EQ(executor.GetResolver(EQMResolverClass::RealBaseline), baseline);
+  for (EQMResolverClass const kind :
+       {EQMResolverClass::Complex, EQMResolverClass::Complex5, EQMResolverClass::Complex6}) {
+    EXPECT_EQ(executor.GetResolver(kind), complex);
+  }
+  EXPECT_EQ(executor.GetChildCount(), 3);
+}
+
+TEST(Executor, PolarForm) {
+  CQMExecutor executor;
+  EXPECT_EQ(executor.GetThetaOrdinate(1.0, 1.0), 0.78539816339744828);  // no unit was set yet
+  executor.SetAngleUnit(AngleUnit::kDegrees);
+  EXPECT_EQ(executor.GetRadiusOrdinate(-3.0, 4.0), 5.0);
+  EXPECT_EQ(executor.GetRadiusOrdinate(-1.0, 0.0), 1.0);
+  EXPECT_EQ(executor.GetThetaOrdinate(-1.0, 0.0), 0.0);  // as its reflection
+  EXPECT_EQ(executor.GetThetaOrdinate(0.0, -2.0), executor.GetThetaOrdinate(0.0, 2.0));
+  EXPECT_EQ(executor.GetThetaOrdinate(0.0, 0.0), 57.2957795131 * 1.5707963267948966);
+  EXPECT_EQ(executor.GetThetaOrdinate(-1.0, 1.0), -executor.GetThetaOrdinate(1.0, 1.0));
+}
+
+TEST(Executor, ParsedTextOfAnExpression) {
+  CQMExecutor executor;
+  ASSERT_TRUE(executor.Initialize());
+  auto* const expression = ObjectFromHandle<CQMExpression>(executor.ParseExpression("1+2"));
+  ASSERT_NE(expression, nullptr);
+  EXPECT_STREQ(executor.GetParsedExpression(expression), "#d1#d2!1101.2;");
+  EXPECT_STREQ(executor.GetParsedExpression(nullptr), "");
+  EXPECT_EQ(executor.GetLastErrorID(), Error::NotFound);
+}
+
+// Memory that ends anywhere makes an error and leaves a context that works.
+TEST(Executor, ExhaustedMemory) {
+  struct SQMCase {
+    char const* name;
+    void (*call)(CQMExecutor&);
+  };
+  constexpr SQMCase kCases[] = {
+      {"number", [](CQMExecutor& executor) { executor.EvaluateToNumber("sin(30) * x[2] + 1"); }},
+      {"text", [](CQMExecutor& executor) { executor.EvaluateToString("\"some \" + \"text\""); }},
+      {"parse",
+       [](CQMExecutor& executor) {
+         executor.DeleteExpression(
+             ObjectFromHandle<CQMExpression>(executor.ParseExpression("(1 + 2) * 3; 5")));
+       }},
+      {"annotate", [](CQMExecutor& executor) { executor.AnnotateExpression("1 + 2"); }},
+      {"check", [](CQMExecutor& executor) { executor.CheckExpression("1 + 2"); }},
+  };
+  CQMExecutor executor;
+  ASSERT_TRUE(executor.Initialize());
+  executor.EvaluateToNumber("global x[5]");
+  for (auto const& [name, call] : kCases) {
+    SCOPED_TRACE(name);
+    executor.ClearLastError();
+    call(executor);
+    ASSERT_EQ(executor.GetLastErrorID(), Error::None);
+    long spared = 0;
+    do {
+      SCOPED_TRACE(spared);
+      CQMExecutor fresh;  // with buffers that did not grow yet
+      ASSERT_TRUE(fresh.Initialize());
+      fresh.EvaluateToNumber("global x[5]");
+      {
+        testing::FailingAllocation const failing(spared);
+        call(fresh);
+      }
+      long const code = fresh.GetLastErrorID();
+      if (code == Error::None) break;
+      ASSERT_EQ(code, Error::OutOfMemory);
+      EXPECT_EQ(fresh.EvaluateToNumber("1+1"), 2.0);
+      EXPECT_EQ(fresh.GetLastErrorID(), Error::None);
+    } while (++spared < 10000);
+    EXPECT_GT(spared, 0);
+  }
+}
+
+TEST(Executor, MemoryThatEndsWhileAContextIsMade) {
+  long spared = 0;
+  for (bool isMade = false; !isMade; ++spared) {
+    SCOPED_TRACE(spared);
+    ASSERT_LT(spared, 100000);
+    CQMExecutor executor;
+    {
+      testing::FailingAllocation const failing(spared);
+      isMade = executor.Initialize();
+    }
+    EXPECT_TRUE(executor.Initialize());
+    EXPECT_EQ(executor.EvaluateToNumber("1+1"), 2.0);
+  }
+  EXPECT_GT(spared, 10);
+}
+
+}  // namespace
+}  // namespace qumel
