@@ -1,4 +1,5 @@
-// The one value type of the library: literals, variables, results and array elements are all CQMDatum objects.
+// The one value type of the library: literals, variables, results and array elements are all CQMDatum
+// objects.
 #pragma once
 
 #include <cstddef>
@@ -16,9 +17,10 @@ namespace qumel {
 
 class CQMExpression;
 
-/** A typed value, a variable or an array of up to kMaximumDimensions dimensions. The scalar accessors address the
- *  current element. A datum can be a proxy: it has no storage of its own and reads and writes an element of its
- *  target, which it follows through every change of type or storage; proxies are children of their target. */
+/** A typed value, a variable or an array of up to kMaximumDimensions dimensions. The scalar accessors address
+ * the current element. A datum can be a proxy: it has no storage of its own and reads and writes an element
+ * of its target, which it follows through every change of type or storage; proxies are children of their
+ * target. */
 class CQMDatum : public CQMLinkedObject {
  public:
   static constexpr char const* kTypeTag = TypeTag::kDatum;
@@ -28,7 +30,10 @@ class CQMDatum : public CQMLinkedObject {
   CQMDatum(EQMDataType type, char const* name);
   /** Makes a proxy of source, or of its target when source is a proxy itself. */
   CQMDatum(CQMDatum& source);
+  /** As the copy; the proxies of this datum become proxies of its new target. */
   CQMDatum& operator=(CQMDatum& source);
+  /** Proxies that outlive their target are left as scalars of their own, of the same type and zero; their
+   * owners delete them. */
   ~CQMDatum() override;
 
   // ---- type ----
@@ -41,13 +46,15 @@ class CQMDatum : public CQMLinkedObject {
   std::int32_t GetPartSize() const { return m_partSize; }
   std::int32_t GetRevision() const { return m_revision; }
 
-  /** Gives the final target this type, with fresh zeroed storage where it owns its storage and none otherwise. An
-   *  array loses its elements: callers dimension it again. */
+  /** Gives the final target this type, with fresh zeroed storage where it owns its storage and none
+   * otherwise. An array loses its elements: callers dimension it again. */
   void SetDatumType(EQMDataType type);
-  /** Promotes a number to complex in place; every other request changes nothing. The elements are copied raw: in an
-   *  array only element 0 keeps its real part in place. Returns the type that the datum has afterwards. */
+  /** Promotes a number to complex in place; every other request changes nothing, as does one without the
+   * memory. The elements are copied raw: in an array only element 0 keeps its real part in place. Returns the
+   * type that the datum has afterwards. */
   EQMDataType ChangeDatumType(EQMDataType type);
-  /** Length of a string buffer, terminator included. Accepted once, before the type is set. */
+  /** Length of a string buffer, terminator included. Accepted once, before the type is set; 0 takes it back.
+   * A length below 0 or above kMaximumArrayBytes is ignored. */
   void SetDatumAtomSize(long size);
   /** Room that a value of type needs, by a table of its own: Number reports 16, strings 0. */
   static long GetDatumTypeSize(EQMDataType type);
@@ -57,13 +64,16 @@ class CQMDatum : public CQMLinkedObject {
   void SetDatumName(char const* name) { SetObjectName(name); }
   bool IsLiteral() const { return m_literal; }
   void SetLiteral(bool literal) { m_literal = literal; }
-  void SetLiteralAttributes(bool first, bool second) { m_literalAttributes[0] = first, m_literalAttributes[1] = second; }
+  void SetLiteralAttributes(bool first, bool second) {
+    m_literalAttributes[0] = first, m_literalAttributes[1] = second;
+  }
   bool GetLiteralAttribute(int index) const { return m_literalAttributes[index]; }
   char GetScope() const { return m_scope; }
   void SetScope(char scope) { m_scope = scope; }
   bool OwnsStorage() const { return m_ownsStorage; }
   void SetOwnsStorage(bool owns) { m_ownsStorage = owns; }
-  /** A name that no declaration or assignment has confirmed yet; a proxy is pending as long as its target is. */
+  /** A name that no declaration or assignment has confirmed yet; a proxy is pending as long as its target is.
+   */
   bool IsPending() const { return m_target != nullptr ? m_target->m_pending : m_pending; }
   void SetPending(bool pending) { m_pending = pending; }
   bool IsTemporary() const { return m_temporary; }
@@ -85,7 +95,9 @@ class CQMDatum : public CQMLinkedObject {
   /** Promotes to complex first where needed. */
   void SetComplex(double real, double imaginary);
   /** Imaginary part 0, but only where there is one. */
-  void ClearImaginary() { if (IsComplex()) reinterpret_cast<double*>(m_current)[1] = 0.0; }
+  void ClearImaginary() {
+    if (IsComplex()) reinterpret_cast<double*>(m_current)[1] = 0.0;
+  }
   /** The byte of a boolean as it stands; not always 0 or 1 in linked memory. */
   std::uint8_t BooleanByte() const { return *reinterpret_cast<std::uint8_t*>(m_current); }
   void SetBoolean(bool value) { *reinterpret_cast<std::uint8_t*>(m_current) = value ? 1 : 0; }
@@ -93,14 +105,20 @@ class CQMDatum : public CQMLinkedObject {
   std::string_view GetText() const;
   /** Stores text with an end, cut to the buffer. Safe when text lies inside this datum. */
   void SetText(std::string_view text);
-  /** As SetText, after making the buffer of an owned scalar string long enough. For results, not for variables. */
+  /** As SetText, after making the buffer of an owned scalar string long enough. For results, not for
+   * variables. */
   void SetWholeText(std::string_view text);
 
   // ---- values by part (0 real, 1 imaginary) and element ----
+  /** Start of the elements, or the element of a proxy; null where there is no storage. */
   std::byte* GetValue() const { return m_value; }
+  // Never null: part 1 of what is not complex is a zero that belongs to nobody, an element beyond the storage
+  // is element 0. Only indices that VerifyElement refuses give null.
   void* GetValue(long part, bool promote);
   void* GetValue(long part, bool promote, long flatIndex);
   void* GetValue(long part, bool promote, std::span<long const> indices);
+  // Numbers take one part, texts end where source ends or the buffer is full. Nothing is written for null,
+  // beyond the storage, and to part 1 of what cannot become complex.
   void SetValue(void const* source);
   void SetValue(long part, void const* source);
   /** With one dimension or none this writes the first element whatever flatIndex says; on purpose. */
@@ -108,7 +126,9 @@ class CQMDatum : public CQMLinkedObject {
   void SetValue(long part, void const* source, std::span<long const> indices);
   long CopyDataLength(void const* source) const;
   void ClearValue();
-  /** Points at memory of the host; owned storage is freed first. The caller clears the owns-storage mark. */
+  /** Points at memory of the host, which must be aligned for the type and, for an array, hold all elements;
+   * owned storage is freed first. The caller clears the owns-storage mark. Null leaves the datum without
+   * storage. */
   void SetValuePointer(void* memory);
 
   // ---- arrays ----
@@ -119,10 +139,13 @@ class CQMDatum : public CQMLinkedObject {
   long GetArrayBase() const { return m_arrayBase; }
   void SetArrayBase(long base);
   void SetInvertArrayIndices(bool invert);
-  /** Frees owned storage and makes count zeroed elements; the dimensions stay. */
+  /** Frees owned storage and makes count zeroed elements; the dimensions stay. Without the memory nothing
+   * changes. */
   void SetIsArray(long count);
-  /** Makes an array once; for a string the last extent is the buffer length. Extents that are not positive, or whose
-   *  elements exceed kMaximumArrayBytes, make no array and give IndexOutOfBounds or OutOfMemory. */
+  /** Makes an array once; for a string the last extent is the buffer length. Extents that are not positive,
+   * or whose elements exceed kMaximumArrayBytes, make no array and give IndexOutOfBounds or OutOfMemory. A
+   * datum that awaits linked memory gets dimensions only; seven extents of numbers are recorded and get no
+   * storage. */
   long SetIsArray(std::span<long const> extents);
   long SetIsArray(std::span<double const> extents);
   /** -1 for a wrong number of indices or one out of range. The base is not subtracted. */
@@ -137,10 +160,15 @@ class CQMDatum : public CQMLinkedObject {
   long SetCurrentElement(long flatIndex);
   long SetCurrentElement(std::span<long const> indices);
   long SetCurrentElement(std::span<double const> indices);
+  /** Makes a proxy of an array a scalar: what it shows is one element. */
+  void ViewOneElement() {
+    m_dimensionCount = 0;
+    m_dimensions.reset();
+  }
 
   // ---- comparison and conversion ----
-  /** 10 * class of the imaginary part + class of the real part (1 negative, 2 zero, 3 positive or NaN); 0 for what is
-   *  neither number nor complex. */
+  /** 10 * class of the imaginary part + class of the real part (1 negative, 2 zero, 3 positive or NaN); 0 for
+   * what is neither number nor complex. */
   long GetDatumComplexity() const;
   /** 1, 0 or -1 for this against other; strings give strcmp's own number. */
   long CompareValue(CQMDatum* other);
@@ -161,11 +189,50 @@ class CQMDatum : public CQMLinkedObject {
  private:
   static constexpr std::size_t kInlineBytes = 16;
 
-  void AttachTo(CQMDatum& source);
-  void RefreshCurrent();
+  static constexpr long kMostExtents = kMaximumDimensions + 1;  // a string's buffer length included
+  // Reads of eight bytes at a part of any element end inside owned storage.
+  static constexpr std::size_t kReadMargin = 16;
 
-  std::byte* m_value = nullptr;    // start of the elements; null for a type without storage
+  // storage
+  bool HoldsOwnStorage() const {
+    return m_value == m_inline || (m_storage != nullptr && m_value == m_storage.get());
+  }
+  bool HasStoredDimensions() const { return m_dimensionCount > 0 && m_dimensionCount <= kMaximumDimensions; }
+  bool StoreElements(std::int64_t count, std::int32_t elementSize);
+  void DropStorage();
+
+  // addresses
+  CQMDatum const& Storage() const { return m_target != nullptr ? *m_target : *this; }
+  bool HasElement(long flatIndex) const;
+  std::byte* ElementAddress(long flatIndex);
+  std::size_t RoomAt(std::byte const* address) const;
+  void RefreshCurrent();
+  bool IsPartThere(long part, bool promote);
+  void WritePart(std::byte* element, long part, void const* source);
+  void StoreText(std::byte* element, std::string_view text);
+  bool Locate(std::span<long const> indices, long base, long& flatIndex) const;
+  void CopyDimensions(CQMDatum const& source);
+
+  // comparison
+  bool ReadAt(std::size_t offset, void* out, std::size_t size) const;
+  double SignedMagnitude() const;
+  int CompareSameType(CQMDatum const& other) const;
+  template <class Value>
+  int CompareAs(CQMDatum const& other) const;
+  template <class Field, std::size_t count>
+  int CompareFields(CQMDatum const& other) const;
+  int CompareDistantWord(CQMDatum const& other) const;
+  int CompareBytes(CQMDatum const& other) const;
+
+  // proxies
+  void AttachTo(CQMDatum& source);
+  void LeaveTarget();
+  void FollowTarget();
+  void BecomeOwner();
+
+  std::byte* m_value = nullptr;    // start of the elements, a proxy's element, or null without storage
   std::byte* m_current;            // the current element, or m_inline where there is no storage
+  std::size_t m_storageBytes = 0;  // bytes from m_value on; 0 in proxies
   CQMExpression* m_owner = nullptr;
   EQMDataType m_type = EQMDataType::Undefined;
   EQMTypeClass m_class = EQMTypeClass::Undefined;
@@ -187,6 +254,7 @@ class CQMDatum : public CQMLinkedObject {
   std::unique_ptr<std::int32_t[]> m_dimensions;  // m_dimensionCount extents in storage order, then 1
   std::unique_ptr<std::byte[]> m_storage;        // owned elements that do not fit m_inline
   alignas(double) std::byte m_inline[kInlineBytes] = {};
+  double m_zeroImaginary = 0.0;
 };
 
 }  // namespace qumel
