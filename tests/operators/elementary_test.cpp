@@ -219,7 +219,7 @@ TEST(NumericUtilities, HoldToTheirFormulas) {
   EXPECT_EQ(Hypotenuse(3.0, 4.0), 5.0);
   EXPECT_EQ(Hypotenuse(0.0, -7.0), 7.0);
   EXPECT_EQ(Hypotenuse(0.0, 0.0), 0.0);
-  EXPECT_EQ(Hypotenuse(3e200, -4e200), 5e200);
+  EXPECT_DOUBLE_EQ(Hypotenuse(3e200, -4e200), 5e200);
   EXPECT_EQ(Hypotenuse(kInfinity, 1.0), kInfinity);
   EXPECT_TRUE(std::isnan(Hypotenuse(kNaN, 3.0)));
   EXPECT_TRUE(std::isnan(Hypotenuse(0.0, kNaN)));

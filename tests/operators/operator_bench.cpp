@@ -27,10 +27,11 @@ std::string Describe(double number) {
   return text;
 }
 
-bool Agree(double actual, double expected, double tolerance) {
+/** Agree to within tolerance times size, which is at least 1. */
+bool Agree(double actual, double expected, double tolerance, double size) {
   if (std::isnan(actual) || std::isnan(expected)) return std::isnan(actual) && std::isnan(expected);
   if (tolerance == 0.0) return actual == expected && std::signbit(actual) == std::signbit(expected);
-  return actual == expected || std::fabs(actual - expected) <= tolerance * std::max(1.0, std::fabs(expected));
+  return actual == expected || std::fabs(actual - expected) <= tolerance * std::max(1.0, size);
 }
 
 void StoreValue(CQMDatum& datum, Value const& value) {
@@ -103,11 +104,12 @@ std::string Describe(Value const& value) {
 bool Agree(Value const& actual, Value const& expected, double tolerance) {
   if (actual.index() != expected.index()) return false;
   if (double const* const number = std::get_if<double>(&expected); number != nullptr) {
-    return Agree(std::get<double>(actual), *number, tolerance);
+    return Agree(std::get<double>(actual), *number, tolerance, std::fabs(*number));
   }
   if (Complex const* const z = std::get_if<Complex>(&expected); z != nullptr) {
     Complex const w = std::get<Complex>(actual);
-    return Agree(w.real(), z->real(), tolerance) && Agree(w.imag(), z->imag(), tolerance);
+    double const size = std::abs(*z);
+    return Agree(w.real(), z->real(), tolerance, size) && Agree(w.imag(), z->imag(), tolerance, size);
   }
   return Describe(actual) == Describe(expected);
 }
