@@ -24,7 +24,7 @@ TEST(ArrayIndex, DimensionsAtFirstUseAndReachesElementsAfterwards) {
       {"s 1 1 1 1 1 1 9 [7 string ; s 0 0 0 0 0 0 [6 'deep = ; s 0 0 0 0 0 0 [6", "'deep"},
       {"b 3 [1 boolean ; b 1 [1 true = ; b 1 [1", "true"},
       {"a 2 [1 ; b 3 [1 ; b 1 [1 2 = ; a 0 [1 7 = ; a b 0 [1 [1", "7"},
-      {"a a 2 [1 [1", "error 3210"},
+      {"a a 2 [1 [1", "0"},
       {"5 3 [1", "error 3040"},
       {"a u [1", "error 3060"},
       {"a 'x [1", "error 3160"},
@@ -106,16 +106,19 @@ TEST(ArrayIndex, ShowsAnElementOfAnArrayAsAScalar) {
 TEST(ArrayIndex, LeavesTheMemoryOfAHostAsItIs) {
   CQMTestContext context;
   double numbers[] = {1.5, 2.5, 3.5};
-  auto array = std::make_unique<CQMDatum>(EQMDataType::Number, "a");
-  array->SetOwnsStorage(false);
-  array->SetIsArray(std::span<long const>(std::initializer_list<long>{3}.begin(), 1));
-  array->SetValuePointer(numbers);
-  context.AddGlobal(std::move(array));
+  static constexpr long kExtents[] = {3};
   double scalar = 4.0;
-  auto linked = std::make_unique<CQMDatum>(EQMDataType::Number, "x");
-  linked->SetValuePointer(&scalar);
-  linked->SetOwnsStorage(false);
-  context.AddGlobal(std::move(linked));
+  auto const link = [&context](char const* name, double* memory, std::span<long const> extents) {
+    auto variable = std::make_unique<CQMDatum>();
+    variable->SetDatumName(name);
+    variable->SetOwnsStorage(false);
+    variable->SetDatumType(EQMDataType::Number);
+    if (!extents.empty()) variable->SetIsArray(extents);
+    variable->SetValuePointer(memory);
+    context.AddGlobal(std::move(variable));
+  };
+  link("a", numbers, kExtents);
+  link("x", &scalar, {});
   EXPECT_EQ(context.Run("a 2 [1 a 0 [1 = ; a 2 [1"), "1.5");
   EXPECT_EQ(numbers[2], 1.5);
   EXPECT_EQ(context.Run("a 3 [1"), "error 3210");

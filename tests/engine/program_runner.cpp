@@ -11,7 +11,7 @@ namespace qumel::test {
 
 namespace {
 
-/** An operator without the checks of the real ones; structural operators are what is tested. */
+/** An operator with hardly a check, since the structural ones are what is tested. */
 template <EQMDataType type, void (*rule)(CQMDatum& result, CQMDatum* const* operands), long operands>
 class CQMRuleOperator final : public CQMOperator {
  public:
@@ -20,7 +20,7 @@ class CQMRuleOperator final : public CQMOperator {
   long VerifyOperands() override {
     if (long const code = CheckOperands(); code != Error::None) return code;
     if (GetId() == OpId::Addition && Operand(0).IsString()) return SubstituteBy(OpId::Concatenation);
-    return ComplexStatus();
+    return type == EQMDataType::Number ? CQMOperator::VerifyOperands() : ComplexStatus();
   }
   long DoOperation(long& position) override {
     rule(Result(), GetOperandList());
