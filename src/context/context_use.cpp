@@ -140,6 +140,7 @@ void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor) {
 std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record) {
   ++g_library.retiredCount;
   if (record->IsInUse()) {
+    record->RetireExecutors();
     g_library.retiredThreads.Append(std::move(record));
     return nullptr;
   }

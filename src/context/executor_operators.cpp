@@ -27,9 +27,9 @@ bool CQMExecutor::IsSymbol(char scope, char const* name) {
 }
 
 std::shared_ptr<SQMOperatorDefinition const> CQMExecutor::FindOperatorDefinition(long id) {
-  CQMOpInfo info;
   for (CQMOperatorList const* list : {sm_pCosmicOperatorList, m_localOperators.get()}) {
-    if (list != nullptr && list->CopyById(id, info)) return info.definition;
+    if (list == nullptr) continue;
+    if (CQMOpInfoRef const info = list->FindById(id); info != nullptr) return info->definition;
   }
   return nullptr;
 }

@@ -110,6 +110,11 @@ bool DropThreadInfo() {
   return true;
 }
 
+void AcquireExecutorList() { g_library.executorListMutex.lock(); }
+void ReleaseExecutorList() { g_library.executorListMutex.unlock(); }
+void AcquireThreadList() { g_library.threadListMutex.lock(); }
+void ReleaseThreadList() { g_library.threadListMutex.unlock(); }
+
 bool InitializeLibrary() {
   {
     std::scoped_lock const lock(g_library.threadListMutex);

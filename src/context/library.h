@@ -18,6 +18,13 @@ bool IsPublicExecutor(CQMExecutor const* executor);
 bool DropPublicExecutor(char const* name);
 bool DropThreadInfo();
 
+// For hosts that look at the lists themselves. The holder may go on calling the library; a release by a
+// thread that holds nothing does nothing.
+void AcquireExecutorList();
+void ReleaseExecutorList();
+void AcquireThreadList();
+void ReleaseThreadList();
+
 bool InitializeLibrary();
 /** Destroys all thread records and public contexts; the primary context stays and becomes the default again.
  * False after unloading. */

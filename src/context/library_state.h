@@ -12,9 +12,11 @@
 namespace qumel {
 
 /** Everything here is made at load and never destroyed: calls may come at any time, also after unloading.
- * Neither lock is taken while the other one is held, but for the executor list's within the thread list's. */
+ * Neither lock is taken while the other one is held, but for the executor list's within the thread list's.
+ * Hosts may hold them too. */
 struct SQMLibraryState {
-  std::mutex threadListMutex;  // guards threads, the retired, and the choice of primary and default context
+  std::recursive_mutex
+      threadListMutex;  // guards threads, the retired, and the choice of primary and default context
   CQMSiblingList<CQMThreadInfo> threads;
   CQMSiblingList<CQMThreadInfo> retiredThreads;  // out of the list, with a call still running
   CQMSiblingList<CQMExecutor> retiredExecutors;
@@ -27,7 +29,7 @@ struct SQMLibraryState {
   std::atomic<CQMExecutor*> primaryExecutor{nullptr};
   std::atomic<CQMExecutor*> defaultExecutor{nullptr};
 
-  std::mutex executorListMutex;  // guards executors
+  std::recursive_mutex executorListMutex;  // guards executors
   CQMSiblingList<CQMExecutor> executors;
 };
 

@@ -8,7 +8,7 @@ namespace qumel {
 namespace {
 
 /** Only its address counts. */
-constinit char g_forgotten = 0;
+alignas(CQMExecutor) constinit char g_forgotten = 0;
 
 }  // namespace
 
@@ -97,7 +97,16 @@ void CQMThreadInfo::Forget(CQMExecutor* executor) {
   m_current.compare_exchange_strong(executor, ForgottenMark());
 }
 
-CQMExecutor* CQMThreadInfo::ForgottenMark() { return reinterpret_cast<CQMExecutor*>(g_forgotten); }
+void CQMThreadInfo::RetireExecutors() {
+  m_privates.Find([](CQMExecutor& executor) {
+    executor.Retire();
+    return false;
+  });
+}
+
+CQMExecutor* CQMThreadInfo::ForgottenMark() {
+  return static_cast<CQMExecutor*>(static_cast<void*>(&g_forgotten));
+}
 
 void CQMThreadInfo::ForgetLocally() {
   m_current.store(nullptr);

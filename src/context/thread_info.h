@@ -84,6 +84,8 @@ class CQMThreadInfo : public CQMLinkedObject {
   // ---- for other threads ----
   /** Takes executor away if it is current; the thread finds out at its next call. */
   void Forget(CQMExecutor* executor);
+  /** Marks the private contexts: they go when this record does. */
+  void RetireExecutors();
   /** Whether the outermost call of the thread runs in executor, or a nested one is about to. */
   bool IsUsing(CQMExecutor const* executor) const {
     return m_used.load() == executor || m_entering.load() == executor;

@@ -142,7 +142,7 @@ TEST_F(Errors, ACallbackThatEvaluatesAndFailsEndsAtALimit) {
   qmEvalExpStr("1/0");
   EXPECT_GT(calls, 100);
   EXPECT_LT(calls, 1000);
-  EXPECT_EQ(qmGetLastErrorID(), kDivisionByZero);  // of the outermost call
+  EXPECT_EQ(qmGetLastErrorID(), kOutOfMemory);  // of the call that was one too many
 }
 
 TEST_F(Errors, ACallbackThatThrowsIsNoneOfTheHostsProblems) {

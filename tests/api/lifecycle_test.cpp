@@ -217,7 +217,7 @@ TEST_F(Lifecycle, NestedCallsInSeveralContexts) {
     qmReset();
     return 0;
   });
-  inner = qmParseExp("ruin; 3");
+  inner = qmParseExp("ruin; 1+2");
   ASSERT_NE(inner, 0U);
   qmSetContext("test", false);
   qmLinkCallbackOp('G', "descend", "nofix", "number", "", nullptr, [](Handle) {
@@ -225,7 +225,7 @@ TEST_F(Lifecycle, NestedCallsInSeveralContexts) {
     EXPECT_EQ(qmEvalExpHndl(inner), 'X');  // its context went with the end of that call
     return 0;
   });
-  EXPECT_EQ(qmEvalExpStrToNum("descend; 4"), 4.0);
+  EXPECT_EQ(qmEvalExpStrToNum("descend; 2+2"), 4.0);
   EXPECT_EQ(qmGetContextHandle("test"), 0U);
 }
 
