@@ -20,7 +20,7 @@ constexpr long kDuodecimalRadix = 12, kHexadecimalRadix = 16;
 constexpr char kRadixPoint = '.';
 constexpr std::size_t kMostExactDigits = 14;  // so many digits are accumulated in 64 bits, more in a double
 constexpr std::size_t kMostZeros = 1100;      // moving the point further changes neither 0 nor infinity
-constexpr std::size_t kMostFractionDigits = 1 << 16;  // of a fraction that never becomes 0
+constexpr std::size_t kMostFractionDigits = 1075;  // more than any double has
 
 std::string_view DigitTable(SQMNumberBase const& base) { return base.digits != nullptr ? base.digits : ""; }
 
@@ -120,14 +120,14 @@ std::string IntegerToDigits(unsigned long long value, SQMNumberBase const& base)
 }
 
 // Each step shifts the fraction's lowest bit up, as every radix is even, so that a fraction above 0 ends in
-// 0. One below 0, and one that is no number, gives zeros without end.
+// 0. One below 0, and one that is no number, would give zeros without end.
 std::string FractionToDigits(double fraction, SQMNumberBase const& base, long precision) {
   std::string digits;
   if (precision < 0 || !CanWrite(base)) return digits;
   auto const radix = static_cast<double>(base.radix);
   double integer;
   double rest = std::modf(fraction, &integer);
-  std::size_t const most = std::min(static_cast<std::size_t>(precision), kMostFractionDigits);
+  std::size_t const most = std::min(static_cast<std::size_t>(precision), kMostFractionDigits - 1);
   do {
     rest *= radix;
     std::size_t digit = 0;
