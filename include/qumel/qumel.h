@@ -366,10 +366,10 @@ QM_API long qmGetLastParseIndex(void);
  * Settings
  *
  * Without a current context they are kept for the thread and go into the contexts that it creates. With
- *   one,
- * the first group changes nothing, since it steers how the context was made; the second group acts at once,
- * in the context too. A value that is not listed changes nothing. Getters answer for the current context if
- * there is one, else for the thread, and with the value named here when the thread can have no record.
+ * one, the first group changes nothing, since it steers how the context was made; the second group acts at
+ * once, in the context too. A value that is not listed changes nothing. Getters answer for the current
+ * context if there is one, else for the thread, and with the value named here when the thread can have no
+ * record.
  * ====================================================================================================== */
 
 /* ---- chosen before a context is created ---- */
