@@ -20,8 +20,8 @@ enum class EQMFix : std::uint32_t {
   Nofix = 4,
   StatementKeyword = 5,
   BlockKeyword = 6,
-  ClosingBlock = 7,   // no standard entries of this and the next two
-  MarkedPrefix = 8,   // written with "&" into postfix text
+  ClosingBlock = 7,  // no standard entries of this and the next two
+  MarkedPrefix = 8,  // written with "&" into postfix text
   MarkedPostfix = 9,
 };
 
@@ -40,12 +40,13 @@ enum class EQMItemClass : std::int32_t {
   Name = 10,
   String = 11,
   Operator = 12,  // 12 + fix is the class of an operator that was added
+  Unknown = 99,   // a character that begins no token
 };
 
 /** Bits of the left and right context masks. */
 namespace ContextBit {
-constexpr std::uint8_t kSeparator = 1, kOperand = 2, kOpen = 4, kClose = 8, kPrefix = 16, kInfix = 32, kPostfix = 64,
-                       kNofix = 128, kAnyOperator = 240, kAnywhere = 255;
+constexpr std::uint8_t kSeparator = 1, kOperand = 2, kOpen = 4, kClose = 8, kPrefix = 16, kInfix = 32,
+                       kPostfix = 64, kNofix = 128, kAnyOperator = 240, kAnywhere = 255;
 }
 
 /** Owns everything it describes; copies are independent but share the definition of a host's operator. */

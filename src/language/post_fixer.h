@@ -4,27 +4,19 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "language/op_info.h"
+#include "language/operator_search.h"
+#include "language/reading_rules.h"
 #include "storage/object.h"
 
 namespace qumel {
 
+class CQMConversion;
 class CQMOperatorList;
 
-/** How expressions are read; fixed when a context is initialised. */
-struct SQMReadingRules {
-  bool caseSensitive = true;  // carried; names and operators always compare with case
-  bool hierarchical = true;   // false: every operator binds equally, left to right
-  bool impliedMultiplication = true;
-  char radixMark = '.';
-  char quoteMark = '"';
-  char listSeparator = ',';       // carried for definitions; the tokenizer always reads ','
-  char statementSeparator = ';';  // carried; the tokenizer always reads ';' and ':'
-};
-
-/** Postfix text is a sequence of items without separators: "#" number, "@" name, "$" length ":" string, "!" operator id
+/** Postfix text is a sequence of items without separators: "#" number, "@" name, "$" length ":" string, "!"
+ * operator id
  *  "." operand count, "&" id of a marked operator, ";" end of statement. One conversion at a time. */
 class CQMPostFixer : public CQMObject {
  public:
@@ -36,13 +28,13 @@ class CQMPostFixer : public CQMObject {
   static long EstimateConvertedSize(char const* text);
 
   void SetOperatorLists(CQMOperatorList const* shared, CQMOperatorList const* own);
-  void SetReadingRules(SQMReadingRules const& rules);
-  SQMReadingRules const& GetReadingRules() const;
+  void SetReadingRules(SQMReadingRules const& rules) { m_rules = rules; }
+  SQMReadingRules const& GetReadingRules() const { return m_rules; }
 
-  /** 0 or an error code. On failure postfix is not valid; GetParseIndex tells where the tokenizer stood, counted from
-   *  the first character after leading white space. */
+  /** 0 or an error code. On failure postfix is not valid; GetParseIndex tells where the tokenizer stood,
+   * counted from the first character after leading white space. */
   long ConvertExpression(std::string_view text, std::string& postfix);
-  long GetParseIndex() const;
+  long GetParseIndex() const { return m_parseIndex; }
 
   /** One item a line with the readable token beside it. Cannot fail. */
   void AnnotateExpression(std::string_view postfix, std::string& text) const;
@@ -50,17 +42,20 @@ class CQMPostFixer : public CQMObject {
   long RevertExpression(std::string_view postfix, std::string& infix, char quoteMark) const;
 
   bool TokenIsOperator(std::string_view token) const;
-  /** By id or token, in the shared list first and then in the context's own; false when nothing is found. Precedence is
-   *  that of the reading rules. */
+  /** By id or token, in the shared list first and then in the context's own; false when nothing is found.
+   * Precedence is that of the reading rules. */
   bool FindOperatorByID(long id, CQMOpInfo& found) const;
   bool FindOperatorByToken(std::string_view token, CQMOpInfo& found) const;
-  /** The first entry of token whose masks fit its neighbours, in the same order of lists; UnknownOperator for none. */
+  /** The first entry of token whose masks fit its neighbours, in the same order of lists; UnknownOperator for
+   * none. */
   long FindOperator(std::string_view token, EQMItemClass previous, EQMItemClass next, CQMOpInfo& found) const;
 
  private:
-  class CQMConversion;
-  struct SQMLists;
-  std::unique_ptr<SQMLists> m_lists;
+  static bool Accept(SQMFoundOperator const& found, CQMOpInfo& out);
+
+  SQMReadingRules m_rules;
+  CQMOperatorSearch m_search;
+  std::unique_ptr<CQMConversion> m_conversion;  // kept, so that its buffers are
   long m_parseIndex = 0;
 };
 

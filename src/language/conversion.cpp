@@ -1,0 +1,278 @@
+// Infix text to postfix items: operands, operators by binding strength, parentheses, implied multiplication.
+#include "language/conversion.h"
+
+#include <algorithm>
+
+#include "base/errors.h"
+#include "base/number_text.h"
+#include "base/operator_ids.h"
+#include "engine/postfix_reader.h"
+
+namespace qumel {
+
+namespace {
+
+constexpr std::string_view kMultiplicationToken = "_*";
+
+constexpr bool IsKeyword(EQMFix fix) {
+  return fix == EQMFix::StatementKeyword || fix == EQMFix::BlockKeyword || fix == EQMFix::ClosingBlock;
+}
+constexpr bool ClosesItself(EQMFix fix) { return fix == EQMFix::BlockKeyword || fix == EQMFix::ClosingBlock; }
+constexpr bool IsMarked(EQMFix fix) { return fix == EQMFix::MarkedPrefix || fix == EQMFix::MarkedPostfix; }
+bool TakesList(CQMOpInfo const& info) {
+  return info.HasVariableOperands() &&
+         (info.fix == EQMFix::Prefix || info.fix == EQMFix::Infix || info.fix == EQMFix::Postfix);
+}
+
+/** Strings are not multiplied. */
+bool IsFactor(EQMItemClass itemClass) {
+  return itemClass == EQMItemClass::Operand || itemClass == EQMItemClass::Number ||
+         itemClass == EQMItemClass::Name;
+}
+
+/** Whether a token is an operator of one meaning, which has one of two fixes and is no word of the language.
+ */
+bool IsSoleOperator(SQMToken const& token, SQMOperatorToken const& rows, EQMFix fix, EQMFix otherFix) {
+  if (token.itemClass != EQMItemClass::Operator) return false;
+  CQMOpInfo const* const row = rows.OnlyRow();
+  return row != nullptr && (row->fix == fix || row->fix == otherFix) && !IsWordOperator(row->id);
+}
+
+}  // namespace
+
+long CQMConversion::Run(std::string_view text, std::string& postfix) {
+  m_items.clear();
+  m_operandTexts.clear();
+  m_pending.clear();
+  m_levels.clear();
+  m_held.clear();
+  m_lastClass = EQMItemClass::End;
+  postfix.clear();
+  if (m_rules.impliedMultiplication) m_multiplication = m_search.Find(kMultiplicationToken);
+  CQMTokenizer tokenizer(text, m_rules);
+  long code = Convert(tokenizer);
+  m_position = tokenizer.GetPosition();
+  if (code == Error::None && !m_levels.empty()) code = Error::MissingRightParen;
+  if (code == Error::None) Write(postfix);
+  m_multiplication = {};
+  m_held.clear();
+  return code;
+}
+
+// text = {token}, read with one token of look-ahead
+long CQMConversion::Convert(CQMTokenizer& tokenizer) {
+  SQMReadToken token;
+  if (long const code = Read(tokenizer, token); code != Error::None) return code;
+  if (token.itemClass == EQMItemClass::End) return Error::None;
+  while (token.itemClass != EQMItemClass::End) {
+    SQMReadToken next;
+    if (long const code = Read(tokenizer, next); code != Error::None) return code;
+    if (long const code = Add(token, next.itemClass); code != Error::None) return code;
+    if (long const code = InsertMultiplication(token, next); code != Error::None) return code;
+    token = std::move(next);
+  }
+  EndText();
+  CountOperands();
+  return LeavesTooMuch() ? Error::TooManyOperands : Error::None;
+}
+
+long CQMConversion::Read(CQMTokenizer& tokenizer, SQMReadToken& token) const {
+  static_cast<SQMToken&>(token) = tokenizer.Next();
+  bool const isSign = token.itemClass == EQMItemClass::Operator;
+  if (!isSign && token.itemClass != EQMItemClass::Name) return Error::None;
+  token.rows = m_search.Find(token.text);
+  if (token.rows.IsOperator()) token.itemClass = EQMItemClass::Operator;
+  return isSign && !token.rows.IsOperator() ? Error::UnknownOperator : Error::None;
+}
+
+long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
+  switch (token.itemClass) {
+    case EQMItemClass::Separator: AddSemicolon(); return Error::None;
+    case EQMItemClass::OpenParen: OpenParen(EQMItemClass::CloseParen); return Error::None;
+    case EQMItemClass::CloseParen:
+    case EQMItemClass::CloseBracket: return CloseParen(token.itemClass);
+    case EQMItemClass::Comma: AddComma(); return Error::None;
+    case EQMItemClass::Number: AddOperand(PostfixMark::kNumber, token); return Error::None;
+    case EQMItemClass::Name: AddOperand(PostfixMark::kName, token); return Error::None;
+    case EQMItemClass::String: AddOperand(PostfixMark::kString, token); return Error::None;
+    case EQMItemClass::Operator: {
+      long const code = AddOperator(token.rows, next);
+      if (code == Error::None && token.text == "[") OpenParen(EQMItemClass::CloseBracket);
+      return code;
+    }
+    default: return Error::UnknownToken;
+  }
+}
+
+long CQMConversion::InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next) {
+  if (!m_rules.impliedMultiplication) return Error::None;
+  bool const endsFactor = IsFactor(token.itemClass) || token.itemClass == EQMItemClass::CloseParen ||
+                          token.itemClass == EQMItemClass::CloseBracket ||
+                          IsSoleOperator(token, token.rows, EQMFix::Postfix, EQMFix::Nofix);
+  if (!endsFactor) return Error::None;
+  bool const beginsFactor = IsFactor(next.itemClass) || next.itemClass == EQMItemClass::OpenParen ||
+                            IsSoleOperator(next, next.rows, EQMFix::Prefix, EQMFix::Nofix);
+  return beginsFactor ? AddOperator(m_multiplication, next.itemClass) : Error::None;
+}
+
+void CQMConversion::AddOperand(char mark, SQMToken const& token) {
+  if (mark == PostfixMark::kNumber) {
+    AppendNumber(token, m_rules.radixMark, m_operandTexts);
+  } else if (mark == PostfixMark::kName) {
+    m_operandTexts += token.text;
+  } else {
+    AppendUnescaped(token.text, m_operandTexts);
+  }
+  m_items.push_back({mark, 0, nullptr, m_operandTexts.size()});
+  m_lastClass = token.itemClass;
+}
+
+long CQMConversion::AddOperator(SQMOperatorToken const& rows, EQMItemClass next) {
+  SQMFoundOperator const found = CQMOperatorSearch::Choose(rows, m_lastClass, next, m_rules.hierarchical);
+  if (found.info == nullptr) return Error::AddOperatorFailed;
+  CQMOpInfo const& info = *found.info;
+  if (found.info.use_count() != 0) m_held.push_back(found.info);
+
+  if (IsKeyword(info.fix)) UnstackExpression();
+  while (HasPending()) {
+    SQMPending const& pending = m_pending.back();
+    bool const bindsTighter =
+        found.precedence > pending.precedence ||
+        (found.precedence == pending.precedence && info.fix == pending.info->fix && info.rightAssociative);
+    if (bindsTighter) break;
+    ReleasePending();
+  }
+  if (TakesList(info)) m_items.push_back({kListMark, 0, nullptr, 0});
+  m_pending.push_back({&info, found.precedence});
+  m_lastClass = ItemClassOf(info.fix);
+  if (ClosesItself(info.fix)) UnstackExpression();
+  return Error::None;
+}
+
+void CQMConversion::ReleasePending() {
+  CQMOpInfo const* const info = m_pending.back().info;
+  char const mark = IsMarked(info->fix) ? PostfixMark::kMarkedOperator : PostfixMark::kOperator;
+  m_items.push_back({mark, 0, info, 0});
+  m_pending.pop_back();
+}
+
+void CQMConversion::UnstackExpression() {
+  while (HasPending()) ReleasePending();
+  m_lastClass = EQMItemClass::Start;
+}
+
+void CQMConversion::AddSemicolon() {
+  UnstackExpression();
+  m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0});
+  m_lastClass = EQMItemClass::Separator;
+}
+
+void CQMConversion::AddComma() {
+  UnstackExpression();
+  m_lastClass = EQMItemClass::Comma;
+}
+
+void CQMConversion::OpenParen(EQMItemClass closedBy) {
+  m_levels.push_back({closedBy, m_pending.size(), m_items.size()});
+  m_lastClass = EQMItemClass::OpenParen;
+}
+
+long CQMConversion::CloseParen(EQMItemClass closing) {
+  if (m_levels.empty() || m_levels.back().closedBy != closing) {
+    return closing == EQMItemClass::CloseParen ? Error::MissingLeftParen : Error::MissingLeftBracket;
+  }
+  UnstackExpression();
+  m_levels.pop_back();
+  m_lastClass = EQMItemClass::CloseParen;
+  return Error::None;
+}
+
+void CQMConversion::EndText() {
+  UnstackExpression();
+  if (m_items.size() == LevelBegin() || m_items.back().mark != PostfixMark::kEnd) {
+    m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0});
+  }
+}
+
+// ---- operand counts ----
+
+/** Where a parenthesis was left open, only what stands behind the innermost one is counted and checked. */
+void CQMConversion::CountOperands() {
+  std::int32_t items = 0;           // not taken by an operator yet
+  std::int32_t statementBegin = 0;  // as many items belong to earlier statements
+  std::vector<std::int32_t> lists;  // of each open list of arguments: how many items stand in front of it
+  auto const innermost = [&] { return std::max(statementBegin, lists.empty() ? 0 : lists.back()); };
+  for (std::size_t i = LevelBegin(); i < m_items.size(); ++i) {
+    SQMItem& item = m_items[i];
+    if (item.mark == kListMark) {
+      lists.push_back(items);
+    } else if (item.mark == PostfixMark::kEnd) {
+      statementBegin = items;
+    } else if (item.mark == PostfixMark::kOperator && item.info->HasVariableOperands()) {
+      std::int32_t const begin = innermost();
+      item.operandCount = items - begin;
+      items = begin;
+      if (!lists.empty()) lists.pop_back();
+      if (item.info->fix == EQMFix::Infix) {  // its left operand stands in front of the list
+        ++item.operandCount;
+        items = std::max(innermost(), items - 1);
+      }
+      ++items;
+    } else if (item.mark == PostfixMark::kOperator) {
+      item.operandCount = item.info->minOperands;
+      items = std::max(innermost(), items - item.operandCount) + 1;
+    } else if (item.mark != PostfixMark::kMarkedOperator) {
+      ++items;
+    }
+  }
+}
+
+bool CQMConversion::LeavesTooMuch() const {
+  long total = 0;
+  for (std::size_t i = LevelBegin(); i < m_items.size(); ++i) {
+    SQMItem const& item = m_items[i];
+    switch (item.mark) {
+      case kListMark:
+      case PostfixMark::kMarkedOperator: break;
+      case PostfixMark::kEnd:
+        if (total > 1) return true;
+        total = 0;
+        break;
+      case PostfixMark::kOperator: {
+        long const id = item.info->id;
+        bool const hasResult =
+            !IsKeywordOperator(id) && !IsModeOperator(id) && id != OpId::ArrayIndex && id != OpId::Member;
+        total += (hasResult ? 1 : 0) - item.operandCount;
+        break;
+      }
+      default: ++total;
+    }
+  }
+  return total > 1;
+}
+
+void CQMConversion::Write(std::string& postfix) const {
+  std::size_t textBegin = 0;
+  for (SQMItem const& item : m_items) {
+    if (item.mark == kListMark) continue;
+    postfix += item.mark;
+    switch (item.mark) {
+      case PostfixMark::kEnd: break;
+      case PostfixMark::kMarkedOperator: postfix += DecimalText(item.info->id); break;
+      case PostfixMark::kOperator:
+        postfix += DecimalText(item.info->id);
+        postfix += PostfixMark::kCount;
+        postfix += DecimalText(item.operandCount);
+        break;
+      default:
+        if (item.mark == PostfixMark::kString) {
+          postfix += DecimalText(static_cast<long>(item.textEnd - textBegin));
+          postfix += PostfixMark::kLength;
+        }
+        postfix.append(m_operandTexts, textBegin, item.textEnd - textBegin);
+        textBegin = item.textEnd;
+    }
+  }
+}
+
+}  // namespace qumel

@@ -1,0 +1,85 @@
+// One conversion of infix text to postfix text.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "language/operator_search.h"
+#include "language/reading_rules.h"
+#include "language/tokenizer.h"
+
+namespace qumel {
+
+/** Operands go to the output as they are read; an operator waits until one that binds no tighter, or the end
+ * of its parenthesis, argument or statement, lets it go. Each item is written once and each operator waits
+ * once, so that the work is linear in the text, and no nesting of the text nests calls. Holds buffers from
+ * one run to the next. */
+class CQMConversion {
+ public:
+  /** Both must outlive the conversion. */
+  CQMConversion(SQMReadingRules const& rules, CQMOperatorSearch const& search)
+      : m_rules(rules), m_search(search) {}
+
+  /** 0 or an error code. text begins and ends with characters that are not white space. */
+  long Run(std::string_view text, std::string& postfix);
+  /** Where the tokenizer stood when the last run ended. */
+  std::size_t GetPosition() const { return m_position; }
+
+ private:
+  /** An item of the output. Its mark is that of postfix text, or kListMark in front of a list of arguments.
+   */
+  struct SQMItem {
+    char mark;
+    std::int32_t operandCount;  // of operators
+    CQMOpInfo const* info;      // of operators
+    std::size_t textEnd;        // of operands: where its text ends among the texts of all operands
+  };
+  struct SQMPending {
+    CQMOpInfo const* info;
+    std::uint32_t precedence;
+  };
+  /** An open parenthesis or bracket: what belongs to the text around it. */
+  struct SQMLevel {
+    EQMItemClass closedBy;
+    std::size_t pendingCount;
+    std::size_t itemCount;
+  };
+  struct SQMReadToken : SQMToken {
+    SQMOperatorToken rows;  // of names and signs
+  };
+  static constexpr char kListMark = '{';
+
+  long Read(CQMTokenizer& tokenizer, SQMReadToken& token) const;
+  long Convert(CQMTokenizer& tokenizer);
+  long Add(SQMReadToken const& token, EQMItemClass next);
+  long AddOperator(SQMOperatorToken const& rows, EQMItemClass next);
+  long InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next);
+  void AddOperand(char mark, SQMToken const& token);
+  void AddSemicolon();
+  void AddComma();
+  void OpenParen(EQMItemClass closedBy);
+  long CloseParen(EQMItemClass closing);
+  bool HasPending() const { return m_pending.size() > (m_levels.empty() ? 0 : m_levels.back().pendingCount); }
+  void ReleasePending();
+  void UnstackExpression();
+  void EndText();
+  std::size_t LevelBegin() const { return m_levels.empty() ? 0 : m_levels.back().itemCount; }
+  void CountOperands();
+  bool LeavesTooMuch() const;
+  void Write(std::string& postfix) const;
+
+  SQMReadingRules const& m_rules;
+  CQMOperatorSearch const& m_search;
+  SQMOperatorToken m_multiplication;  // what implied multiplication inserts
+  std::vector<SQMItem> m_items;
+  std::string m_operandTexts;
+  std::vector<SQMPending> m_pending;
+  std::vector<SQMLevel> m_levels;
+  std::vector<CQMOpInfoRef> m_held;  // host's operators in the output, which another thread may delete
+  EQMItemClass m_lastClass = EQMItemClass::End;
+  std::size_t m_position = 0;
+};
+
+}  // namespace qumel

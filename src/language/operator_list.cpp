@@ -1,0 +1,228 @@
+// Loading, finding, changing and deleting the rows of an operator list.
+#include "language/operator_list.h"
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <new>
+
+#include "base/errors.h"
+#include "base/number_text.h"
+#include "storage/table.h"
+
+namespace qumel {
+
+namespace {
+
+constexpr char const* kTokenColumn = "token";
+constexpr char const* kIdColumn = "id";
+constexpr char const* kInfoColumn = "info";
+constexpr long kIdWidth = 16;
+
+struct SQMContextMasks {
+  std::uint8_t left, right;
+};
+
+using namespace ContextBit;
+constexpr std::uint8_t kBeforeValue = kOperand | kOpen | kPrefix | kInfix | kPostfix;
+constexpr SQMContextMasks kFreeContext{kAnywhere, kAnywhere};
+constexpr SQMContextMasks kPrefixContext{kSeparator | kOpen | kPrefix | kInfix, kBeforeValue};
+constexpr SQMContextMasks kPostfixContext{kOperand | kClose | kPostfix,
+                                          kSeparator | kClose | kPrefix | kInfix | kPostfix};
+
+/** Indexed by fix type. */
+constexpr SQMContextMasks kDefaultContexts[] = {
+    kFreeContext,                                           // none
+    kPrefixContext,                                         // prefix
+    {kOperand | kClose | kPostfix | kNofix, kBeforeValue},  // infix
+    kPostfixContext,                                        // postfix
+    {kSeparator, kSeparator},                               // nofix
+    kFreeContext,
+    kFreeContext,
+    kFreeContext,  // keywords
+    kPrefixContext,
+    kPostfixContext,  // marked prefix and postfix
+};
+
+constexpr bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+void SetDefaults(CQMOpInfo& info, bool isShared, bool impliedMultiplication) {
+  auto const [left, right] = kDefaultContexts[static_cast<std::size_t>(info.fix)];
+  info.leftContext = left;
+  info.rightContext = right;
+  if (isShared && info.fix == EQMFix::Prefix && std::ranges::all_of(info.token, IsLetter)) {
+    info.enclose = true;
+    if (impliedMultiplication) info.leftContext |= kOperand | kClose;
+  }
+}
+
+std::unique_ptr<CQMTable> MakeTable() {
+  auto table = std::make_unique<CQMTable>();
+  table->AppendColumn(kTokenColumn, EQMDataType::String, static_cast<long>(CQMOpInfo::kLongestToken));
+  table->AppendColumn(kIdColumn, EQMDataType::String, kIdWidth);
+  table->AppendColumn(kInfoColumn, EQMDataType::Pointer);
+  table->DefineIndex(kTokenColumn, {{kTokenColumn}});
+  table->DefineIndex(kIdColumn, {{kIdColumn}});
+  return table;
+}
+
+void SetInfo(CQMTable& table, CQMOpInfo const* info) {
+  table.SetValue(kInfoColumn, static_cast<void const*>(&info));
+}
+
+bool SelectRowOf(CQMTable& table, CQMOpInfo const& info) {
+  std::string const id = DecimalText(info.id);
+  table.SelectIndex(kIdColumn);
+  return table.SetCurrentRowByKey({id.c_str()}) > 0;
+}
+
+}  // namespace
+
+// ---- rows in memory ----
+
+void CQMOperatorList::SQMRows::Add(CQMOpInfoRef const& row) {
+  byToken[row->token].push_back(row);
+  byId.try_emplace(row->id, row);
+}
+
+void CQMOperatorList::SQMRows::Replace(CQMOpInfoRef const& row, CQMOpInfoRef const& by) {
+  std::ranges::replace(byToken[row->token], row, by);
+  byId[row->id] = by;
+}
+
+std::vector<CQMOpInfoRef> const* CQMOperatorList::SQMRows::Find(std::string_view token) const {
+  auto const found = byToken.find(token);
+  return found != byToken.end() ? &found->second : nullptr;
+}
+
+CQMOpInfoRef CQMOperatorList::SQMRows::Find(long id) const {
+  auto const found = byId.find(id);
+  return found != byId.end() ? found->second : nullptr;
+}
+
+// ---- the list ----
+
+CQMOperatorList::CQMOperatorList(bool shared) : m_shared(shared), m_table(MakeTable()) {}
+
+CQMOperatorList::~CQMOperatorList() = default;
+
+std::unique_lock<std::shared_mutex> CQMOperatorList::LockForChange() {
+  return m_shared ? std::unique_lock(m_mutex) : std::unique_lock<std::shared_mutex>();
+}
+
+template <class Result, class Read>
+Result CQMOperatorList::ReadDefined(Result none, Read read) const {
+  if (m_definedCount.load(std::memory_order_acquire) == 0) return none;
+  std::shared_lock<std::shared_mutex> lock(m_mutex, std::defer_lock);
+  if (m_shared) lock.lock();
+  return read(m_defined);
+}
+
+void CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication) {
+  SetDefaults(*info, m_shared, impliedMultiplication);
+  auto const lock = LockForChange();
+  if (m_table->AppendRow() <= 0) throw std::bad_alloc();
+  m_table->SetValue(kTokenColumn, info->token.c_str());
+  m_table->SetValue(kIdColumn, DecimalText(info->id).c_str());
+  SetInfo(*m_table, info.get());
+  if (m_frozen) {
+    m_defined.Add(CQMOpInfoRef(std::move(info)));
+    m_definedCount.fetch_add(1, std::memory_order_release);
+  } else {
+    CQMOpInfo const* const row = m_standardInfos.emplace_back(std::move(info)).get();
+    m_standard.Add(CQMOpInfoRef(std::shared_ptr<void>(), row));
+  }
+}
+
+void CQMOperatorList::SetContext(long id, std::uint8_t left, std::uint8_t right) {
+  Change(id, [=](CQMOpInfo& info) {
+    info.leftContext = left;
+    info.rightContext = right;
+  });
+}
+
+void CQMOperatorList::AddContext(long id, std::uint8_t left, std::uint8_t right) {
+  Change(id, [=](CQMOpInfo& info) {
+    info.leftContext |= left;
+    info.rightContext |= right;
+  });
+}
+
+void CQMOperatorList::SetEnclose(long id, bool enclose) {
+  Change(id, [=](CQMOpInfo& info) { info.enclose = enclose; });
+}
+
+void CQMOperatorList::Change(long id, std::function<void(CQMOpInfo&)> const& change) {
+  if (m_frozen) {
+    ChangeDefined(id, change);
+    return;
+  }
+  auto const row = std::ranges::find(m_standardInfos, id, [](auto const& info) { return info->id; });
+  if (row != m_standardInfos.end()) change(**row);
+}
+
+SQMTokenRows CQMOperatorList::Find(std::string_view token) const {
+  SQMTokenRows rows;
+  if (auto const* const standard = m_standard.Find(token); standard != nullptr) rows.standard = *standard;
+  rows.defined = ReadDefined(std::vector<CQMOpInfoRef>(), [token](SQMRows const& defined) {
+    auto const* const found = defined.Find(token);
+    return found != nullptr ? *found : std::vector<CQMOpInfoRef>();
+  });
+  return rows;
+}
+
+CQMOpInfoRef CQMOperatorList::FindByToken(std::string_view token) const {
+  SQMTokenRows const rows = Find(token);
+  CQMOpInfoRef const* const first = rows.First([](CQMOpInfo const&) { return true; });
+  return first != nullptr ? *first : nullptr;
+}
+
+CQMOpInfoRef CQMOperatorList::FindById(long id) const {
+  if (CQMOpInfoRef const standard = m_standard.Find(id); standard != nullptr) return standard;
+  return ReadDefined(CQMOpInfoRef(), [id](SQMRows const& defined) { return defined.Find(id); });
+}
+
+bool CQMOperatorList::HasToken(std::string_view token) const {
+  return m_standard.Find(token) != nullptr ||
+         ReadDefined(false, [token](SQMRows const& defined) { return defined.Find(token) != nullptr; });
+}
+
+bool CQMOperatorList::CopyById(long id, CQMOpInfo& out) const {
+  CQMOpInfoRef const found = FindById(id);
+  if (found != nullptr) out = *found;
+  return found != nullptr;
+}
+
+bool CQMOperatorList::CopyByToken(std::string_view token, CQMOpInfo& out) const {
+  CQMOpInfoRef const found = FindByToken(token);
+  if (found != nullptr) out = *found;
+  return found != nullptr;
+}
+
+bool CQMOperatorList::ChangeDefined(long id, std::function<void(CQMOpInfo&)> const& change) {
+  auto const lock = LockForChange();
+  CQMOpInfoRef const row = m_defined.Find(id);
+  if (row == nullptr) return false;
+  auto changed = std::make_shared<CQMOpInfo>();
+  *changed = *row;
+  change(*changed);
+  if (SelectRowOf(*m_table, *row)) SetInfo(*m_table, changed.get());
+  m_defined.Replace(row, changed);
+  return true;
+}
+
+long CQMOperatorList::DeleteDefined(std::string_view token) {
+  auto const lock = LockForChange();
+  if (m_standard.Find(token) != nullptr) return Error::DeleteNotAllowed;
+  auto const found = m_defined.byToken.find(token);
+  if (found == m_defined.byToken.end()) return Error::NotFound;
+  for (CQMOpInfoRef const& row : found->second) {
+    if (SelectRowOf(*m_table, *row)) m_table->DeleteRow();
+    m_defined.byId.erase(row->id);
+    m_definedCount.fetch_sub(1, std::memory_order_release);
+  }
+  m_defined.byToken.erase(found);
+  return Error::None;
+}
+
+}  // namespace qumel

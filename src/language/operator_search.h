@@ -1,0 +1,57 @@
+// The search for operators through both lists of a context: the shared one first, then the context's own.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "language/operator_list.h"
+
+namespace qumel {
+
+/** What an operator may be told by its neighbours: bits of the context masks, one or more. */
+std::uint8_t LeftContextOf(EQMItemClass previous);
+std::uint8_t RightContextOf(EQMItemClass next);
+
+/** The class of an operator that was added. */
+constexpr EQMItemClass ItemClassOf(EQMFix fix) {
+  return static_cast<EQMItemClass>(static_cast<std::int32_t>(EQMItemClass::Operator) +
+                                   static_cast<std::int32_t>(fix));
+}
+
+/** The rows of a token in both lists. */
+struct SQMOperatorToken {
+  SQMTokenRows shared;
+  SQMTokenRows own;
+
+  bool IsOperator() const { return !shared.IsEmpty() || !own.IsEmpty(); }
+  /** The only row of the list that counts, the own list where the shared one has none; else null. */
+  CQMOpInfo const* OnlyRow() const;
+};
+
+/** A row that was found, with the precedence that it has under the rules in force. */
+struct SQMFoundOperator {
+  CQMOpInfoRef info;  // null: none
+  std::uint32_t precedence = 0;
+};
+
+class CQMOperatorSearch {
+ public:
+  /** Either list may be null; both must outlive the search. */
+  void SetLists(CQMOperatorList const* shared, CQMOperatorList const* own) {
+    m_shared = shared;
+    m_own = own;
+  }
+
+  SQMOperatorToken Find(std::string_view token) const;
+  SQMFoundOperator FindFirst(std::string_view token, bool hierarchical) const;
+  SQMFoundOperator FindById(long id, bool hierarchical) const;
+  /** The first row whose masks fit the neighbours. */
+  static SQMFoundOperator Choose(SQMOperatorToken const& rows, EQMItemClass previous, EQMItemClass next,
+                                 bool hierarchical);
+
+ private:
+  CQMOperatorList const* m_shared = nullptr;
+  CQMOperatorList const* m_own = nullptr;
+};
+
+}  // namespace qumel

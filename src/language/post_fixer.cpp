@@ -1,0 +1,58 @@
+// The converter as contexts see it: conversion and the search for operators.
+#include "language/post_fixer.h"
+
+#include <cstring>
+
+#include "base/errors.h"
+#include "language/characters.h"
+#include "language/conversion.h"
+
+namespace qumel {
+
+CQMPostFixer::CQMPostFixer() : m_conversion(std::make_unique<CQMConversion>(m_rules, m_search)) {}
+
+CQMPostFixer::~CQMPostFixer() = default;
+
+long CQMPostFixer::EstimateConvertedSize(char const* text) {
+  return EstimateConvertedSize(text != nullptr ? static_cast<long>(std::strlen(text)) : 0L);
+}
+
+void CQMPostFixer::SetOperatorLists(CQMOperatorList const* shared, CQMOperatorList const* own) {
+  m_search.SetLists(shared, own);
+}
+
+long CQMPostFixer::ConvertExpression(std::string_view text, std::string& postfix) {
+  m_parseIndex = 0;
+  postfix.clear();
+  std::string_view const trimmed = TrimSpace(text);
+  if (trimmed.empty()) return Error::BadExpression;
+  long const code = m_conversion->Run(trimmed, postfix);
+  m_parseIndex = static_cast<long>(m_conversion->GetPosition());
+  return code;
+}
+
+bool CQMPostFixer::TokenIsOperator(std::string_view token) const { return m_search.Find(token).IsOperator(); }
+
+bool CQMPostFixer::FindOperatorByID(long id, CQMOpInfo& found) const {
+  return Accept(m_search.FindById(id, m_rules.hierarchical), found);
+}
+
+bool CQMPostFixer::FindOperatorByToken(std::string_view token, CQMOpInfo& found) const {
+  return Accept(m_search.FindFirst(token, m_rules.hierarchical), found);
+}
+
+long CQMPostFixer::FindOperator(std::string_view token, EQMItemClass previous, EQMItemClass next,
+                                CQMOpInfo& found) const {
+  SQMFoundOperator const chosen =
+      CQMOperatorSearch::Choose(m_search.Find(token), previous, next, m_rules.hierarchical);
+  return Accept(chosen, found) ? Error::None : Error::UnknownOperator;
+}
+
+bool CQMPostFixer::Accept(SQMFoundOperator const& found, CQMOpInfo& out) {
+  if (found.info == nullptr) return false;
+  out = *found.info;
+  out.precedence = found.precedence;
+  return true;
+}
+
+}  // namespace qumel

@@ -1,0 +1,165 @@
+// Operator lists: the standard rows, host rows beside them, and reading while another thread changes them.
+#include "language/operator_list.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "base/operator_ids.h"
+#include "language/dialect.h"
+#include "storage/table.h"
+
+namespace qumel {
+namespace {
+
+struct SQMMasks {
+  long id;
+  int left, right;
+  bool enclose;
+};
+
+TEST(OperatorList, MasksOfTheStandardDialect) {
+  static constexpr SQMMasks kWithout[] = {
+      {OpId::True, 49, 41, false},
+      {OpId::ArrayIndex, 202, 118, false},
+      {OpId::PreIncrement, 53, 118, false},
+      {OpId::PostIncrement, 74, 121, false},
+      {OpId::TightMinus, 53, 2, false},
+      {OpId::TightNotWord, 53, 2, true},
+      {OpId::LooseNotWord, 53, 244, true},
+      {OpId::Sine, 53, 118, true},
+      {OpId::Assign, 10, 118, false},
+      {OpId::Append, 202, 118, false},
+      {OpId::GlobalScope, 255, 255, false},
+      {OpId::NumberWord, 53, 118, false},
+      {OpId::If, 255, 118, false},
+      {OpId::Unless, 255, 118, true},
+      {OpId::Precision, 255, 118, false},
+      {OpId::Then, 255, 255, false},
+      {OpId::Pi, 53, 41, false},
+      {OpId::LastResult, 53, 41, false},
+  };
+  static constexpr SQMMasks kWith[] = {
+      {OpId::Sine, 63, 118, true},        {OpId::TightNotWord, 53, 2, true},
+      {OpId::NumberWord, 53, 118, false}, {OpId::Pi, 53, 43, false},
+      {OpId::LastResult, 53, 43, false},  {OpId::True, 49, 41, false},
+      {OpId::TightMinus, 53, 2, false},   {OpId::ImpliedMultiplication, 202, 118, false},
+  };
+  auto const check = [](bool multiplies, std::span<SQMMasks const> rows) {
+    CQMDialect dialect({.impliedMultiplication = multiplies});
+    for (auto const& [id, left, right, enclose] : rows) {
+      CQMOpInfo info;
+      ASSERT_TRUE(dialect.fixer.FindOperatorByID(id, info)) << id;
+      EXPECT_EQ(info.leftContext, left) << id;
+      EXPECT_EQ(info.rightContext, right) << id;
+      EXPECT_EQ(info.enclose, enclose) << id;
+    }
+    EXPECT_EQ(dialect.own.HasToken("_*"), multiplies);
+  };
+  check(false, kWithout);
+  check(true, kWith);
+}
+
+TEST(OperatorList, PrecedenceFollowsTheHierarchy) {
+  CQMDialect dialect({.hierarchical = false});
+  long const id = dialect.Define(dialect.own, {"twice", EQMFix::Prefix, 1});
+  for (long const found :
+       {static_cast<long>(OpId::Power), static_cast<long>(OpId::If), static_cast<long>(OpId::Pi), id}) {
+    CQMOpInfo info;
+    ASSERT_TRUE(dialect.fixer.FindOperatorByID(found, info));
+    EXPECT_EQ(info.precedence, 1U) << found;
+  }
+}
+
+TEST(OperatorList, LetterRuleOfTheSharedListOnly) {
+  CQMDialect dialect;
+  struct {
+    CQMOperatorList& list;
+    SQMHostOperator op;
+    int left;
+    bool enclose;
+  } const cases[] = {
+      {dialect.shared, {"word", EQMFix::Prefix, 1}, 63, true},
+      {dialect.shared, {"word2", EQMFix::Prefix, 1}, 53, false},
+      {dialect.shared, {"tail", EQMFix::Postfix, 1}, 74, false},
+      {dialect.own, {"word", EQMFix::Prefix, 1}, 53, false},
+  };
+  for (auto const& [list, op, left, enclose] : cases) {
+    CQMOpInfoRef const row = list.FindById(dialect.Define(list, op));
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->leftContext, left) << op.token;
+    EXPECT_EQ(row->enclose, enclose) << op.token;
+  }
+}
+
+TEST(OperatorList, RowsOfOneTokenKeepTheirOrder) {
+  CQMDialect dialect;
+  SQMTokenRows const rows = dialect.shared.Find("-");
+  ASSERT_EQ(rows.Count(), 3U);
+  EXPECT_EQ(rows.standard[0]->id, OpId::TightMinus);
+  EXPECT_EQ(rows.standard[1]->id, OpId::LooseMinus);
+  EXPECT_EQ(rows.standard[2]->id, OpId::Subtraction);
+  EXPECT_EQ(dialect.shared.FindByToken("-")->id, OpId::TightMinus);
+  EXPECT_EQ(dialect.shared.FindByToken("pi"), nullptr);
+}
+
+TEST(OperatorList, TableHoldsEveryRow) {
+  CQMDialect dialect;
+  CQMTable& table = dialect.shared.Table();
+  long const standardRows = table.GetRowCount();
+  long const id = dialect.Define(dialect.shared, {"twice", EQMFix::Prefix, 1});
+  ASSERT_EQ(table.GetRowCount(), standardRows + 1);
+  table.SelectIndex("id");
+  std::string const idText = std::to_string(id);
+  ASSERT_GT(table.SetCurrentRowByKey({idText.c_str()}), 0);
+  EXPECT_STREQ(static_cast<char const*>(table.GetValue("token")), "twice");
+  dialect.shared.ChangeDefined(id, [](CQMOpInfo& info) { info.precedence = 7; });
+  table.SetCurrentRowByKey({idText.c_str()});
+  EXPECT_EQ((*static_cast<CQMOpInfo const* const*>(table.GetValue("info")))->precedence, 7U);
+  EXPECT_EQ(dialect.shared.DeleteDefined("twice"), Error::None);
+  EXPECT_EQ(table.GetRowCount(), standardRows);
+}
+
+TEST(OperatorList, ChangingAndDeleting) {
+  CQMDialect dialect;
+  long const id = dialect.Define(dialect.shared, {"twice", EQMFix::Prefix, 1});
+  CQMOpInfoRef const held = dialect.shared.FindById(id);
+  EXPECT_TRUE(dialect.shared.ChangeDefined(id, [](CQMOpInfo& info) { info.bodyPending = true; }));
+  EXPECT_FALSE(dialect.shared.ChangeDefined(OpId::Sine, [](CQMOpInfo&) {}));
+  EXPECT_TRUE(dialect.shared.FindById(id)->bodyPending);
+  EXPECT_FALSE(held->bodyPending);
+  EXPECT_EQ(dialect.shared.DeleteDefined("sin"), Error::DeleteNotAllowed);
+  EXPECT_EQ(dialect.shared.DeleteDefined("unheard"), Error::NotFound);
+  EXPECT_EQ(dialect.shared.DeleteDefined("twice"), Error::None);
+  EXPECT_EQ(dialect.shared.DeleteDefined("twice"), Error::NotFound);
+  EXPECT_EQ(dialect.shared.FindById(id), nullptr);
+  EXPECT_EQ(held->token, "twice");
+  // frozen rows stay as they are
+  dialect.shared.SetContext(OpId::Sine, 0, 0);
+  EXPECT_EQ(dialect.shared.FindById(OpId::Sine)->rightContext, 118);
+}
+
+TEST(OperatorList, ConversionsWhileAnotherThreadDefines) {
+  CQMDialect dialect;
+  std::atomic<bool> done{false};
+  std::thread definer([&] {
+    for (int i = 0; i < 300; ++i) {
+      long const id = dialect.Define(dialect.shared, {"twice", EQMFix::Prefix, 1});
+      dialect.shared.ChangeDefined(id, [](CQMOpInfo& info) { info.bodyPending = true; });
+      dialect.shared.DeleteDefined("twice");
+    }
+    done = true;
+  });
+  CQMPostFixer fixer;
+  fixer.SetOperatorLists(&dialect.shared, &dialect.own);
+  std::string postfix;
+  while (!done) {
+    ASSERT_EQ(fixer.ConvertExpression("1 + twice x * 2", postfix), Error::None);
+    ASSERT_TRUE(postfix.starts_with("#d1")) << postfix;
+  }
+  definer.join();
+}
+
+}  // namespace
+}  // namespace qumel
