@@ -30,7 +30,7 @@ struct SQMResultCase {
 
 /** Gives every field of the last result a value that no case has. */
 void MarkLastResult() {
-  ASSERT_EQ(qmEvalExpStr("1 = 1"), 'B');
+  ASSERT_EQ(qmEvalExpStr("1 == 1"), 'B');
   ASSERT_EQ(qmEvalExpStr("\"before\""), 'S');
   ASSERT_EQ(qmEvalExpStr("sqrt(0-49)+77"), 'C');
 }
@@ -301,7 +301,7 @@ TEST_F(Evaluation, NumbersAsTextsBySettings) {
   constexpr auto kPolar = [] { qmSetCoordinateFormat('P'); };
   constexpr auto kHex = [] { qmSetOutputBase('H'), qmSetFormattedResultPrecisionLimit(2); };
   SQMFormatCase const kCases[] = {
-      {kNone, "1/0.0000001", "10000000.000000000000"},
+      {kNone, "2^20", "1048576.000000000000"},
       {kNone, "0-1/8", "-0.125000000000"},
       {kNone, "\"a.b\"", "a.b"},
       {kNone, "9^9^3", "inf"},
@@ -314,8 +314,8 @@ TEST_F(Evaluation, NumbersAsTextsBySettings) {
       {kPolar, "sqrt(0-4)", "( 2.000000000000 |/ 90.000000000028 )"},
       {kPolar, "0-sqrt(0-4)", "( 2.000000000000 |/ 90.000000000028 )"},
       {kPolar, "(0-1)+sqrt(0-4)*0", "-1.000000000000"},
-      {kHex, "26.5", "0h1A.8"},
-      {kHex, "sqrt(0-4)+26.5", "( 0h1A.8 |_ 0h2.0 )"},
+      {kHex, "26.5", "0x1A.8"},
+      {kHex, "sqrt(0-4)+26.5", "( 0x1A.8 |_ 0x2.0 )"},
   };
   for (auto const& [choose, expression, text] : kCases) {
     SCOPED_TRACE(expression);
