@@ -128,6 +128,11 @@ bool CQMVariables::IsArray(char scope, char const* name) {
   return datum != nullptr && datum->IsArray();
 }
 
+bool CQMVariables::IsArrayHandle(Handle handle) {
+  CQMDatum const* const datum = ObjectFromHandle<CQMDatum>(handle);
+  return datum != nullptr && datum->IsArray();
+}
+
 long CQMVariables::Delete(char scope, char const* name) {
   m_context.ClearLastError();
   long const code = name == nullptr ? static_cast<long>(Error::NotFound)

@@ -194,6 +194,8 @@ class CQMVariables {
   static char GetTypeByHandle(Handle handle) { return LetterOf(ObjectFromHandle<CQMDatum>(handle)); }
   bool IsVariable(char scope, char const* name) { return Find(scope, name, EQMLookup::ByScope) != nullptr; }
   bool IsArray(char scope, char const* name);
+  static bool IsVariableHandle(Handle handle) { return ObjectFromHandle<CQMDatum>(handle) != nullptr; }
+  static bool IsArrayHandle(Handle handle);
   /** Sets the last error anew: 0, NotFound, or VariableInUse while handles or expressions hold references. */
   long Delete(char scope, char const* name);
   long DeleteByHandle(Handle handle);

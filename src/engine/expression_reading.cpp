@@ -140,9 +140,8 @@ CQMDatum* CQMExpression::FindParameter(std::string_view name, std::span<CQMDatum
 CQMDatum* CQMExpression::FindTableSymbol(std::string_view name) {
   for (CQMSymbolTable* table : {m_globalTable, m_cosmicTable}) {
     if (table == nullptr) continue;
-    if (CQMObject* const found = table->GetSymbol(name, true); found != nullptr) {
+    if (CQMObject* const found = table->ReserveSymbol(name, true); found != nullptr) {
       auto* const datum = static_cast<CQMDatum*>(found);
-      datum->ReserveRef();
       m_references.push_back(datum);
       return datum;
     }

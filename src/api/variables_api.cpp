@@ -1,0 +1,185 @@
+// Exported functions on the variables of hosts: each names a kind and an operation of CQMVariables.
+#include "api/guard.h"
+#include "context/variables.h"
+#include "qumel/qumel.h"
+
+using namespace qumel;
+
+namespace {
+
+/** Runs call on the variables of the calling thread's current context; failure without one. */
+template <class Value, class Call>
+Value OnVariables(Value failure, Call call) noexcept {
+  return OnContext(failure, [&](CQMExecutor& context) {
+    CQMVariables variables(context);
+    return call(variables);
+  });
+}
+
+void StoreComplexParts(std::complex<double> value, double* real, double* imaginary) {
+  if (real != nullptr) *real = value.real();
+  if (imaginary != nullptr) *imaginary = value.imag();
+}
+
+}  // namespace
+
+// The six extents or indices behind a dimension count, as parameters and as the argument they make.
+#define QM_INDEX_PARAMETERS long dims, long i1, long i2, long i3, long i4, long i5, long i6
+#define QM_INDICES (SQMIndices{dims, {i1, i2, i3, i4, i5, i6}})
+// Opens an exported function: its calls go to the variables v of the current context.
+#define QM_ON_VARIABLES(failure) return OnVariables(failure, [&](CQMVariables & v)
+
+// ---- creating ----
+Handle qmCreateNumVar(char scope, char const* name, double initial) {
+  QM_ON_VARIABLES(Handle{0}) { return v.Create<NumberKind, NumberAccess>(scope, name, initial); });
+}
+Handle qmCreateComplexVar(char scope, char const* name, double real, double imaginary) {
+  QM_ON_VARIABLES(Handle{0}) { return v.Create<ComplexKind, ComplexAccess>(scope, name, {real, imaginary}); });
+}
+Handle qmCreateBoolVar(char scope, char const* name, bool initial) {
+  QM_ON_VARIABLES(Handle{0}) { return v.Create<BooleanKind, BooleanAccess>(scope, name, initial); });
+}
+Handle qmCreateStrVar(char scope, char const* name, long length, char const* initial) {
+  QM_ON_VARIABLES(Handle{0}) { return v.Create<StringKind, StringAccess>(scope, name, initial, length); });
+}
+Handle qmCreateNumArray(char scope, char const* name, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(Handle{0}) { return v.CreateArray<NumberKind>(scope, name, QM_INDICES); });
+}
+Handle qmCreateComplexArray(char scope, char const* name, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(Handle{0}) { return v.CreateArray<ComplexKind>(scope, name, QM_INDICES); });
+}
+Handle qmCreateBoolArray(char scope, char const* name, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(Handle{0}) { return v.CreateArray<BooleanKind>(scope, name, QM_INDICES); });
+}
+Handle qmCreateStrArray(char scope, char const* name, long length, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(Handle{0}) { return v.CreateArray<StringKind>(scope, name, QM_INDICES, length); });
+}
+
+// ---- linking ----
+bool qmLinkNumVar(char scope, char const* name, double* value) {
+  QM_ON_VARIABLES(false) { return v.Link<NumberKind>(scope, name, value); });
+}
+bool qmLinkComplexVar(char scope, char const* name, double* value) {
+  QM_ON_VARIABLES(false) { return v.Link<ComplexKind>(scope, name, value); });
+}
+bool qmLinkBoolVar(char scope, char const* name, bool* value) {
+  QM_ON_VARIABLES(false) { return v.Link<BooleanKind>(scope, name, value); });
+}
+bool qmLinkStrVar(char scope, char const* name, char* buffer, long length) {
+  QM_ON_VARIABLES(false) { return v.Link<StringKind>(scope, name, buffer, length); });
+}
+bool qmLinkNumArray(char scope, char const* name, double* values, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(false) { return v.LinkArray<NumberKind>(scope, name, values, QM_INDICES); });
+}
+bool qmLinkComplexArray(char scope, char const* name, double* values, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(false) { return v.LinkArray<ComplexKind>(scope, name, values, QM_INDICES); });
+}
+bool qmLinkBoolArray(char scope, char const* name, bool* values, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(false) { return v.LinkArray<BooleanKind>(scope, name, values, QM_INDICES); });
+}
+bool qmLinkStrArray(char scope, char const* name, char* buffer, long length, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(false) { return v.LinkArray<StringKind>(scope, name, buffer, QM_INDICES, length); });
+}
+
+// ---- writing: one row a value, four functions a row ----
+#define QM_SETTERS(scalar, element, Access, Type)                                                                    \
+  bool scalar(char scope, char const* name, Type value) {                                                            \
+    QM_ON_VARIABLES(false) { return v.Set<Access>(scope, name, value); });                                           \
+  }                                                                                                                  \
+  bool scalar##ByHandle(Handle handle, Type value) {                                                                 \
+    QM_ON_VARIABLES(false) { return v.SetByHandle<Access>(handle, value); });                                        \
+  }                                                                                                                  \
+  bool element(char scope, char const* name, Type value, QM_INDEX_PARAMETERS) {                                      \
+    QM_ON_VARIABLES(false) { return v.SetElement<Access>(scope, name, value, QM_INDICES); });                        \
+  }                                                                                                                  \
+  bool element##ByHandle(Handle handle, Type value, QM_INDEX_PARAMETERS) {                                           \
+    QM_ON_VARIABLES(false) { return v.SetElementByHandle<Access>(handle, value, QM_INDICES); });                     \
+  }
+QM_SETTERS(qmSetNumVar, qmSetNumArrayElement, NumberAccess, double)
+QM_SETTERS(qmSetRealVar, qmSetRealArrayElement, RealPartAccess, double)
+QM_SETTERS(qmSetImagVar, qmSetImagArrayElement, ImaginaryPartAccess, double)
+QM_SETTERS(qmSetBoolVar, qmSetBoolArrayElement, BooleanAccess, bool)
+QM_SETTERS(qmSetStrVar, qmSetStrArrayElement, StringAccess, char const*)
+#undef QM_SETTERS
+
+bool qmSetComplexVar(char scope, char const* name, double real, double imaginary) {
+  QM_ON_VARIABLES(false) { return v.Set<ComplexAccess>(scope, name, {real, imaginary}); });
+}
+bool qmSetComplexVarByHandle(Handle handle, double real, double imaginary) {
+  QM_ON_VARIABLES(false) { return v.SetByHandle<ComplexAccess>(handle, {real, imaginary}); });
+}
+bool qmSetComplexArrayElement(char scope, char const* name, double real, double imaginary, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(false) { return v.SetElement<ComplexAccess>(scope, name, {real, imaginary}, QM_INDICES); });
+}
+bool qmSetComplexArrayElementByHandle(Handle handle, double real, double imaginary, QM_INDEX_PARAMETERS) {
+  QM_ON_VARIABLES(false) { return v.SetElementByHandle<ComplexAccess>(handle, {real, imaginary}, QM_INDICES); });
+}
+
+// ---- reading ----
+#define QM_GETTERS(scalar, element, Access, Type)                                                                    \
+  Type scalar(char scope, char const* name) {                                                                        \
+    QM_ON_VARIABLES(Type{}) { return v.Get<Access>(scope, name); });                                                 \
+  }                                                                                                                  \
+  Type scalar##ByHandle(Handle handle) {                                                                             \
+    QM_ON_VARIABLES(Type{}) { return v.GetByHandle<Access>(handle); });                                              \
+  }                                                                                                                  \
+  Type element(char scope, char const* name, QM_INDEX_PARAMETERS) {                                                  \
+    QM_ON_VARIABLES(Type{}) { return v.GetElement<Access>(scope, name, QM_INDICES); });                              \
+  }                                                                                                                  \
+  Type element##ByHandle(Handle handle, QM_INDEX_PARAMETERS) {                                                       \
+    QM_ON_VARIABLES(Type{}) { return v.GetElementByHandle<Access>(handle, QM_INDICES); });                           \
+  }
+using ConstText = char const*;
+QM_GETTERS(qmGetNumVarValue, qmGetNumArrayElement, NumberAccess, double)
+QM_GETTERS(qmGetBoolVarValue, qmGetBoolArrayElement, BooleanAccess, bool)
+QM_GETTERS(qmGetStrVarValue, qmGetStrArrayElement, StringAccess, ConstText)
+#undef QM_GETTERS
+
+void qmGetComplexVarValue(char scope, char const* name, double* real, double* imaginary) {
+  StoreComplexParts(OnVariables(std::complex<double>(),
+                                [&](CQMVariables& v) { return v.Get<ComplexAccess>(scope, name); }),
+                    real, imaginary);
+}
+void qmGetComplexVarValueByHandle(Handle handle, double* real, double* imaginary) {
+  StoreComplexParts(OnVariables(std::complex<double>(),
+                                [&](CQMVariables& v) { return v.GetByHandle<ComplexAccess>(handle); }),
+                    real, imaginary);
+}
+void qmGetComplexArrayElement(char scope, char const* name, double* real, double* imaginary, QM_INDEX_PARAMETERS) {
+  StoreComplexParts(OnVariables(std::complex<double>(),
+                                [&](CQMVariables& v) { return v.GetElement<ComplexAccess>(scope, name, QM_INDICES); }),
+                    real, imaginary);
+}
+void qmGetComplexArrayElementByHandle(Handle handle, double* real, double* imaginary, QM_INDEX_PARAMETERS) {
+  StoreComplexParts(
+      OnVariables(std::complex<double>(),
+                  [&](CQMVariables& v) { return v.GetElementByHandle<ComplexAccess>(handle, QM_INDICES); }),
+      real, imaginary);
+}
+
+// ---- queries and removal ----
+Handle qmGetVarHandle(char scope, char const* name) {
+  QM_ON_VARIABLES(Handle{0}) { return v.GetHandle(scope, name); });
+}
+bool qmReleaseVarHandle(Handle handle) {
+  QM_ON_VARIABLES(false) { return v.ReleaseHandle(handle); });
+}
+char qmGetVarType(char scope, char const* name) {
+  QM_ON_VARIABLES(TypeLetter::kNone) { return v.GetType(scope, name); });
+}
+char qmGetVarTypeByHandle(Handle handle) {
+  QM_ON_VARIABLES(TypeLetter::kNone) { return v.GetTypeByHandle(handle); });
+}
+bool qmIsVarHandle(Handle handle) {
+  QM_ON_VARIABLES(false) { return v.IsVariableHandle(handle); });
+}
+bool qmIsArrayHandle(Handle handle) {
+  QM_ON_VARIABLES(false) { return v.IsArrayHandle(handle); });
+}
+long qmDeleteVar(char scope, char const* name) {
+  QM_ON_VARIABLES(0L) { return v.Delete(scope, name); });
+}
+
+#undef QM_ON_VARIABLES
+#undef QM_INDICES
+#undef QM_INDEX_PARAMETERS
