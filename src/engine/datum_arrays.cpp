@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <new>
 
 #include "base/conversions.h"
 #include "engine/datum.h"
@@ -82,7 +83,12 @@ long CQMDatum::SetIsArray(std::span<long const> extents) {
       return Error::OutOfMemory;
   }
 
-  auto dimensions = std::make_unique<std::int32_t[]>(extents.size() + 1);
+  std::unique_ptr<std::int32_t[]> dimensions;
+  try {
+    dimensions = std::make_unique<std::int32_t[]>(extents.size() + 1);
+  } catch (std::bad_alloc const&) {
+    return Error::OutOfMemory;
+  }
   if (m_invertIndices) {
     std::copy(extents.rbegin(), extents.rend(), dimensions.get());
   } else {

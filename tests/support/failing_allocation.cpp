@@ -18,7 +18,8 @@ FailingAllocation::~FailingAllocation() { g_spared = kNeverFails; }
 
 }  // namespace qumel::testing
 
-// The other forms of new and delete are defined in terms of these by the standard library.
+// The other forms of new and delete are defined in terms of these by the standard library; those for arrays
+// are not where a sanitizer brings its own.
 void* operator new(std::size_t size) {
   if (g_spared == 0) throw std::bad_alloc();
   if (g_spared > 0) --g_spared;
@@ -27,3 +28,6 @@ void* operator new(std::size_t size) {
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new[](std::size_t size) { return ::operator new(size); }
+void operator delete[](void* memory) noexcept { ::operator delete(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { ::operator delete(memory); }
