@@ -92,12 +92,16 @@ Handle CQMLinkedObject::GetObjectHandle() {
     if (m_handle.compare_exchange_strong(handle, issued, std::memory_order_acq_rel)) handle = issued;
     else list->MarkHandleDeleted(issued);  // another thread was first, with the handle that stands there
   }
+  m_handleReferences.fetch_add(1, std::memory_order_relaxed);
   ReserveRef();
   return handle;
 }
 
 bool CQMLinkedObject::ReleaseObjectHandle() {
-  if (m_handle.load(std::memory_order_acquire) == 0) return false;
+  long count = m_handleReferences.load(std::memory_order_relaxed);
+  while (count > 0 && !m_handleReferences.compare_exchange_weak(count, count - 1, std::memory_order_relaxed)) {
+  }
+  if (count <= 0) return false;
   ReleaseRef();
   return true;
 }

@@ -26,6 +26,7 @@ class CQMLinkedObject : public CQMObject {
   /** Issues the handle at the first call; every call takes a reference. 0, and no reference, when no handle
    * can be issued. */
   Handle GetObjectHandle();
+  /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay. */
   bool ReleaseObjectHandle();
   /** The live object that a handle names, or null. Takes no lock. */
   static CQMLinkedObject* GetObject(Handle handle);
@@ -106,6 +107,7 @@ class CQMLinkedObject : public CQMObject {
   bool m_destroyChildren = true;
   long m_childCount = 0;
   std::atomic<Handle> m_handle{0};  // several threads may ask a shared context for its handle
+  std::atomic<long> m_handleReferences{0};  // those that ReleaseObjectHandle may give back
   CQMLinkedObject* m_rootCache = nullptr;
   CQMLinkedObject* m_parent = nullptr;
   CQMLinkedObject* m_list = nullptr;  // whose child list holds this object; not always its parent
