@@ -1,0 +1,333 @@
+// Operators that hosts define: by an expression, from a file, by a callback; their errors, their recursion,
+// their access to parameters.
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "api/interface_test.h"
+
+namespace qumel::testing {
+
+namespace {
+
+class Operators : public InterfaceTest {
+ protected:
+  static double Number(char const* text) {
+    double const value = qmEvalExpStrToNum(text);
+    EXPECT_EQ(qmGetLastErrorID(), kNone) << text;
+    return value;
+  }
+  static long ErrorOf(char const* text) {
+    qmEvalExpStr(text);
+    return qmGetLastErrorID();
+  }
+  /** Defines a prefix operator of this context. */
+  static long Define(char const* name, char const* parameters, char const* text) {
+    return qmDefineExpOp('G', name, "prefix", "number", parameters, nullptr, text);
+  }
+};
+
+TEST_F(Operators, DeclarationsAreCheckedInOrder) {
+  std::string const longest(64, 'n');
+  std::string const tooLong(65, 'n');
+  struct Case {
+    char const *name, *fix, *returns, *parameters, *text;
+    long code;
+  };
+  Case const cases[] = {
+      {nullptr, nullptr, nullptr, nullptr, nullptr, 3300},
+      {"", "prefix", "number", "", "1", 3300},
+      {tooLong.c_str(), nullptr, nullptr, nullptr, nullptr, 3310},
+      {longest.c_str(), "prefix", "number", "number x", "x", 0},
+      {longest.c_str(), nullptr, nullptr, nullptr, nullptr, 3320},
+      {"f", nullptr, nullptr, nullptr, nullptr, 3330},
+      {"f", "", "number", "", "1", 3330},
+      {"f", "Prefix", nullptr, nullptr, nullptr, 3340},
+      {"f", "prefix", nullptr, "number x", nullptr, 3350},
+      {"f", "prefix", "double", "float x", nullptr, 3360},
+      {"f", "prefix", "number", "float x", "1+", 3370},
+      {"f", "prefix", "number", "void x", "1", 3370},
+      {"f", "prefix", "number", "number x;number y", "1", 3370},
+      {"f", "prefix", "number", "number x,", "1", 3370},
+      {"f", "prefix", "number", "number x y", "1", 3370},
+      {"f", "prefix", "number", "number x", "1+", 2030},
+      {"f", "prefix", "number", "number x", " ", 3030},
+      {"f", "prefix", "number", " \tnumber  x ,\nstring s ", "x", 0},
+  };
+  for (Case const& c : cases) {
+    SCOPED_TRACE(std::string(c.name != nullptr ? c.name : "(null)") + " " + std::to_string(c.code));
+    EXPECT_EQ(qmDefineExpOp('G', c.name, c.fix, c.returns, c.parameters, nullptr, c.text), c.code);
+    EXPECT_EQ(qmGetLastErrorID(), c.code);
+  }
+  EXPECT_TRUE(qmIsOp('G', "f"));
+  EXPECT_FALSE(qmIsOp('C', "f"));
+  EXPECT_EQ(Number("f(7, \"s\")"), 7.0);
+  EXPECT_EQ(qmDeleteOp('C', "sin"), 3420);
+  EXPECT_EQ(qmDeleteOp('G', "sin"), kNotFound);
+  EXPECT_EQ(qmDeleteOp('G', nullptr), kNotFound);
+  EXPECT_EQ(qmDeleteOp('G', "f"), kNone);
+  EXPECT_FALSE(qmIsOp('L', "f"));
+}
+
+TEST_F(Operators, BodiesRunInEveryPosition) {
+  struct Case {
+    char const *name, *fix, *parameters, *precedence, *body, *expression;
+    double value;
+  };
+  constexpr Case kCases[] = {
+      {"twice", "prefix", "number x", nullptr, "2*x", "twice 4 + 1", 9.0},
+      {"plus", "infix", "number a, number b", "$+", "a+b", "2 * 3 plus 4 * 5", 26.0},
+      // the first "+" of the language is the sign, which binds tighter than products
+      {"tight", "infix", "number a, number b", "+", "a+b", "2 * 3 tight 4 * 5", 70.0},
+      {"times", "infix", "number a, number b", "*", "a*b", "2 + 3 times 4", 14.0},
+      {"squared", "postfix", "number x", nullptr, "x*x", "3 squared + 1", 10.0},
+      {"#", "infix", "number a, number b", "^", "a*10+b", "1 # 2 * 2", 24.0},
+      {"answer", "nofix", nullptr, nullptr, "42", "answer", 42.0},
+      {"three", "prefix", "number a, number b, number c", nullptr, "a*100+b*10+c", "three(1, 2+0, twice 1.5)",
+       123.0},
+  };
+  for (Case const& c : kCases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(qmDefineExpOp('G', c.name, c.fix, "number", c.parameters, c.precedence, c.body), kNone);
+    EXPECT_EQ(Number(c.expression), c.value);
+    Handle const handle = qmParseExp(c.expression);
+    EXPECT_EQ(qmEvalExpHndlToNum(handle), c.value);
+    EXPECT_EQ(qmEvalExpHndlToNum(handle), c.value);
+    qmDeleteExp(handle);
+  }
+  qmDefineExpOp('G', "shout", "prefix", "string", "string s", nullptr, "s + \"!\"");
+  EXPECT_EQ(ToText("shout \"hey\""), "hey!");
+  qmDefineExpOp('G', "isbig", "prefix", "boolean", "number x", nullptr, "x > 10");
+  EXPECT_TRUE(qmEvalExpStrToBool("isbig 11"));
+  EXPECT_EQ(ErrorOf("isbig \"11\""), 3090);
+  EXPECT_EQ(ErrorOf("isbig nothing"), kNotDefined);
+  EXPECT_EQ(ErrorOf("three(1, 2)"), 3190);
+}
+
+TEST_F(Operators, ParametersAreBoundByReference) {
+  ASSERT_EQ(Define("bump", "number x", "x = x + 1"), kNone);
+  EXPECT_EQ(Number("v = 5; bump v; v + 0"), 6.0);
+  EXPECT_EQ(ErrorOf("bump 5"), 3040);
+}
+
+TEST_F(Operators, ADeclaredOperatorGetsItsBodyLaterAndMayNameItself) {
+  ASSERT_EQ(Define("fact", "number n", nullptr), kNone);
+  EXPECT_EQ(ErrorOf("fact 3"), 3450) << "no body yet";
+  EXPECT_EQ(qmDefineExpOpStr('G', "fact", nullptr), 3410);
+  EXPECT_EQ(qmDefineExpOpStr('C', "fact", "1"), kNotFound);
+  EXPECT_EQ(qmDefineExpOpStr('G', "fact", "1+"), 2030);
+  ASSERT_EQ(qmDefineExpOpStr('G', "fact", "if (n <= 1) then return 1; end return (n * fact(n - 1))"), kNone);
+  EXPECT_EQ(qmDefineExpOpStr('G', "fact", "1"), 3320);
+  EXPECT_EQ(Number("fact 10"), 3628800.0);
+  ASSERT_EQ(Define("fib", "number n", nullptr), kNone);
+  ASSERT_EQ(qmDefineExpOpStr('G', "fib", "if (n < 2) then return n; end return (fib(n-1) + fib(n-2))"),
+            kNone);
+  EXPECT_EQ(Number("fib 12"), 144.0);
+  ASSERT_EQ(Define("ack", "number m, number n", nullptr), kNone);
+  ASSERT_EQ(qmDefineExpOpStr('G', "ack",
+                             "if (m == 0) then return (n+1); end "
+                             "if (n == 0) then return (ack(m-1, 1)); end "
+                             "return (ack(m-1, ack(m, n-1)))"),
+            kNone);
+  EXPECT_EQ(Number("ack(2, 3)"), 9.0);
+  ASSERT_EQ(Define("isodd", "number n", nullptr), kNone);
+  ASSERT_EQ(Define("iseven", "number n", nullptr), kNone);
+  ASSERT_EQ(qmDefineExpOpStr('G', "iseven", "if (n == 0) then return 1; end return (isodd(n-1))"), kNone);
+  ASSERT_EQ(qmDefineExpOpStr('G', "isodd", "if (n == 0) then return 0; end return (iseven(n-1))"), kNone);
+  EXPECT_EQ(Number("iseven 20"), 1.0);
+  ASSERT_EQ(Define("forever", "number n", nullptr), kNone);
+  ASSERT_EQ(qmDefineExpOpStr('G', "forever", "forever(n + 1)"), kNone);
+  EXPECT_EQ(ErrorOf("forever 1"), kOutOfMemory)
+      << "a recursion without end fails, and does not exhaust the stack";
+  EXPECT_EQ(Number("fact 5"), 120.0);
+  ASSERT_EQ(Define("plain", "number n", "n"), kNone);
+  EXPECT_EQ(qmDefineExpOpStr('G', "plain", "1"), 3320);
+}
+
+TEST_F(Operators, ALongChainOfBodiesFailsCleanly) {
+  ASSERT_EQ(Define("c0", "number n", "n + 1"), kNone);
+  for (int i = 1; i < 3000; ++i) {
+    std::string const name = "c" + std::to_string(i);
+    std::string const body = "c" + std::to_string(i - 1) + " n";
+    ASSERT_EQ(Define(name.c_str(), "number n", body.c_str()), kNone);
+  }
+  EXPECT_EQ(Number("c100 1"), 2.0);
+  EXPECT_EQ(ErrorOf("c2999 1"), kOutOfMemory);
+}
+
+TEST_F(Operators, BodiesAreReadFromFiles) {
+  std::string const path = ::testing::TempDir() + "qumel_operator_body.txt";
+  std::ofstream(path, std::ios::binary) << "// doubles\nx * 2\n";
+  EXPECT_EQ(qmReadExpOp('G', "dbl", "prefix", "number", "number x", nullptr, path.c_str()), kNone);
+  EXPECT_EQ(Number("dbl 21"), 42.0);
+  EXPECT_EQ(qmReadExpOp('G', "later", "prefix", "number", "number x", nullptr, nullptr), kNone);
+  EXPECT_EQ(qmReadExpOpStr('G', "later", (path + ".none").c_str()), kNotFound);
+  EXPECT_EQ(qmReadExpOpStr('G', "later", nullptr), kNotFound) << "the last error, unchanged";
+  EXPECT_EQ(qmReadExpOpStr('G', "later", ::testing::TempDir().c_str()), kNotFound) << "a folder is no text";
+  EXPECT_EQ(qmReadExpOpStr('G', "later", path.c_str()), kNone);
+  EXPECT_EQ(Number("later 4"), 8.0);
+  std::remove(path.c_str());
+}
+
+TEST_F(Operators, TheProcessWideOneWinsAndADeletedOneLivesOnInParsedExpressions) {
+  ASSERT_EQ(qmDefineExpOp('G', "both", "prefix", "number", "number x", nullptr, "x + 1"), kNone);
+  ASSERT_EQ(qmDefineExpOp('C', "both", "prefix", "number", "number x", nullptr, "x + 2"), kNone);
+  EXPECT_EQ(Number("both 10"), 12.0);
+  Handle const handle = qmParseExp("both 20");
+  EXPECT_EQ(qmDeleteOp('C', "both"), kNone);
+  EXPECT_EQ(qmEvalExpHndlToNum(handle), 22.0);
+  EXPECT_EQ(Number("both 10"), 11.0);
+  qmDeleteExp(handle);
+}
+
+TEST_F(Operators, ComplexBodiesSwitchTheEvaluationOnce) {
+  ASSERT_EQ(qmDefineExpOp('G', "root", "prefix", "complex", "number x", nullptr, "1"), kNone);
+  ASSERT_EQ(qmDefineExpOp('G', "croot", "prefix", "complex", "number x", nullptr,
+                          "global count = count + 1; sqrt x"),
+            kNone);
+  ASSERT_NE(qmCreateNumVar('G', "count", 0.0), 0U);
+  EXPECT_EQ(ErrorOf("croot(0-4)"), kResultIsComplex);
+  qmSetNumVar('G', "count", 0.0);
+  qmSetAllowComplexResults(true);
+  qmClearLastError();
+  qmSetNumVar('G', "count", 0.0);
+  EXPECT_EQ(ToText("croot(0-4)"), "( 0.000000000000 |_ 2.000000000000 )");
+  EXPECT_EQ(qmGetNumVarValue('G', "count"), 1.0) << "the body's effects happen once";
+}
+
+// ---- callbacks ----
+
+struct Seen {
+  long count;
+  std::string signature;
+  std::string types;
+} seen;
+
+int Inspect(Handle op) {
+  seen = {qmGetParmCount(op), qmGetParmSig(op), ""};
+  for (long i = 0; i < seen.count; ++i) seen.types += qmGetParmType(op, i);
+  return static_cast<int>(qmSetNumResult(op, 1.0));
+}
+int AddParts(Handle op) {
+  return static_cast<int>(qmSetNumResult(op, qmGetNumParm(op, 0) + qmGetImagParm(op, 0)));
+}
+int Misuse(Handle op) {
+  qmClearLastError();
+  EXPECT_EQ(qmGetNumParm(op, -1), 0.0);
+  EXPECT_EQ(qmGetLastErrorID(), 3190);
+  qmClearLastError();
+  EXPECT_EQ(qmGetParmType(op, 5), 'X');
+  EXPECT_EQ(qmGetLastErrorID(), 3190);
+  qmClearLastError();
+  EXPECT_FALSE(qmGetBoolParm(op, 0));
+  EXPECT_EQ(qmGetLastErrorID(), 3090);
+  qmClearLastError();
+  EXPECT_EQ(qmGetStrParm(op, 0), nullptr);
+  EXPECT_EQ(qmGetLastErrorID(), 3090);
+  qmClearLastError();
+  EXPECT_EQ(qmSetStrResult(op, "text"), 3090);
+  return 0;
+}
+int Greet(Handle op) {
+  return static_cast<int>(qmSetStrResult(op, (std::string("hi ") + qmGetStrParm(op, 0)).c_str()));
+}
+int Negate(Handle op) { return static_cast<int>(qmSetBoolResult(op, !qmGetBoolParm(op, 0))); }
+int MakeImaginary(Handle op) {
+  qmSetRealResult(op, 1.0);
+  return static_cast<int>(qmSetImagResult(op, qmGetRealParm(op, 0)));
+}
+int calls = 0;
+int StatusOf(Handle op) {
+  ++calls;
+  return static_cast<int>(qmGetNumParm(op, 0));
+}
+int Reenter(Handle op) {
+  Handle const inner = qmParseExp("2 * 3");
+  double const value = qmEvalExpHndlToNum(inner) + qmEvalExpStrToNum("10 + 1");
+  qmDeleteExp(inner);
+  qmDefineExpOp('G', "made", "nofix", "number", nullptr, nullptr, "7");
+  return static_cast<int>(qmSetNumResult(op, value));
+}
+Handle running = 0;
+int DeleteItself(Handle op) {
+  qmDeleteExp(running);
+  qmDestroyPrivateContext("test");
+  return static_cast<int>(qmSetNumResult(op, 1.0));
+}
+
+class Callbacks : public Operators {
+ protected:
+  static long Link(char const* name, char const* returns, char const* parameters, int (*callback)(Handle)) {
+    return qmLinkCallbackOp('G', name, "prefix", returns, parameters, nullptr, callback);
+  }
+};
+
+TEST_F(Callbacks, ReadParametersAndSetResults) {
+  qmSetAllowComplexResults(true);
+  ASSERT_EQ(Link("inspect", "number", "number a, string b, boolean c, complex d", &Inspect), kNone);
+  EXPECT_EQ(Number("inspect(1, \"s\", 1 < 2, 1 |_ 2)"), 1.0);
+  EXPECT_EQ(seen.count, 4);
+  EXPECT_EQ(seen.signature, "NSBC");
+  EXPECT_EQ(seen.types, "NSBC");
+  ASSERT_EQ(Link("parts", "number", "complex z", &AddParts), kNone);
+  EXPECT_EQ(Number("parts(3 |_ 4)"), 7.0);
+  EXPECT_EQ(Number("parts 3"), 3.0);
+  ASSERT_EQ(Link("misuse", "number", "number x", &Misuse), kNone);
+  EXPECT_EQ(Number("misuse 5"), 0.0);
+  ASSERT_EQ(Link("greet", "string", "string s", &Greet), kNone);
+  EXPECT_EQ(ToText("greet \"you\" + \"!\""), "hi you!");
+  ASSERT_EQ(Link("negated", "boolean", "boolean b", &Negate), kNone);
+  EXPECT_FALSE(qmEvalExpStrToBool("negated(1 < 2)"));
+  EXPECT_EQ(Link("none", "number", "", nullptr), 3400);
+  EXPECT_EQ(qmDefineExpOpStr('G', "greet", "1"), 3390) << "a callback operator awaits no body";
+}
+
+TEST_F(Callbacks, StatusesSteerTheEvaluationWithoutRepeatingTheCall) {
+  ASSERT_EQ(Link("status", "number", "number x", &StatusOf), kNone);
+  struct Case {
+    char const* text;
+    long code;
+  };
+  constexpr Case kCases[] = {
+      {"status 0", kNone},    {"status 3110", kDivisionByZero}, {"status 10001", 10001},
+      {"status 1000", kNone}, {"status 200", kResultIsComplex}, {"1 + status 3110", 3110}};
+  for (Case const& c : kCases) {
+    SCOPED_TRACE(c.text);
+    calls = 0;
+    EXPECT_EQ(ErrorOf(c.text), c.code);
+    EXPECT_EQ(calls, 1);
+  }
+  qmSetAllowComplexResults(true);
+  calls = 0;
+  EXPECT_EQ(ErrorOf("status 200"), kNone);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Callbacks, ComplexResultsNeedPermission) {
+  ASSERT_EQ(Link("imagine", "number", "number x", &MakeImaginary), kNone);
+  EXPECT_EQ(ErrorOf("imagine 2"), kResultIsComplex);
+  qmSetAllowComplexResults(true);
+  EXPECT_EQ(ToText("imagine 2 + 1"), "( 2.000000000000 |_ 2.000000000000 )");
+  EXPECT_EQ(ToText("imagine 0"), "1.000000000000");
+}
+
+TEST_F(Callbacks, MayEvaluateParseDefineAndDelete) {
+  ASSERT_EQ(Link("reenter", "number", "number x", &Reenter), kNone);
+  EXPECT_EQ(Number("reenter 1 + 1"), 18.0);
+  EXPECT_EQ(Number("made"), 7.0);
+  ASSERT_EQ(Link("vanish", "number", "number x", &DeleteItself), kNone);
+  running = qmParseExp("vanish 1 + 1");
+  ASSERT_NE(running, 0U);
+  qmEvalExpHndlToNum(running);
+  qmEvalExpHndlToNum(running);  // names nothing any more
+  for (Handle const handle : {Handle{0}, Handle{77}, qmGetCurrentContextHandle()}) {
+    EXPECT_EQ(qmSetNumResult(handle, 1.0), kNotFound);
+    EXPECT_EQ(qmGetParmCount(handle), 0);
+    EXPECT_EQ(qmGetNumParm(handle, 0), 0.0);
+    EXPECT_EQ(qmGetStrParm(handle, 0), nullptr);
+  }
+}
+
+}  // namespace
+
+}  // namespace qumel::testing
