@@ -73,14 +73,13 @@ TEST_F(Library, DroppingTakesTheRecordBefore) {
 
   std::barrier<> barrier(2);
   std::thread middle([&barrier] {
-    GetThreadInfo(false)->AddExecutor("middle");
-    barrier.arrive_and_wait();
+    ASSERT_NE(CreatePrivateContext("middle"), 0U);
+    barrier.arrive_and_wait();  // the last record is made after this one
     barrier.arrive_and_wait();
     EXPECT_EQ(GetThreadInfo(false)->FindExecutor("middle"), nullptr);  // a new record
   });
-  // the third record is made after the second one
   std::thread last([&barrier] {
-    while (CQMExecutor::sm_lExecutorCount < 3) std::this_thread::yield();
+    barrier.arrive_and_wait();
     CQMThreadInfo* const own = GetThreadInfo(false);
     own->AddExecutor("last");
     long const contexts = CQMExecutor::sm_lExecutorCount;
@@ -92,7 +91,6 @@ TEST_F(Library, DroppingTakesTheRecordBefore) {
     EXPECT_EQ(CQMExecutor::sm_lExecutorCount, contexts - 2);
     EXPECT_TRUE(DropThreadInfo());  // the caller's own is the head
     EXPECT_EQ(GetThreadInfo(false), own);
-    barrier.arrive_and_wait();
     barrier.arrive_and_wait();
   });
   middle.join();
