@@ -43,7 +43,7 @@ CQMDataSpace::SQMChunk* CQMDataSpace::FindInUse(long chunk) {
   return IsKnown(chunk) && !At(chunk).isFree ? &At(chunk) : nullptr;
 }
 
-long CQMDataSpace::AssignChunk(long size) {
+long CQMDataSpace::AssignChunk(long size, EQMChunkMemory memory) {
   if (size < 1) return kNoChunk;
   std::scoped_lock const lock(m_mutex);
   long chunk = TakeFreeChunk(size);
@@ -51,7 +51,7 @@ long CQMDataSpace::AssignChunk(long size) {
   if (isNew) chunk = MakeRecord(size);
   if (chunk == kNoChunk) return kNoChunk;
   m_bytesInUse += size;
-  if (Prepare(At(chunk), chunk, isNew)) return chunk;
+  if (Prepare(At(chunk), chunk, isNew, memory)) return chunk;
   AddToFreeList(chunk);
   return kNoChunk;
 }
@@ -93,16 +93,16 @@ long CQMDataSpace::MakeRecord(long size) {
 
 CQMDataSpace::SQMChunk& CQMDataSpace::AddRecord() { return At(m_recordCount++); }
 
-/** Readies a chunk for its new owner. Chunks that never leave the memory get it when they are first looked
- * for, so that a chunk that stays unused costs nothing. */
-bool CQMDataSpace::Prepare(SQMChunk& record, long chunk, bool isNew) {
+/** Readies a chunk for its new owner. */
+bool CQMDataSpace::Prepare(SQMChunk& record, long chunk, bool isNew, EQMChunkMemory memory) {
   record.keepInRAM = !record.hasPlace;
   record.needsFlush = false;
   record.writeCount = 0;
   record.readCount = 0;
-  if (record.keepInRAM) return true;
+  if (record.keepInRAM && memory == EQMChunkMemory::AtFirstUse) return true;
   try {
     record.memory = std::make_unique<std::byte[]>(static_cast<std::size_t>(record.size));
+    if (record.keepInRAM) return true;
     AddToMemoryList(chunk);
   } catch (std::bad_alloc const&) {
     return false;

@@ -29,6 +29,9 @@ struct SQMChunkInfo {
   long readCount;
 };
 
+/** When a chunk that stays in memory gets it. */
+enum class EQMChunkMemory { Now, AtFirstUse };
+
 /** By default every chunk stays in memory at one address until it is freed. A file-backed space keeps at most
  *  kMemoryLimit chunks in memory and moves the others to a scratch file, so the address of a chunk holds only
  * until the next chunk is looked for. Each operation is safe against other threads; what is done through the
@@ -50,7 +53,7 @@ class CQMDataSpace : public CQMObject {
   bool IsFileBacked() const;
 
   /** A chunk of size bytes, all 0; kNoChunk for a size below 1 or without memory. */
-  long AssignChunk(long size);
+  long AssignChunk(long size, EQMChunkMemory memory = EQMChunkMemory::Now);
   /** The chunk's memory, read from the file when it is not there; null for a free or unknown chunk or when it
    * cannot be read. */
   std::byte* FindChunk(long chunk);
@@ -99,7 +102,7 @@ class CQMDataSpace : public CQMObject {
   long TakeFreeChunk(long size);
   long MakeRecord(long size);
   SQMChunk& AddRecord();
-  bool Prepare(SQMChunk& record, long chunk, bool isNew);
+  bool Prepare(SQMChunk& record, long chunk, bool isNew, EQMChunkMemory memory);
   void AddToFreeList(long chunk);
   void AddToMemoryList(long chunk);
   void LeaveMemoryList(SQMChunk& record);

@@ -46,7 +46,8 @@ long CQMDataSpaceRegion::ExtendRegion(long count) {
   } catch (std::bad_alloc const&) {
     return -1;
   }
-  long const chunk = m_space->AssignChunk(m_chunkSize);
+  // An empty table costs no memory: most of those that a short evaluation makes stay empty.
+  long const chunk = m_space->AssignChunk(m_chunkSize, EQMChunkMemory::AtFirstUse);
   if (chunk == CQMDataSpace::kNoChunk) return -1;
   m_slots[slot] = {chunk, nullptr};
   ++m_currentSlot;
