@@ -3,6 +3,7 @@
 
 #include "base/number_text.h"
 #include "context/executor.h"
+#include "language/stack_items.h"
 
 namespace qumel {
 
@@ -11,22 +12,12 @@ namespace {
 /** Two contexts may define the same process-wide message at the same time. */
 constinit std::mutex g_definitionMutex;
 
-/** A text in an error table, named with its code. */
-class CQMErrorMessage : public CQMObject {
- public:
-  explicit CQMErrorMessage(char const* text) : m_text(text) { SetTypeTag(TypeTag::kStackString); }
-  char const* GetText() const { return m_text.c_str(); }
-
- private:
-  std::string m_text;
-};
-
 /** The test for a known code searches the parent of table too. */
 long LoadMessage(CQMSymbolTable& table, long code, char const* text) {
   if (text == nullptr || *text == '\0') return Error::ErrorMessageNotLoaded;
   std::string const name = DecimalText(code);
   if (table.IsSymbol(name, false)) return Error::ErrorMessageNotLoaded;
-  auto message = std::make_unique<CQMErrorMessage>(text);
+  auto message = std::make_unique<CQMStackString>(text);
   message->SetObjectName(name.c_str());
   long const result = table.AddSymbol(message.get());
   if (result == Error::None) static_cast<void>(message.release());  // the table's from now on
@@ -35,7 +26,7 @@ long LoadMessage(CQMSymbolTable& table, long code, char const* text) {
 
 char const* FindMessage(CQMSymbolTable* table, long code) {
   CQMObject* const found = table != nullptr ? table->GetSymbol(DecimalText(code), false) : nullptr;
-  return found != nullptr ? static_cast<CQMErrorMessage*>(found)->GetText() : nullptr;
+  return found != nullptr ? static_cast<CQMStackString*>(found)->GetText().c_str() : nullptr;
 }
 
 }  // namespace

@@ -26,8 +26,11 @@ void Prepare(std::string& buffer, std::size_t size) {
   buffer.reserve(std::max(size, CQMExecutor::kResultSize));
 }
 
+/** A first guess, and for very long texts none: what they need more is found when they need it. */
 std::size_t ConvertedSize(std::string_view text) {
-  return static_cast<std::size_t>(CQMPostFixer::EstimateConvertedSize(static_cast<long>(text.size())));
+  constexpr std::size_t kLongestGuessed = 1U << 28;
+  return static_cast<std::size_t>(
+      CQMPostFixer::EstimateConvertedSize(static_cast<long>(std::min(text.size(), kLongestGuessed))));
 }
 
 }  // namespace

@@ -21,6 +21,21 @@ struct SQMCallingThread {
 };
 thread_local constinit SQMCallingThread t_caller;
 
+/** How often a host locked a list in this thread. */
+thread_local constinit int t_executorListHolds = 0;
+thread_local constinit int t_threadListHolds = 0;
+
+void Acquire(std::recursive_mutex& mutex, int& holds) {
+  mutex.lock();
+  ++holds;
+}
+
+void Release(std::recursive_mutex& mutex, int& holds) {
+  if (holds == 0) return;
+  --holds;
+  mutex.unlock();
+}
+
 unsigned long OwnThreadId() {
   static_assert(sizeof(pthread_t) <= sizeof(unsigned long));
   return static_cast<unsigned long>(pthread_self());
@@ -110,10 +125,10 @@ bool DropThreadInfo() {
   return true;
 }
 
-void AcquireExecutorList() { g_library.executorListMutex.lock(); }
-void ReleaseExecutorList() { g_library.executorListMutex.unlock(); }
-void AcquireThreadList() { g_library.threadListMutex.lock(); }
-void ReleaseThreadList() { g_library.threadListMutex.unlock(); }
+void AcquireExecutorList() { Acquire(g_library.executorListMutex, t_executorListHolds); }
+void ReleaseExecutorList() { Release(g_library.executorListMutex, t_executorListHolds); }
+void AcquireThreadList() { Acquire(g_library.threadListMutex, t_threadListHolds); }
+void ReleaseThreadList() { Release(g_library.threadListMutex, t_threadListHolds); }
 
 bool InitializeLibrary() {
   {

@@ -154,6 +154,32 @@ TEST_F(Contexts, SymbolQueries) {
   EXPECT_EQ(qmDeleteVar('C', "ours"), 0);
 }
 
+TEST_F(Contexts, TheListsOfContextsAndThreads) {
+  qmCreatePublicContext("listed");
+  SQMContext* const listed = uFindExecutor("listed");
+  ASSERT_NE(listed, nullptr);
+  EXPECT_TRUE(uIsExecutor(listed));
+  EXPECT_EQ(uFindExecutor("test"), nullptr);  // a private one
+  EXPECT_EQ(uFindExecutor(nullptr), nullptr);
+  EXPECT_FALSE(uIsExecutor(nullptr));
+  SQMThread* const own = uGetThreadInfo(false);
+  EXPECT_NE(own, nullptr);
+  EXPECT_EQ(uGetThreadInfo(true), own);
+  uAcquireThreadList();
+  uAcquireExecutorList();
+  EXPECT_TRUE(uDropThreadInfo());  // the first record of all stays
+  EXPECT_EQ(uGetThreadInfo(true), own);
+  EXPECT_TRUE(uDropExecutor("listed"));  // by the thread that holds the lists
+  EXPECT_FALSE(uIsExecutor(listed));
+  uReleaseExecutorList();
+  uReleaseThreadList();
+  uReleaseThreadList();  // by a thread that holds nothing
+  OnAnotherThread([own] {
+    EXPECT_NE(uGetThreadInfo(false), own);
+    EXPECT_FALSE(uDropExecutor("listed"));
+  });
+}
+
 // ---- locks ----
 
 /** Whether another thread gets the lock of a public context at once. */
