@@ -45,13 +45,15 @@ CQMDatum& CQMDatum::operator=(CQMDatum& source) {
   LeaveTarget();
   DropStorage();
   AttachTo(source);
-  auto const links = LockLinks(isShared);
-  // Whoever owns a proxy of this datum goes on using it.
-  ForEachProxy(*this, [&](CQMDatum& proxy) {
-    proxy.m_target = &target;
-    target.AddChildObject(&proxy);
-    proxy.FollowTarget();
-  });
+  {
+    // Whoever owns a proxy of this datum goes on using it.
+    auto const links = LockLinks(isShared);
+    ForEachProxy(*this, [&](CQMDatum& proxy) {
+      proxy.m_target = &target;
+      target.AddChildObject(&proxy);
+      proxy.FollowTarget();
+    });
+  }
   DestroyChildren();
   return *this;
 }
