@@ -57,6 +57,15 @@ void CQMColumn::MakeRegion(long atomSize) {
   ++m_changeCount;
 }
 
+/** Calls use with text in the column's own form. */
+template <class Use>
+long CQMColumn::WithParsed(char const* text, Use use) const {
+  if (m_rules->parse == nullptr) return use(text);
+  std::byte value[kLargestParsedAtom]{};
+  m_rules->parse(text, value);
+  return use(value);
+}
+
 // ---- appending ----
 
 long CQMColumn::AppendAtom() {
@@ -96,8 +105,7 @@ long CQMColumn::AppendValue(void const* value) {
 
 long CQMColumn::AppendValue(char const* text) {
   if (text == nullptr) return AppendValue();
-  auto const value = ConvertStringToLocalDataType(text);
-  return value ? AppendValue(static_cast<void const*>(value.get())) : TableResult::OutOfMemory;
+  return WithParsed(text, [this](void const* value) { return AppendValue(value); });
 }
 
 // ---- setting ----
@@ -118,8 +126,8 @@ long CQMColumn::SetColumnValue(long row, void const* value, EQMTextMode mode) {
 
 long CQMColumn::SetColumnValue(long row, char const* text, EQMTextMode mode) {
   if (!IsValid(row)) return TableResult::RowOutOfRange;
-  auto const value = ConvertStringToLocalDataType(text);
-  return value ? SetColumnValue(row, static_cast<void const*>(value.get()), mode) : TableResult::OutOfMemory;
+  if (text == nullptr) return TableResult::OutOfMemory;
+  return WithParsed(text, [=, this](void const* value) { return SetColumnValue(row, value, mode); });
 }
 
 long CQMColumn::SetAtom(long row, void const* value) {

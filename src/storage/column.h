@@ -123,6 +123,8 @@ class CQMColumn : public CQMLinkedObject {
   /** Appends an atom of zeros and returns its number, or 0. */
   long AppendAtom();
   long AppendAtoms(long count);
+  template <class Use>
+  long WithParsed(char const* text, Use use) const;
   long SetFixedText(long row, std::string_view text, EQMTextMode mode);
   long SetHeapText(long row, std::string_view text, EQMTextMode mode);
   long SetAtom(long row, void const* value);

@@ -274,6 +274,9 @@ constexpr SQMColumnTypeRow kColumnTypes[] = {
     {26, 26, {4, kWordWidth, ParseNothing, FormatNothing, AlwaysEqual}},
 };
 
+static_assert(std::all_of(std::begin(kColumnTypes), std::end(kColumnTypes),
+                          [](auto const& row) { return row.type.atomSize <= kLargestParsedAtom; }));
+
 constexpr SQMColumnType kOtherType{1, kPlainWidth, ParseNothing, FormatNothing, AlwaysEqual};
 
 }  // namespace

@@ -8,6 +8,9 @@
 
 namespace qumel {
 
+/** The size of the largest atom that is parsed from text. */
+inline constexpr long kLargestParsedAtom = sizeof(SQMTimeStamp);
+
 struct SQMColumnType {
   long atomSize;  // 0: the declared length decides
   long displayWidth;

@@ -12,7 +12,7 @@ namespace qumel {
 
 struct CQMDataSpace::SQMChunk {
   long size = 0;
-  std::int32_t offset = 0;
+  std::int64_t offset = 0;
   bool hasPlace = false;  // in the scratch file, at offset
   bool isFree = false;
   bool keepInRAM = true;
@@ -73,7 +73,7 @@ long CQMDataSpace::TakeFreeChunk(long size) {
   front.offset = rest.offset;
   front.hasPlace = rest.hasPlace;
   rest.size -= size;
-  rest.offset += rest.hasPlace ? static_cast<std::int32_t>(size) : 0;
+  rest.offset += size;
   auto node = m_freeList.extract(fitting);
   node.value() = FreeKey{rest.size, order, found};
   m_freeList.insert(std::move(node));
@@ -239,9 +239,13 @@ bool CQMDataSpace::BringToRAM(long chunk) {
   return record->memory != nullptr;
 }
 
+bool CQMDataSpace::SeekTo(SQMChunk const& record) const {
+  return HasFile() && std::fseek(m_file.get(), static_cast<long>(record.offset), SEEK_SET) == 0;
+}
+
 bool CQMDataSpace::WriteChunk(SQMChunk& record) {
   auto const size = static_cast<std::size_t>(record.size);
-  if (!HasFile() || std::fseek(m_file.get(), record.offset, SEEK_SET) != 0) return false;
+  if (!SeekTo(record)) return false;
   if (std::fwrite(record.memory.get(), 1, size, m_file.get()) != size) return false;
   ++record.writeCount;
   record.needsFlush = false;
@@ -252,7 +256,7 @@ bool CQMDataSpace::WriteChunk(SQMChunk& record) {
  */
 bool CQMDataSpace::ReadChunk(SQMChunk& record) {
   auto const size = static_cast<std::size_t>(record.size);
-  if (!HasFile() || std::fseek(m_file.get(), record.offset, SEEK_SET) != 0) return false;
+  if (!SeekTo(record)) return false;
   auto memory = std::make_unique<std::byte[]>(size);
   if (std::fread(memory.get(), 1, size, m_file.get()) != size) return false;
   record.memory = std::move(memory);
@@ -339,7 +343,7 @@ std::optional<SQMChunkInfo> CQMDataSpace::GetChunkInfo(long chunk) const {
   std::scoped_lock const lock(m_mutex);
   if (!IsKnown(chunk)) return std::nullopt;
   SQMChunk const& record = At(chunk);
-  return SQMChunkInfo{record.offset,
+  return SQMChunkInfo{static_cast<long>(record.offset),
                       record.size,
                       record.isFree,
                       record.memory != nullptr,

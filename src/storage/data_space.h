@@ -108,6 +108,7 @@ class CQMDataSpace : public CQMObject {
   void LeaveMemoryList(SQMChunk& record);
   long Evict(long limit);
   bool Evict(SQMChunk& record);
+  bool SeekTo(SQMChunk const& record) const;
   bool WriteChunk(SQMChunk& record);
   bool ReadChunk(SQMChunk& record);
   bool BringToRAM(long chunk);

@@ -29,6 +29,7 @@ void CQMDataSpaceRegion::SetRegionAttributes(long atomSize, CQMDataSpace* space)
   m_movable = space->IsFileBacked();
   m_atomSize = std::clamp(atomSize, 1L, kMaxAtomSize);
   m_atomsPerChunk = std::clamp(kChunkBytes / m_atomSize, 1L, kMaxAtomsPerChunk);
+  m_divisor = static_cast<std::uint32_t>(m_atomsPerChunk);
   m_flagOffset = m_atomSize * m_atomsPerChunk;
   m_chunkSize = m_flagOffset + m_atomsPerChunk;
 }
@@ -55,6 +56,7 @@ long CQMDataSpaceRegion::ExtendRegion(long count) {
 }
 
 long CQMDataSpaceRegion::AppendAtom() {
+  if (m_atomCount == kMaxAtoms) return 0;
   long const number = m_atomCount / m_atomsPerChunk;
   if (number > m_currentSlot && ExtendRegion(number == 0 ? 0 : 1) != 0) return 0;
   SQMSlot& slot = m_slots[static_cast<std::size_t>(number)];
