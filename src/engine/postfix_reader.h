@@ -48,6 +48,9 @@ class CQMPostfixReader {
     return true;
   }
 
+  /** What was not read yet. */
+  std::string_view GetRest() const { return m_rest; }
+
  private:
   std::string_view Take(std::size_t length) {
     std::string_view const taken = m_rest.substr(0, length);

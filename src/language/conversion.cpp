@@ -14,28 +14,10 @@ namespace {
 
 constexpr std::string_view kMultiplicationToken = "_*";
 
-constexpr bool IsKeyword(EQMFix fix) {
-  return fix == EQMFix::StatementKeyword || fix == EQMFix::BlockKeyword || fix == EQMFix::ClosingBlock;
-}
-constexpr bool ClosesItself(EQMFix fix) { return fix == EQMFix::BlockKeyword || fix == EQMFix::ClosingBlock; }
 constexpr bool IsMarked(EQMFix fix) { return fix == EQMFix::MarkedPrefix || fix == EQMFix::MarkedPostfix; }
 bool TakesList(CQMOpInfo const& info) {
   return info.HasVariableOperands() &&
          (info.fix == EQMFix::Prefix || info.fix == EQMFix::Infix || info.fix == EQMFix::Postfix);
-}
-
-/** Strings are not multiplied. */
-bool IsFactor(EQMItemClass itemClass) {
-  return itemClass == EQMItemClass::Operand || itemClass == EQMItemClass::Number ||
-         itemClass == EQMItemClass::Name;
-}
-
-/** Whether a token is an operator of one meaning, which has one of two fixes and is no word of the language.
- */
-bool IsSoleOperator(SQMToken const& token, SQMOperatorToken const& rows, EQMFix fix, EQMFix otherFix) {
-  if (token.itemClass != EQMItemClass::Operator) return false;
-  CQMOpInfo const* const row = rows.OnlyRow();
-  return row != nullptr && (row->fix == fix || row->fix == otherFix) && !IsWordOperator(row->id);
 }
 
 }  // namespace
@@ -106,13 +88,8 @@ long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
 
 long CQMConversion::InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next) {
   if (!m_rules.impliedMultiplication) return Error::None;
-  bool const endsFactor = IsFactor(token.itemClass) || token.itemClass == EQMItemClass::CloseParen ||
-                          token.itemClass == EQMItemClass::CloseBracket ||
-                          IsSoleOperator(token, token.rows, EQMFix::Postfix, EQMFix::Nofix);
-  if (!endsFactor) return Error::None;
-  bool const beginsFactor = IsFactor(next.itemClass) || next.itemClass == EQMItemClass::OpenParen ||
-                            IsSoleOperator(next, next.rows, EQMFix::Prefix, EQMFix::Nofix);
-  return beginsFactor ? AddOperator(m_multiplication, next.itemClass) : Error::None;
+  bool const multiplies = EndsFactor(token.itemClass, token.rows) && BeginsFactor(next.itemClass, next.rows);
+  return multiplies ? AddOperator(m_multiplication, next.itemClass) : Error::None;
 }
 
 void CQMConversion::AddOperand(char mark, SQMToken const& token) {
@@ -133,13 +110,10 @@ long CQMConversion::AddOperator(SQMOperatorToken const& rows, EQMItemClass next)
   CQMOpInfo const& info = *found.info;
   if (found.info.use_count() != 0) m_held.push_back(found.info);
 
-  if (IsKeyword(info.fix)) UnstackExpression();
+  if (LetsGo(info.fix)) UnstackExpression();
   while (HasPending()) {
     SQMPending const& pending = m_pending.back();
-    bool const bindsTighter =
-        found.precedence > pending.precedence ||
-        (found.precedence == pending.precedence && info.fix == pending.info->fix && info.rightAssociative);
-    if (bindsTighter) break;
+    if (BindsTighter(info, found.precedence, *pending.info, pending.precedence)) break;
     ReleasePending();
   }
   if (TakesList(info)) m_items.push_back({kListMark, 0, nullptr, 0});

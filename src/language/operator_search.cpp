@@ -35,7 +35,32 @@ std::uint8_t PlainContextOf(EQMItemClass item) {
   }
 }
 
+/** Strings are not multiplied. */
+bool IsFactor(EQMItemClass itemClass) {
+  return itemClass == EQMItemClass::Operand || itemClass == EQMItemClass::Number ||
+         itemClass == EQMItemClass::Name;
+}
+
+/** Whether a token is an operator of one meaning, which has one of two fixes and is no word of the language.
+ */
+bool IsSoleOperator(EQMItemClass itemClass, SQMOperatorToken const& rows, EQMFix fix, EQMFix otherFix) {
+  if (itemClass != EQMItemClass::Operator) return false;
+  CQMOpInfo const* const row = rows.OnlyRow();
+  return row != nullptr && (row->fix == fix || row->fix == otherFix) && !IsWordOperator(row->id);
+}
+
 }  // namespace
+
+bool EndsFactor(EQMItemClass itemClass, SQMOperatorToken const& rows) {
+  return IsFactor(itemClass) || itemClass == EQMItemClass::CloseParen ||
+         itemClass == EQMItemClass::CloseBracket ||
+         IsSoleOperator(itemClass, rows, EQMFix::Postfix, EQMFix::Nofix);
+}
+
+bool BeginsFactor(EQMItemClass itemClass, SQMOperatorToken const& rows) {
+  return IsFactor(itemClass) || itemClass == EQMItemClass::OpenParen ||
+         IsSoleOperator(itemClass, rows, EQMFix::Prefix, EQMFix::Nofix);
+}
 
 std::uint8_t LeftContextOf(EQMItemClass previous) {
   if (previous <= EQMItemClass::Operator) return PlainContextOf(previous);

@@ -34,6 +34,25 @@ struct SQMFoundOperator {
   std::uint32_t precedence = 0;
 };
 
+/** Whether an operator that is read next takes the operand before another one that waits can. */
+inline bool BindsTighter(CQMOpInfo const& next, std::uint32_t nextPrecedence, CQMOpInfo const& waiting,
+                         std::uint32_t waitingPrecedence) {
+  return nextPrecedence > waitingPrecedence ||
+         (nextPrecedence == waitingPrecedence && next.fix == waiting.fix && next.rightAssociative);
+}
+
+/** Whether a token may stand on the left or right of a multiplication that is not written: a number or name,
+ * a parenthesis, or an operator of one meaning. rows are those of an operator. */
+bool EndsFactor(EQMItemClass itemClass, SQMOperatorToken const& rows);
+bool BeginsFactor(EQMItemClass itemClass, SQMOperatorToken const& rows);
+
+/** What a fix type means for the operators that wait: keywords let them all go, and some do not wait
+ * themselves. */
+constexpr bool LetsGo(EQMFix fix) {
+  return fix == EQMFix::StatementKeyword || fix == EQMFix::BlockKeyword || fix == EQMFix::ClosingBlock;
+}
+constexpr bool ClosesItself(EQMFix fix) { return fix == EQMFix::BlockKeyword || fix == EQMFix::ClosingBlock; }
+
 class CQMOperatorSearch {
  public:
   /** Either list may be null; both must outlive the search. */

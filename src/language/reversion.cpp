@@ -1,0 +1,187 @@
+// Reading postfix text into fragments: which operands each operator takes.
+#include "language/reversion.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "base/errors.h"
+#include "base/number_text.h"
+#include "base/operator_ids.h"
+
+namespace qumel {
+
+namespace {
+
+bool IsScopeWord(long id) { return id >= OpId::CosmicScope && id <= OpId::ComplexWord; }
+
+}  // namespace
+
+long CQMReversion::Read(std::string_view postfix) {
+  CQMPostfixReader reader(postfix);
+  for (SQMPostfixItem item; reader.Next(item);) {
+    if (long const code = ReadItem(item); code != Error::None) return code;
+  }
+  if (!m_open.empty()) {
+    EndStatement();
+    m_isEnded = false;
+  }
+  return Error::None;
+}
+
+long CQMReversion::ReadItem(SQMPostfixItem const& item) {
+  switch (item.mark) {
+    case PostfixMark::kOperator:
+    case PostfixMark::kMarkedOperator: return ReadOperator(item.text);
+    case PostfixMark::kNumber:
+    case PostfixMark::kName:
+    case PostfixMark::kString: {
+      SQMFragment fragment;
+      fragment.item = item;
+      m_open.push_back(Add(std::move(fragment)));
+      return Error::None;
+    }
+    case PostfixMark::kEnd: EndStatement(); return Error::None;
+    default: return Error::UnknownToken;
+  }
+}
+
+long CQMReversion::ReadOperator(std::string_view text) {
+  std::size_t const point = text.find(PostfixMark::kCount);
+  SQMOperator const* const op = FindOperator(ParseLong(text.substr(0, point)));
+  if (op == nullptr) return Error::UnknownOperator;
+  CQMOpInfo const& info = *op->info;
+  long const counted = point == std::string_view::npos ? info.minOperands : ParseLong(text.substr(point + 1));
+  auto const count = static_cast<std::int32_t>(
+      std::clamp(counted, 0L, static_cast<long>(std::numeric_limits<std::int32_t>::max())));
+
+  SQMFragment fragment;
+  fragment.op = op;
+  fragment.leavesValue =
+      m_model == EQMReversionModel::Items || !LeavesNothing(info.id) || IsTypeWord(info.id);
+  fragment.beginsAnew = LetsGo(info.fix);
+  bool const isInfix = info.fix == EQMFix::Infix;
+  std::vector<Index> left, right;
+  if (info.HasVariableOperands()) {
+    right = TakeWeight(count - (isInfix ? 1 : 0));
+    if (isInfix) left = TakeOperands(1);
+  } else {
+    right = TakeOperands(count);
+    if (isInfix) {  // the last value, and what follows it, stands on the right
+      auto const value =
+          std::find_if(right.rbegin(), right.rend(), [this](Index i) { return m_fragments[i].leavesValue; });
+      auto const split = value == right.rend() ? right.begin() : value.base() - 1;
+      left.assign(right.begin(), split);
+      right.erase(right.begin(), split);
+    }
+  }
+  fragment.weight = std::max(WeightOf(left) + WeightOf(right) - count, 0) + 1;
+  switch (info.fix) {
+    case EQMFix::Infix: fragment.shape = info.token == "[" ? EQMShape::Index : EQMShape::Between; break;
+    case EQMFix::Prefix:
+    case EQMFix::MarkedPrefix: fragment.shape = EQMShape::Before; break;
+    case EQMFix::Postfix:
+    case EQMFix::MarkedPostfix: fragment.shape = EQMShape::Behind; break;
+    default: fragment.shape = right.empty() ? EQMShape::Alone : EQMShape::Listed;
+  }
+  if (fragment.shape == EQMShape::Behind || fragment.shape == EQMShape::Listed) std::swap(left, right);
+  fragment.beginsAnew = fragment.beginsAnew || fragment.shape == EQMShape::Listed;
+  FoldWords(left, true);
+  FoldWords(right, isInfix || count == 1);
+  fragment.left = MakePart(left);
+  fragment.right = MakePart(right);
+  m_open.push_back(Add(std::move(fragment)));
+  return Error::None;
+}
+
+CQMReversion::SQMOperator const* CQMReversion::FindOperator(long id) {
+  auto [place, isNew] = m_operators.try_emplace(id);
+  if (isNew) {
+    SQMFoundOperator const found = m_search.FindById(id, m_rules.hierarchical);
+    if (found.info != nullptr)
+      place->second = {found.info, found.precedence, m_search.Find(found.info->token)};
+  }
+  return place->second.info != nullptr ? &place->second : nullptr;
+}
+
+void CQMReversion::EndStatement() {
+  FoldWords(m_open, false);
+  m_statements.push_back(MakePart(m_open));
+  m_open.clear();
+  m_isEnded = true;
+}
+
+std::vector<CQMReversion::Index> CQMReversion::TakeFrom(std::size_t begin) {
+  std::vector<Index> taken(m_open.begin() + static_cast<std::ptrdiff_t>(begin), m_open.end());
+  m_open.resize(begin);
+  return taken;
+}
+
+/** The last values, as many as there are up to count, with all that lies between and behind them. */
+std::vector<CQMReversion::Index> CQMReversion::TakeOperands(std::int32_t count) {
+  std::size_t begin = m_open.size();
+  for (std::size_t i = begin; i > 0 && count > 0; --i) {
+    if (!m_fragments[m_open[i - 1]].leavesValue) continue;
+    begin = i - 1;
+    --count;
+  }
+  return TakeFrom(begin);
+}
+
+std::vector<CQMReversion::Index> CQMReversion::TakeWeight(std::int32_t weight) {
+  std::size_t begin = m_open.size();
+  while (begin > 0 && weight > 0) weight -= m_fragments[m_open[--begin]].weight;
+  return TakeFrom(begin);
+}
+
+std::int32_t CQMReversion::WeightOf(std::vector<Index> const& fragments) const {
+  std::int32_t weight = 0;
+  for (Index const i : fragments) weight += m_fragments[i].weight;
+  return weight;
+}
+
+bool CQMReversion::IsLoneWord(Index fragment) const {
+  SQMFragment const& word = m_fragments[fragment];
+  return word.shape == EQMShape::Alone && word.op->info->fix == EQMFix::StatementKeyword;
+}
+
+// Words that stand before their operand in the text stand behind it in postfix text.
+void CQMReversion::FoldWords(std::vector<Index>& fragments, bool all) {
+  if (m_model == EQMReversionModel::Items) return;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < fragments.size(); ++i) {
+    Index const fragment = fragments[i];
+    if (kept > 0 && IsLoneWord(fragment) && m_fragments[fragments[kept - 1]].leavesValue) {
+      long const id = m_fragments[fragment].op->info->id;
+      if (all || IsScopeWord(id) || (IsModeOperator(id) && i + 1 == fragments.size())) {
+        fragments[kept - 1] = FoldWord(fragments[kept - 1], fragment);
+        continue;
+      }
+    }
+    fragments[kept++] = fragment;
+  }
+  fragments.resize(kept);
+}
+
+CQMReversion::Index CQMReversion::FoldWord(Index operand, Index word) {
+  SQMFragment folded;
+  folded.op = m_fragments[word].op;
+  folded.shape = EQMShape::Before;
+  folded.beginsAnew = true;
+  folded.weight = m_fragments[operand].weight + m_fragments[word].weight;
+  folded.right = MakePart({operand});
+  return Add(std::move(folded));
+}
+
+CQMReversion::SQMPart CQMReversion::MakePart(std::vector<Index> const& fragments) {
+  SQMPart const part{static_cast<Index>(m_parts.size()), static_cast<Index>(fragments.size())};
+  m_parts.insert(m_parts.end(), fragments.begin(), fragments.end());
+  return part;
+}
+
+CQMReversion::Index CQMReversion::Add(SQMFragment&& fragment) {
+  Arrange(fragment);
+  m_fragments.push_back(std::move(fragment));
+  return static_cast<Index>(m_fragments.size() - 1);
+}
+
+}  // namespace qumel

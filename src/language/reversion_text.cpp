@@ -1,0 +1,191 @@
+// Writing the fragments of a reverted text: operands as they were written, blanks where tokens would run
+// together.
+#include <algorithm>
+
+#include "base/operator_ids.h"
+#include "language/characters.h"
+#include "language/reversion.h"
+
+namespace qumel {
+
+namespace {
+
+constexpr char const* kEmptyText = "//";  // a note converts to nothing
+constexpr char kPoint = '.';
+
+struct SQMEscape {
+  char character, letter;
+};
+constexpr SQMEscape kEscapes[] = {{'\b', 'b'}, {'\f', 'f'}, {'\n', 'n'}, {'\r', 'r'},
+                                  {'\t', 't'}, {'\v', 'v'}, {'\\', '\\'}};
+
+void AppendQuoted(std::string_view text, char quoteMark, std::string& out) {
+  out += quoteMark;
+  for (char const c : text) {
+    auto const escape = std::ranges::find(kEscapes, c, &SQMEscape::character);
+    bool const isEscape = escape != std::end(kEscapes);
+    if (isEscape || c == quoteMark) out += '\\';
+    out += isEscape ? escape->letter : c;
+  }
+  out += quoteMark;
+}
+
+/** How a base is written in front of its digits. */
+std::string_view BaseMark(char letter) {
+  switch (letter) {
+    case 'b': return "0b";
+    case 'h': return "0x";
+    case 'o': return "0o";
+    case 't': return "0t";
+    default: return "0d";
+  }
+}
+
+}  // namespace
+
+std::string CQMReversion::Write(char quoteMark) {
+  if (m_statements.empty()) return kEmptyText;
+  std::string out;
+  for (std::size_t i = 0; i < m_statements.size(); ++i) {
+    bool const isLast = i + 1 == m_statements.size();
+    PushList(FragmentsOf(m_statements[i]), false);
+    WritePieces(quoteMark, out);
+    if (!isLast || (m_isEnded && m_statements[i].count == 0)) out += ';';
+    if (!isLast) out += ' ';
+  }
+  return out;
+}
+
+void CQMReversion::WritePieces(char quoteMark, std::string& out) {
+  m_endsWithNumber = false;
+  while (!m_pieces.empty()) {
+    SQMPiece const piece = m_pieces.back();
+    m_pieces.pop_back();
+    if (piece.fragment == kNone) {
+      if (piece.joins) {
+        Join(piece.text, false, out);
+      } else {
+        out += piece.text;
+        m_endsWithNumber = false;
+      }
+    } else if (SQMFragment const& fragment = m_fragments[piece.fragment]; fragment.op != nullptr) {
+      PushFragment(fragment);
+    } else {
+      WriteOperand(fragment.item, quoteMark, out);
+    }
+  }
+}
+
+// Pieces are pushed last to first.
+
+void CQMReversion::PushFragment(SQMFragment const& fragment) {
+  bool const isWritten = fragment.op->info->id != OpId::ImpliedMultiplication;
+  SQMPiece const token{kNone, isWritten ? fragment.op->info->token.c_str() : "", true};
+  switch (fragment.shape) {
+    case EQMShape::Before:
+      PushPart(fragment.right);
+      m_pieces.push_back(token);
+      break;
+    case EQMShape::Between:
+      PushPart(fragment.right);
+      m_pieces.push_back(token);
+      PushPart(fragment.left);
+      break;
+    case EQMShape::Behind:
+      m_pieces.push_back(token);
+      PushPart(fragment.left);
+      break;
+    case EQMShape::Index: {
+      bool const isWrapped = fragment.right.count == 0 || NeedsLeadingComma(fragment.right);
+      m_pieces.push_back({kNone, "]"});
+      if (isWrapped) {
+        SQMPart wrapped = fragment.right;
+        wrapped.isEnclosed = true;
+        PushPart(wrapped);
+      } else {
+        if (NeedsTrailingComma(fragment.right)) m_pieces.push_back({kNone, ", "});
+        PushList(FragmentsOf(fragment.right), true);
+      }
+      m_pieces.push_back({kNone, "["});
+      PushPart(fragment.left);
+      break;
+    }
+    case EQMShape::Listed: {
+      SQMEdge const last = LastOf(fragment.left);
+      bool const needsNoComma =
+          LetsGo(fragment.op->info->fix) && IsChosen(last, last.inner, EQMItemClass::Operator);
+      m_pieces.push_back(token);
+      m_pieces.push_back({kNone, needsNoComma ? " " : ", "});
+      PushList(FragmentsOf(fragment.left), true);
+      break;
+    }
+    default: m_pieces.push_back(token);
+  }
+}
+
+void CQMReversion::PushPart(SQMPart const& part) {
+  bool const isEnclosed = part.isEnclosed || part.count == 0;
+  if (isEnclosed) m_pieces.push_back({kNone, ")"});
+  if (isEnclosed && NeedsTrailingComma(part)) m_pieces.push_back({kNone, ", "});
+  PushList(FragmentsOf(part), true);
+  if (isEnclosed && NeedsLeadingComma(part)) m_pieces.push_back({kNone, ", "});
+  if (isEnclosed) m_pieces.push_back({kNone, "(", true});
+}
+
+void CQMReversion::PushList(std::span<Index const> fragments, bool inList) {
+  for (std::size_t i = fragments.size(); i > 0; --i) {
+    m_pieces.push_back({fragments[i - 1]});
+    if (i > 1) m_pieces.push_back({kNone, JointOf(fragments[i - 2], fragments[i - 1], inList)});
+  }
+}
+
+void CQMReversion::WriteOperand(SQMPostfixItem const& item, char quoteMark, std::string& out) {
+  if (item.mark == PostfixMark::kNumber) {
+    std::string number = NumberText(item.text);
+    // a blank behind it would end the number in front of its comma
+    if (number.ends_with(',')) number = "(" + number + ")";
+    Join(number, true, out);
+  } else if (item.mark == PostfixMark::kString) {
+    std::string quoted;
+    AppendQuoted(item.text, quoteMark, quoted);
+    Join(quoted, false, out);
+  } else {
+    Join(item.text, false, out);
+  }
+}
+
+std::string CQMReversion::NumberText(std::string_view number) const {
+  if (number.empty()) return {};
+  std::string text(number.substr(1));
+  bool const hasPoint = m_rules.radixMark == kPoint;
+  bool const begins =
+      !text.empty() &&
+      (IsDigit(text[0]) || (text[0] == kPoint && hasPoint && text.size() > 1 && IsDigit(text[1])));
+  if (!hasPoint) std::ranges::replace(text, kPoint, m_rules.radixMark);
+  if (number.front() != 'd' || !begins) text.insert(0, BaseMark(number.front()));
+  return text;
+}
+
+// One blank between two letters or two signs, where a digit or an underscore counts as a letter and square
+// brackets never ask for one; and where text and number would be read as one.
+void CQMReversion::Join(std::string_view text, bool isNumber, std::string& out) {
+  if (text.empty()) return;
+  if (!out.empty()) {
+    char const last = out.back(), first = text.front();
+    auto const isSign = [](char c) { return IsPunctuation(c) && c != '_'; };
+    bool const lettersMeet = IsNamePart(last) && IsNamePart(first);
+    bool const signsMeet = isSign(last) && isSign(first) && last != ']' && first != '[';
+    bool const lengthensSign = isSign(last) && first == '_';
+    bool const makesNumber = last == kPoint && IsDigit(first);
+    bool const lengthensNumber =
+        m_endsWithNumber &&
+        (isSign(last) || first == kPoint || ((last == 'E' || last == 'X') && (first == '+' || first == '-')));
+    bool const isInside = last == '(' || last == '[';
+    if (!isInside && (lettersMeet || signsMeet || lengthensSign || makesNumber || lengthensNumber))
+      out += ' ';
+  }
+  out += text;
+  m_endsWithNumber = isNumber;
+}
+
+}  // namespace qumel
