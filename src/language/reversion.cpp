@@ -65,14 +65,8 @@ long CQMReversion::ReadOperator(std::string_view text) {
     right = TakeWeight(count - (isInfix ? 1 : 0));
     if (isInfix) left = TakeOperands(1);
   } else {
-    right = TakeOperands(count);
-    if (isInfix) {  // the last value, and what follows it, stands on the right
-      auto const value =
-          std::find_if(right.rbegin(), right.rend(), [this](Index i) { return m_fragments[i].leavesValue; });
-      auto const split = value == right.rend() ? right.begin() : value.base() - 1;
-      left.assign(right.begin(), split);
-      right.erase(right.begin(), split);
-    }
+    if (isInfix) TakeSides(count, left, right);
+    else right = TakeOperands(count);
   }
   fragment.weight = std::max(WeightOf(left) + WeightOf(right) - count, 0) + 1;
   switch (info.fix) {
@@ -125,6 +119,22 @@ std::vector<CQMReversion::Index> CQMReversion::TakeOperands(std::int32_t count) 
     --count;
   }
   return TakeFrom(begin);
+}
+
+/** Operands of an infix operator: the last value, and what follows it, on the right. A value that is the only
+ * one has a word without a value on its left, or else stands there itself. */
+void CQMReversion::TakeSides(std::int32_t count, std::vector<Index>& left, std::vector<Index>& right) {
+  right = TakeOperands(count);
+  auto const isValue = [this](Index i) { return m_fragments[i].leavesValue; };
+  auto const values = std::ranges::count_if(right, isValue);
+  if (values < std::min(count, 2) && !m_open.empty()) left = TakeFrom(m_open.size() - 1);
+  if (values < 2 && left.empty()) {
+    std::swap(left, right);
+  } else if (values >= 2) {
+    auto const split = std::find_if(right.rbegin(), right.rend(), isValue).base() - 1;
+    left.assign(right.begin(), split);
+    right.erase(right.begin(), split);
+  }
 }
 
 std::vector<CQMReversion::Index> CQMReversion::TakeWeight(std::int32_t weight) {

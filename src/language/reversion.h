@@ -92,6 +92,7 @@ class CQMReversion {
   SQMOperator const* FindOperator(long id);
   void EndStatement();
   std::vector<Index> TakeOperands(std::int32_t count);
+  void TakeSides(std::int32_t count, std::vector<Index>& left, std::vector<Index>& right);
   std::vector<Index> TakeWeight(std::int32_t weight);
   std::vector<Index> TakeFrom(std::size_t begin);
   std::int32_t WeightOf(std::vector<Index> const& fragments) const;
@@ -125,7 +126,7 @@ class CQMReversion {
   void PushList(std::span<Index const> fragments, bool inList);
   void WriteOperand(SQMPostfixItem const& item, char quoteMark, std::string& out);
   std::string NumberText(std::string_view number) const;
-  void Join(std::string_view text, bool isNumber, std::string& out);
+  void Join(std::string_view text, EQMItemClass itemClass, std::string& out);
 
   SQMReadingRules const& m_rules;
   CQMOperatorSearch const& m_search;
@@ -135,9 +136,9 @@ class CQMReversion {
   std::vector<Index> m_parts;
   std::vector<Index> m_open;  // fragments of this statement that no operator took yet
   std::vector<SQMPart> m_statements;
-  bool m_isEnded = false;          // the last statement has its end
-  std::vector<SQMPiece> m_pieces;  // still to be written, the next one last
-  bool m_endsWithNumber = false;
+  bool m_isEnded = false;                          // the last statement has its end
+  std::vector<SQMPiece> m_pieces;                  // still to be written, the next one last
+  EQMItemClass m_lastClass = EQMItemClass::Start;  // of the token written last
 };
 
 }  // namespace qumel

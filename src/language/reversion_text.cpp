@@ -57,16 +57,16 @@ std::string CQMReversion::Write(char quoteMark) {
 }
 
 void CQMReversion::WritePieces(char quoteMark, std::string& out) {
-  m_endsWithNumber = false;
+  m_lastClass = EQMItemClass::Start;
   while (!m_pieces.empty()) {
     SQMPiece const piece = m_pieces.back();
     m_pieces.pop_back();
     if (piece.fragment == kNone) {
       if (piece.joins) {
-        Join(piece.text, false, out);
+        Join(piece.text, EQMItemClass::Operator, out);
       } else {
         out += piece.text;
-        m_endsWithNumber = false;
+        m_lastClass = EQMItemClass::Start;
       }
     } else if (SQMFragment const& fragment = m_fragments[piece.fragment]; fragment.op != nullptr) {
       PushFragment(fragment);
@@ -144,13 +144,13 @@ void CQMReversion::WriteOperand(SQMPostfixItem const& item, char quoteMark, std:
     std::string number = NumberText(item.text);
     // a blank behind it would end the number in front of its comma
     if (number.ends_with(',')) number = "(" + number + ")";
-    Join(number, true, out);
+    Join(number, EQMItemClass::Number, out);
   } else if (item.mark == PostfixMark::kString) {
     std::string quoted;
     AppendQuoted(item.text, quoteMark, quoted);
-    Join(quoted, false, out);
+    Join(quoted, EQMItemClass::String, out);
   } else {
-    Join(item.text, false, out);
+    Join(item.text, EQMItemClass::Name, out);
   }
 }
 
@@ -167,25 +167,24 @@ std::string CQMReversion::NumberText(std::string_view number) const {
 }
 
 // One blank between two letters or two signs, where a digit or an underscore counts as a letter and square
-// brackets never ask for one; and where text and number would be read as one.
-void CQMReversion::Join(std::string_view text, bool isNumber, std::string& out) {
+// brackets never ask for one; and where two tokens would be read as one.
+void CQMReversion::Join(std::string_view text, EQMItemClass itemClass, std::string& out) {
   if (text.empty()) return;
-  if (!out.empty()) {
-    char const last = out.back(), first = text.front();
-    auto const isSign = [](char c) { return IsPunctuation(c) && c != '_'; };
-    bool const lettersMeet = IsNamePart(last) && IsNamePart(first);
-    bool const signsMeet = isSign(last) && isSign(first) && last != ']' && first != '[';
-    bool const lengthensSign = isSign(last) && first == '_';
-    bool const makesNumber = last == kPoint && IsDigit(first);
-    bool const lengthensNumber =
-        m_endsWithNumber &&
-        (isSign(last) || first == kPoint || ((last == 'E' || last == 'X') && (first == '+' || first == '-')));
-    bool const isInside = last == '(' || last == '[';
-    if (!isInside && (lettersMeet || signsMeet || lengthensSign || makesNumber || lengthensNumber))
-      out += ' ';
-  }
+  char const last = out.empty() ? ' ' : out.back(), first = text.front();
+  auto const isSign = [](char c) { return IsPunctuation(c) && c != '_'; };
+  bool const isInside = last == '(' || last == '[';
+  bool const lettersMeet = IsNamePart(last) && IsNamePart(first);
+  bool const signsMeet = isSign(last) && isSign(first) && last != ']' && first != '[';
+  // a sign goes on through underscores
+  bool const lengthensSign =
+      m_lastClass == EQMItemClass::Operator && IsPunctuation(last) && IsPunctuation(first);
+  bool const lengthensNumber =
+      m_lastClass == EQMItemClass::Number &&
+      (isSign(last) || first == kPoint || ((last == 'E' || last == 'X') && (first == '+' || first == '-')));
+  bool const makesNumber = last == kPoint && IsDigit(first);
+  if (!isInside && (lettersMeet || signsMeet || lengthensSign || lengthensNumber || makesNumber)) out += ' ';
   out += text;
-  m_endsWithNumber = isNumber;
+  m_lastClass = itemClass;
 }
 
 }  // namespace qumel

@@ -371,7 +371,9 @@ TEST_F(Contexts, ThreadsEvaluateWhileTheirContextIsDestroyedAndMadeAnew) {
         qmSetAngleUnit('G');
         qmGetAngleUnit();
         // one thread only: a call that lost its context goes on in the default, which has no lock
-        if (i == 0) EXPECT_EQ(qmEvalExpStrToNum("6*7"), 42.0);
+        if (i == 0) {
+          EXPECT_EQ(qmEvalExpStrToNum("6*7"), 42.0);
+        }
         qmGetCurrentContextName();
         qmGetContextHandle(name.c_str());
         qmReleaseContext();

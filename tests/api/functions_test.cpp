@@ -199,8 +199,9 @@ class Functions : public InterfaceTest {
   static void Expect(Row const& row, char const* result, char const* path) {
     EXPECT_EQ(qmGetLastErrorID(), row.error) << path;
     bool const isNumeric = qmGetLastResultType() == 'N' || qmGetLastResultType() == 'C';
-    if (row.result != nullptr)
+    if (row.result != nullptr) {
       EXPECT_EQ(isNumeric ? Shorten(result) : std::string(result), row.result) << path;
+    }
   }
 };
 

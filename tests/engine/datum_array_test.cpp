@@ -159,6 +159,12 @@ TEST(DatumArrayTest, SevenExtentsOfANumberAreRecordedOnly) {
   EXPECT_EQ(huge->GetFlatIndex(Longs(7, (1 << 30) - 1)), -1);
 }
 
+TEST(DatumArrayTest, ADoubleIsThereAtTheLastElementOfANarrowerType) {
+  auto const array = MakeArray(EQMDataType::Int, {5});
+  EXPECT_EQ(array->SetCurrentElement(4), Error::None);
+  EXPECT_EQ(array->Real(), 0.0);
+}
+
 TEST(DatumArrayTest, AnArrayIsMadeOnce) {
   auto const array = MakeArray(EQMDataType::Number, {3});
   EXPECT_EQ(array->SetIsArray(Longs{7, 7}), Error::None);
