@@ -14,9 +14,10 @@ struct SQMNumberBase {
 /** What a base letter ('B', 'O', 'D', 'T', 'H' in either case, or 'x') stands for. */
 SQMNumberBase FindNumberBase(char letter);
 
-/** "0", the base label, the integer digits, the point (',' for radix mark 'C', else '.') and the fraction digits.
- *  One digit more than the precision is written; a negative precision writes none. Negative values have no sign:
- *  their integer part is written as its 64-bit two's complement pattern. */
+/** "0", the base label, the integer digits, the point (',' for radix mark 'C', else '.') and the fraction
+ * digits. One digit more than the precision is written; a negative precision writes none. Negative values
+ * have no sign: their integer part is written as its 64-bit two's complement pattern, the nearest one beyond
+ * 64 bits. */
 std::string NumberToBasedText(double value, char base, char radixMark, long precision);
 
 /** Digits of a number, most significant first; empty for 0. */
@@ -34,8 +35,8 @@ struct SQMBasedNumber {
   bool isInteger;
 };
 
-/** The value of a literal: a base letter, digits, perhaps a point, perhaps an exponent ("X", or "E" where it is no
- *  digit). An unknown base letter gives 0. Letters are digits only as the digit table writes them. */
+/** The value of a literal: a base letter, digits, perhaps a point, perhaps an exponent ("X", or "E" where it
+ * is no digit). An unknown base letter gives 0. Letters are digits only as the digit table writes them. */
 SQMBasedNumber BasedTextToNumber(std::string_view text);
 
 }  // namespace qumel
