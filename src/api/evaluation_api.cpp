@@ -11,7 +11,7 @@ namespace {
 template <class Value, class Call>
 Value OnExpression(Handle handle, Value failure, Call call) noexcept {
   CQMThreadInfo* const record = GetThreadInfo(true);
-  if (record == nullptr || record->GetExecutor() == nullptr) return failure;
+  if (record == nullptr) return failure;
   auto* const expression = ObjectFromHandle<CQMExpression>(handle);
   if (expression == nullptr) return failure;
   CQMLinkedObject* const parent = expression->GetParentObject();

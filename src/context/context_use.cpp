@@ -55,16 +55,15 @@ void DestroyUnused() {
 
 CQMContextUse::CQMContextUse(bool create) {
   ++t_nesting;
-  bool isLost = false;
-  do {
+  for (;;) {
     m_record = GetThreadInfo(create);
     if (m_record == nullptr) return;
-    bool const hadContext = m_record->GetExecutor() != nullptr;
     EnterCurrent();
-    isLost =
-        create && hadContext && m_executor == nullptr;  // destroyed at this very moment: take the default
-    if (isLost) m_record->m_calls.fetch_sub(1);
-  } while (isLost);
+    // where there is a default, a context was found, and destroyed by another thread since: look again
+    bool const isLost = create && m_executor == nullptr && g_library.defaultExecutor.load() != nullptr;
+    if (!isLost) return;
+    m_record->m_calls.fetch_sub(1);
+  }
 }
 
 CQMContextUse::CQMContextUse(CQMThreadInfo& record, CQMExecutor& executor)

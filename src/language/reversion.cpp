@@ -67,6 +67,8 @@ long CQMReversion::ReadOperator(std::string_view text) {
   } else {
     if (isInfix) TakeSides(count, left, right);
     else right = TakeOperands(count);
+    bool const standsAtOperand = info.fix == EQMFix::Prefix && info.rightContext == ContextBit::kOperand;
+    if (standsAtOperand) SplitWord(right);
   }
   fragment.weight = std::max(WeightOf(left) + WeightOf(right) - count, 0) + 1;
   switch (info.fix) {
@@ -147,6 +149,36 @@ std::int32_t CQMReversion::WeightOf(std::vector<Index> const& fragments) const {
   std::int32_t weight = 0;
   for (Index const i : fragments) weight += m_fragments[i].weight;
   return weight;
+}
+
+/** A sign whose operand must be next to it may have a word without an operand behind that: "-x if then". Its
+ * operand is taken back from the word, where operands do not begin with one of their own. */
+void CQMReversion::SplitWord(std::vector<Index>& operands) {
+  bool const beginsWithOperand = !operands.empty() &&
+                                 m_fragments[operands.front()].first.itemClass != EQMItemClass::Operator &&
+                                 m_fragments[operands.front()].first.itemClass != EQMItemClass::OpenParen;
+  if (beginsWithOperand) return;
+  m_open.insert(m_open.end(), operands.begin(), operands.end());
+  auto const isWord = [this](Index i) {
+    return m_fragments[i].shape == EQMShape::Before &&
+           m_fragments[i].op->info->leftContext == ContextBit::kAnywhere;
+  };
+  std::size_t begin = m_open.size();
+  while (begin > 0 && isWord(m_open[begin - 1]) && m_fragments[m_open[begin - 1]].right.count == 0) --begin;
+  SQMPart const part =
+      begin > 0 && isWord(m_open[begin - 1]) ? m_fragments[m_open[begin - 1]].right : SQMPart{};
+  if (part.count != 1 || m_fragments[m_parts[part.begin]].shape != EQMShape::Operand) {
+    operands = TakeFrom(m_open.size() - operands.size());
+    return;
+  }
+  SQMFragment word;
+  word.op = m_fragments[m_open[begin - 1]].op;
+  word.shape = EQMShape::Before;
+  word.leavesValue = m_fragments[m_open[begin - 1]].leavesValue;
+  operands = TakeFrom(begin);
+  m_open.back() = m_parts[part.begin];
+  operands.insert(operands.begin(), {m_open.back(), Add(std::move(word))});
+  m_open.pop_back();
 }
 
 bool CQMReversion::IsLoneWord(Index fragment) const {

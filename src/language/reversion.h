@@ -14,7 +14,8 @@
 
 namespace qumel {
 
-/** What counts as an operand when operators look for theirs. */
+/** What counts as an operand when operators look for theirs. Where all have theirs the first reading is
+ * right. */
 enum class EQMReversionModel {
   Values,  // what leaves a value when it runs: words of scope, mode and control lie between operands
   Items,   // every item, as the converter counts argument lists
@@ -59,6 +60,7 @@ class CQMReversion {
   struct SQMPart {
     Index begin = 0, count = 0;  // in m_parts
     bool isEnclosed = false;
+    bool isRow = false;  // an operand and words behind it, side by side without parentheses
   };
 
   /** The token at one end of a fragment. */
@@ -96,6 +98,7 @@ class CQMReversion {
   std::vector<Index> TakeWeight(std::int32_t weight);
   std::vector<Index> TakeFrom(std::size_t begin);
   std::int32_t WeightOf(std::vector<Index> const& fragments) const;
+  void SplitWord(std::vector<Index>& operands);
   bool IsLoneWord(Index fragment) const;
   Index FoldWord(Index operand, Index word);
   void FoldWords(std::vector<Index>& fragments, bool all);
@@ -110,6 +113,7 @@ class CQMReversion {
   SQMFragment const* BareFragment(SQMPart const& part) const;
   bool MayStandLeft(SQMPart const& part, SQMOperator const& by) const;
   bool MayStandRight(SQMPart const& part, SQMOperator const& by) const;
+  bool MayStandInRow(SQMPart const& part, SQMOperator const& by) const;
   SQMEdge FirstOf(SQMPart const& part) const;
   SQMEdge LastOf(SQMPart const& part) const;
   EQMItemClass InsideBrackets(SQMPart const& part) const;

@@ -127,7 +127,12 @@ void CQMReversion::PushPart(SQMPart const& part) {
   bool const isEnclosed = part.isEnclosed || part.count == 0;
   if (isEnclosed) m_pieces.push_back({kNone, ")"});
   if (isEnclosed && NeedsTrailingComma(part)) m_pieces.push_back({kNone, ", "});
-  PushList(FragmentsOf(part), true);
+  if (part.isRow) {
+    auto const row = FragmentsOf(part);
+    for (auto at = row.rbegin(); at != row.rend(); ++at) m_pieces.push_back({*at});
+  } else {
+    PushList(FragmentsOf(part), true);
+  }
   if (isEnclosed && NeedsLeadingComma(part)) m_pieces.push_back({kNone, ", "});
   if (isEnclosed) m_pieces.push_back({kNone, "(", true});
 }

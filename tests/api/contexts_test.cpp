@@ -360,6 +360,9 @@ TEST_F(Contexts, ThreadsWhoseCurrentContextIsDestroyedGetTheDefault) {
 
 // Contexts come and go while calls run in them: every call ends in one context or another.
 TEST_F(Contexts, ThreadsEvaluateWhileTheirContextIsDestroyedAndMadeAnew) {
+  qmSetContext("Qumel", false);
+  qmEvalExpStr("6*7");  // what the primary context makes at its first evaluation stays
+  qmSetContext("test", false);
   long const before = qmGetQumelObjectCount();
   std::atomic<bool> stop{false};
   std::vector<std::thread> threads;
@@ -389,6 +392,7 @@ TEST_F(Contexts, ThreadsEvaluateWhileTheirContextIsDestroyedAndMadeAnew) {
   }
   stop = true;
   for (std::thread& thread : threads) thread.join();
+  qmGetAngleUnit();                                       // a call that ends destroys what others left behind
   EXPECT_LE(qmGetQumelObjectCount(), before + kThreads);  // their records
 }
 

@@ -104,6 +104,8 @@ TEST(Column, ReadsAndShowsEveryType) {
       {{15}, "1e39", "inf"},
       {{15}, "-1e39", "-inf"},
       {{15}, "0.1", "0.100000"},
+      {{15}, "3.5e38", "inf"},
+      {{15}, "3.40282347e38", "340282346638528859811704183484516925440.000000"},
       {{18, 25, 26, 27, 34, 36, -1}, "7", ""},
       {{19, 21}, "a text", "a text"},
       {{19, 21}, "", ""},
@@ -121,6 +123,7 @@ TEST(Column, ReadsAndShowsEveryType) {
       {{22}, "123/4/5", "12/00/00"},  // two characters a field, then no mark
       {{22}, "-5/-0/+7", "-5/00/07"},
       {{22}, "1/x/3", "01/00/00"},
+      {{22}, "-51/2/3", "-5/00/00"},
       {{22}, "1 /2/3", "01/00/00"},
       {{23}, "23:59:1", "23:59:01"},
       {{23}, "23/59", "23:00:00"},
@@ -377,6 +380,9 @@ TEST(Column, RefillsAndDeletes) {
   EXPECT_EQ(column.InflateIndex(-1, false), 0);
 
   CQMColumn texts = MakeColumn(21);
+  texts.InflateColumn(3, "old");
+  texts.InflateColumn(1);
+  EXPECT_EQ(texts.GetFormatedColumnValue(1), "");
   texts.InflateColumn(3, "gone");
   auto const before = texts.GetChangeCount();
   EXPECT_EQ(texts.DeleteValue(2), 0);
@@ -406,6 +412,9 @@ TEST(Column, FileBackedValuesSurviveTheScratchFile) {
     ASSERT_EQ(fixed.CompareValue(row, kRows / 2), row < kRows / 2 ? -1 : row > kRows / 2 ? 1 : 0);
     space.ScramRAM();
   }
+  // The first row's chunk is the next to go when the last one's is read.
+  for (long row = 1; row <= 2 * CQMDataSpace::kMemoryLimit; ++row) fixed.GetColumnValue(row);
+  EXPECT_EQ(fixed.CompareValue(1, kRows), -1);
 }
 
 TEST(Column, AppendsThatFindNoMemoryChangeNothing) {
