@@ -140,7 +140,7 @@ TEST(OperatorList, ChangingAndDeleting) {
   EXPECT_EQ(dialect.shared.FindById(OpId::Sine)->rightContext, 118);
 }
 
-TEST(OperatorList, ConversionsWhileAnotherThreadDefines) {
+TEST(OperatorList, ThreadsConvertWhileAnotherDefines) {
   CQMDialect dialect;
   std::atomic<bool> done{false};
   std::thread definer([&] {
