@@ -126,7 +126,7 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
       datum->SetTemporary(true);
       return code;
     }
-    owned->release();
+    static_cast<void>(owned->release());  // the table owns it now
     datum->ReserveRef();
     m_references.push_back(datum);
   }

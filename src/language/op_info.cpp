@@ -4,6 +4,7 @@
 namespace qumel {
 
 CQMOpInfo& CQMOpInfo::operator=(CQMOpInfo const& source) {
+  if (this == &source) return *this;
   token = source.token;
   id = source.id;
   fix = source.fix;

@@ -178,7 +178,7 @@ CQMOpInfoRef CQMOperatorList::FindByToken(std::string_view token) const {
 }
 
 CQMOpInfoRef CQMOperatorList::FindById(long id) const {
-  if (CQMOpInfoRef const standard = m_standard.Find(id); standard != nullptr) return standard;
+  if (CQMOpInfoRef standard = m_standard.Find(id); standard != nullptr) return standard;
   return ReadDefined(CQMOpInfoRef(), [id](SQMRows const& defined) { return defined.Find(id); });
 }
 

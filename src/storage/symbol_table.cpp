@@ -261,7 +261,7 @@ long CQMSymbolTable::AddVariableSymbol(char const* name, EQMDataType type, void 
   auto const lock = m_rows->LockForChange();
   if (m_rows->FindFirst(text) != nullptr) return Error::AlreadyExists;  // another thread was first
   long const code = m_rows->Add(*variable);
-  if (code == Error::None) variable.release();
+  if (code == Error::None) static_cast<void>(variable.release());  // the table owns it now
   return code;
 }
 
