@@ -76,6 +76,7 @@ std::optional<std::string> ReadFile(std::string const& path) {
 
 CQMSession::CQMSession(std::ostream& results, std::ostream& errors) : m_results(results), m_errors(errors) {
   qmInitialize("");
+  qmSetDefaultVariableScope('G');  // so that variables outlive the expression that made them
 }
 
 void CQMSession::Evaluate(std::string const& text, std::string const& path) {
