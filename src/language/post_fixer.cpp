@@ -6,7 +6,6 @@
 #include "base/errors.h"
 #include "language/characters.h"
 #include "language/conversion.h"
-#include "language/reversion.h"
 
 namespace qumel {
 
@@ -30,23 +29,6 @@ long CQMPostFixer::ConvertExpression(std::string_view text, std::string& postfix
   long const code = m_conversion->Run(trimmed, postfix);
   m_parseIndex = static_cast<long>(m_conversion->GetPosition());
   return code;
-}
-
-long CQMPostFixer::RevertExpression(std::string_view postfix, std::string& infix, char quoteMark) const {
-  SQMReadingRules rules = m_rules;
-  rules.quoteMark = quoteMark;
-  CQMConversion conversion(rules, m_search);
-  std::string converted;
-  for (EQMReversionModel const model : {EQMReversionModel::Values, EQMReversionModel::Items}) {
-    CQMReversion reversion(rules, m_search, model);
-    if (long const code = reversion.Read(postfix); code != Error::None) return code;
-    std::string text = reversion.Write(quoteMark);
-    bool const goesBack = conversion.Run(text, converted) == Error::None && converted == postfix;
-    // what no text converts to is shown as nearly as can be
-    if (goesBack || model == EQMReversionModel::Values) infix = std::move(text);
-    if (goesBack) break;
-  }
-  return Error::None;
 }
 
 bool CQMPostFixer::TokenIsOperator(std::string_view token) const { return m_search.Find(token).IsOperator(); }

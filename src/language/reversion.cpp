@@ -1,229 +1,70 @@
-// Reading postfix text into fragments: which operands each operator takes.
-#include "language/reversion.h"
-
-#include <algorithm>
-#include <limits>
-
+// Postfix text turned back into infix text, statement by statement.
 #include "base/errors.h"
-#include "base/number_text.h"
-#include "base/operator_ids.h"
+#include "language/conversion.h"
+#include "language/fragment_reversion.h"
+#include "language/infix_writer.h"
+#include "language/itemwise_reversion.h"
+#include "language/post_fixer.h"
+#include "language/reversion_items.h"
 
 namespace qumel {
 
 namespace {
 
-bool IsScopeWord(long id) { return id >= OpId::CosmicScope && id <= OpId::ComplexWord; }
+constexpr std::string_view kEmptyText = "//";  // a note converts to nothing
+constexpr char kStatementEnd = ';';
+
+/** Writes the items of a statement, and puts on trial whether the converter makes the same items of that. */
+class CQMStatementWriter {
+ public:
+  CQMStatementWriter(SQMReadingRules const& rules, CQMOperatorSearch const& search)
+      : m_rules(rules), m_conversion(rules, search), m_writer(rules) {}
+
+  /** items are those of postfix. */
+  std::string Write(std::span<SQMReversionItem const> items, std::string_view postfix) {
+    std::string text = TextOf(CQMFragmentReversion(m_rules, items));
+    if (GoesBack(text, postfix)) return text;
+    std::string itemwise = TextOf(CQMItemwiseReversion(m_rules, items));
+    // what no text converts to is shown as nearly as can be
+    return GoesBack(itemwise, postfix) ? itemwise : text;
+  }
+
+ private:
+  template <class Reversion>
+  std::string TextOf(Reversion&& reversion) {
+    m_writer.Clear();
+    reversion.Write(m_writer);
+    return m_writer.GetText();
+  }
+
+  bool GoesBack(std::string const& text, std::string_view postfix) {
+    return m_conversion.Run(text + kStatementEnd, m_converted) == Error::None && m_converted == postfix;
+  }
+
+  SQMReadingRules const& m_rules;
+  CQMConversion m_conversion;
+  CQMInfixWriter m_writer;
+  std::string m_converted;
+};
 
 }  // namespace
 
-long CQMReversion::Read(std::string_view postfix) {
-  CQMPostfixReader reader(postfix);
-  for (SQMPostfixItem item; reader.Next(item);) {
-    if (long const code = ReadItem(item); code != Error::None) return code;
-  }
-  if (!m_open.empty()) {
-    EndStatement();
-    m_isEnded = false;
+long CQMPostFixer::RevertExpression(std::string_view postfix, std::string& infix, char quoteMark) const {
+  SQMReadingRules rules = m_rules;
+  rules.quoteMark = quoteMark;
+  CQMReversionReader reader(rules, m_search, postfix);
+  CQMStatementWriter writer(rules, m_search);
+  infix = postfix.empty() ? kEmptyText : std::string_view();
+  while (!reader.IsAtEnd()) {
+    std::string_view const rest = reader.GetRest();
+    if (long const code = reader.ReadStatement(); code != Error::None) return code;
+    std::string const text = writer.Write(reader.GetItems(), rest.substr(0, rest.size() - reader.GetRest().size()));
+    infix += text;
+    bool const isLast = reader.IsAtEnd();
+    if (!isLast || text.empty()) infix += kStatementEnd;
+    if (!isLast) infix += ' ';
   }
   return Error::None;
-}
-
-long CQMReversion::ReadItem(SQMPostfixItem const& item) {
-  switch (item.mark) {
-    case PostfixMark::kOperator:
-    case PostfixMark::kMarkedOperator: return ReadOperator(item.text);
-    case PostfixMark::kNumber:
-    case PostfixMark::kName:
-    case PostfixMark::kString: {
-      SQMFragment fragment;
-      fragment.item = item;
-      m_open.push_back(Add(std::move(fragment)));
-      return Error::None;
-    }
-    case PostfixMark::kEnd: EndStatement(); return Error::None;
-    default: return Error::UnknownToken;
-  }
-}
-
-long CQMReversion::ReadOperator(std::string_view text) {
-  std::size_t const point = text.find(PostfixMark::kCount);
-  SQMOperator const* const op = FindOperator(ParseLong(text.substr(0, point)));
-  if (op == nullptr) return Error::UnknownOperator;
-  CQMOpInfo const& info = *op->info;
-  long const counted = point == std::string_view::npos ? info.minOperands : ParseLong(text.substr(point + 1));
-  auto const count = static_cast<std::int32_t>(
-      std::clamp(counted, 0L, static_cast<long>(std::numeric_limits<std::int32_t>::max())));
-
-  SQMFragment fragment;
-  fragment.op = op;
-  fragment.leavesValue =
-      m_model == EQMReversionModel::Items || !LeavesNothing(info.id) || IsTypeWord(info.id);
-  fragment.beginsAnew = LetsGo(info.fix);
-  bool const isInfix = info.fix == EQMFix::Infix;
-  std::vector<Index> left, right;
-  if (info.HasVariableOperands()) {
-    right = TakeWeight(count - (isInfix ? 1 : 0));
-    if (isInfix) left = TakeOperands(1);
-  } else {
-    if (isInfix) TakeSides(count, left, right);
-    else right = TakeOperands(count);
-    bool const standsAtOperand = info.fix == EQMFix::Prefix && info.rightContext == ContextBit::kOperand;
-    if (standsAtOperand) SplitWord(right);
-  }
-  fragment.weight = std::max(WeightOf(left) + WeightOf(right) - count, 0) + 1;
-  switch (info.fix) {
-    case EQMFix::Infix: fragment.shape = info.token == "[" ? EQMShape::Index : EQMShape::Between; break;
-    case EQMFix::Prefix:
-    case EQMFix::MarkedPrefix: fragment.shape = EQMShape::Before; break;
-    case EQMFix::Postfix:
-    case EQMFix::MarkedPostfix: fragment.shape = EQMShape::Behind; break;
-    default: fragment.shape = right.empty() ? EQMShape::Alone : EQMShape::Listed;
-  }
-  if (fragment.shape == EQMShape::Behind || fragment.shape == EQMShape::Listed) std::swap(left, right);
-  fragment.beginsAnew = fragment.beginsAnew || fragment.shape == EQMShape::Listed;
-  FoldWords(left, true);
-  FoldWords(right, isInfix || count == 1);
-  fragment.left = MakePart(left);
-  fragment.right = MakePart(right);
-  m_open.push_back(Add(std::move(fragment)));
-  return Error::None;
-}
-
-CQMReversion::SQMOperator const* CQMReversion::FindOperator(long id) {
-  auto [place, isNew] = m_operators.try_emplace(id);
-  if (isNew) {
-    SQMFoundOperator const found = m_search.FindById(id, m_rules.hierarchical);
-    if (found.info != nullptr)
-      place->second = {found.info, found.precedence, m_search.Find(found.info->token)};
-  }
-  return place->second.info != nullptr ? &place->second : nullptr;
-}
-
-void CQMReversion::EndStatement() {
-  FoldWords(m_open, false);
-  m_statements.push_back(MakePart(m_open));
-  m_open.clear();
-  m_isEnded = true;
-}
-
-std::vector<CQMReversion::Index> CQMReversion::TakeFrom(std::size_t begin) {
-  std::vector<Index> taken(m_open.begin() + static_cast<std::ptrdiff_t>(begin), m_open.end());
-  m_open.resize(begin);
-  return taken;
-}
-
-/** The last values, as many as there are up to count, with all that lies between and behind them. */
-std::vector<CQMReversion::Index> CQMReversion::TakeOperands(std::int32_t count) {
-  std::size_t begin = m_open.size();
-  for (std::size_t i = begin; i > 0 && count > 0; --i) {
-    if (!m_fragments[m_open[i - 1]].leavesValue) continue;
-    begin = i - 1;
-    --count;
-  }
-  return TakeFrom(begin);
-}
-
-/** Operands of an infix operator: the last value, and what follows it, on the right. A value that is the only
- * one has a word without a value on its left, or else stands there itself. */
-void CQMReversion::TakeSides(std::int32_t count, std::vector<Index>& left, std::vector<Index>& right) {
-  right = TakeOperands(count);
-  auto const isValue = [this](Index i) { return m_fragments[i].leavesValue; };
-  auto const values = std::ranges::count_if(right, isValue);
-  if (values < std::min(count, 2) && !m_open.empty()) left = TakeFrom(m_open.size() - 1);
-  if (values < 2 && left.empty()) {
-    std::swap(left, right);
-  } else if (values >= 2) {
-    auto const split = std::find_if(right.rbegin(), right.rend(), isValue).base() - 1;
-    left.assign(right.begin(), split);
-    right.erase(right.begin(), split);
-  }
-}
-
-std::vector<CQMReversion::Index> CQMReversion::TakeWeight(std::int32_t weight) {
-  std::size_t begin = m_open.size();
-  while (begin > 0 && weight > 0) weight -= m_fragments[m_open[--begin]].weight;
-  return TakeFrom(begin);
-}
-
-std::int32_t CQMReversion::WeightOf(std::vector<Index> const& fragments) const {
-  std::int32_t weight = 0;
-  for (Index const i : fragments) weight += m_fragments[i].weight;
-  return weight;
-}
-
-/** A sign whose operand must be next to it may have a word without an operand behind that: "-x if then". Its
- * operand is taken back from the word, where operands do not begin with one of their own. */
-void CQMReversion::SplitWord(std::vector<Index>& operands) {
-  bool const beginsWithOperand = !operands.empty() &&
-                                 m_fragments[operands.front()].first.itemClass != EQMItemClass::Operator &&
-                                 m_fragments[operands.front()].first.itemClass != EQMItemClass::OpenParen;
-  if (beginsWithOperand) return;
-  m_open.insert(m_open.end(), operands.begin(), operands.end());
-  auto const isWord = [this](Index i) {
-    return m_fragments[i].shape == EQMShape::Before &&
-           m_fragments[i].op->info->leftContext == ContextBit::kAnywhere;
-  };
-  std::size_t begin = m_open.size();
-  while (begin > 0 && isWord(m_open[begin - 1]) && m_fragments[m_open[begin - 1]].right.count == 0) --begin;
-  SQMPart const part =
-      begin > 0 && isWord(m_open[begin - 1]) ? m_fragments[m_open[begin - 1]].right : SQMPart{};
-  if (part.count != 1 || m_fragments[m_parts[part.begin]].shape != EQMShape::Operand) {
-    operands = TakeFrom(m_open.size() - operands.size());
-    return;
-  }
-  SQMFragment word;
-  word.op = m_fragments[m_open[begin - 1]].op;
-  word.shape = EQMShape::Before;
-  word.leavesValue = m_fragments[m_open[begin - 1]].leavesValue;
-  operands = TakeFrom(begin);
-  m_open.back() = m_parts[part.begin];
-  operands.insert(operands.begin(), {m_open.back(), Add(std::move(word))});
-  m_open.pop_back();
-}
-
-bool CQMReversion::IsLoneWord(Index fragment) const {
-  SQMFragment const& word = m_fragments[fragment];
-  return word.shape == EQMShape::Alone && word.op->info->fix == EQMFix::StatementKeyword;
-}
-
-// Words that stand before their operand in the text stand behind it in postfix text.
-void CQMReversion::FoldWords(std::vector<Index>& fragments, bool all) {
-  if (m_model == EQMReversionModel::Items) return;
-  std::size_t kept = 0;
-  for (std::size_t i = 0; i < fragments.size(); ++i) {
-    Index const fragment = fragments[i];
-    if (kept > 0 && IsLoneWord(fragment) && m_fragments[fragments[kept - 1]].leavesValue) {
-      long const id = m_fragments[fragment].op->info->id;
-      if (all || IsScopeWord(id) || (IsModeOperator(id) && i + 1 == fragments.size())) {
-        fragments[kept - 1] = FoldWord(fragments[kept - 1], fragment);
-        continue;
-      }
-    }
-    fragments[kept++] = fragment;
-  }
-  fragments.resize(kept);
-}
-
-CQMReversion::Index CQMReversion::FoldWord(Index operand, Index word) {
-  SQMFragment folded;
-  folded.op = m_fragments[word].op;
-  folded.shape = EQMShape::Before;
-  folded.beginsAnew = true;
-  folded.weight = m_fragments[operand].weight + m_fragments[word].weight;
-  folded.right = MakePart({operand});
-  return Add(std::move(folded));
-}
-
-CQMReversion::SQMPart CQMReversion::MakePart(std::vector<Index> const& fragments) {
-  SQMPart const part{static_cast<Index>(m_parts.size()), static_cast<Index>(fragments.size())};
-  m_parts.insert(m_parts.end(), fragments.begin(), fragments.end());
-  return part;
-}
-
-CQMReversion::Index CQMReversion::Add(SQMFragment&& fragment) {
-  Arrange(fragment);
-  m_fragments.push_back(std::move(fragment));
-  return static_cast<Index>(m_fragments.size() - 1);
 }
 
 }  // namespace qumel

@@ -1,6 +1,6 @@
 // Where the fragments of a reverted text need parentheses, so that it converts back to what it came from.
 #include "base/operator_ids.h"
-#include "language/reversion.h"
+#include "language/fragment_reversion.h"
 
 namespace qumel {
 
@@ -25,52 +25,52 @@ bool IsImplied(CQMOpInfo const& info) { return info.id == OpId::ImpliedMultiplic
 
 // ---- parts and their edges ----
 
-std::span<CQMReversion::Index const> CQMReversion::FragmentsOf(SQMPart const& part) const {
+std::span<CQMFragmentReversion::Index const> CQMFragmentReversion::FragmentsOf(SQMPart const& part) const {
   return std::span(m_parts).subspan(static_cast<std::size_t>(part.begin),
                                     static_cast<std::size_t>(part.count));
 }
 
-CQMReversion::SQMFragment const* CQMReversion::BareFragment(SQMPart const& part) const {
+CQMFragmentReversion::SQMFragment const* CQMFragmentReversion::BareFragment(SQMPart const& part) const {
   return !part.isEnclosed && part.count == 1 ? &m_fragments[m_parts[part.begin]] : nullptr;
 }
 
-CQMReversion::SQMEdge CQMReversion::FirstOf(SQMPart const& part) const {
+CQMFragmentReversion::SQMEdge CQMFragmentReversion::FirstOf(SQMPart const& part) const {
   if (part.isEnclosed || part.count == 0) return {EQMItemClass::OpenParen};
   return m_fragments[FragmentsOf(part).front()].first;
 }
 
-CQMReversion::SQMEdge CQMReversion::LastOf(SQMPart const& part) const {
+CQMFragmentReversion::SQMEdge CQMFragmentReversion::LastOf(SQMPart const& part) const {
   if (part.isEnclosed || part.count == 0) return {EQMItemClass::CloseParen};
   return m_fragments[FragmentsOf(part).back()].last;
 }
 
-bool CQMReversion::NeedsLeadingComma(SQMPart const& part) const {
+bool CQMFragmentReversion::NeedsLeadingComma(SQMPart const& part) const {
   if (part.count == 0) return false;
   SQMEdge const& first = m_fragments[FragmentsOf(part).front()].first;
   return !IsChosen(first, EQMItemClass::OpenParen, first.inner);
 }
 
-bool CQMReversion::NeedsTrailingComma(SQMPart const& part) const {
+bool CQMFragmentReversion::NeedsTrailingComma(SQMPart const& part) const {
   if (part.count == 0) return false;
   SQMEdge const& last = m_fragments[FragmentsOf(part).back()].last;
   return !IsChosen(last, last.inner, EQMItemClass::CloseParen);
 }
 
 /** What follows the bracket of an index. */
-EQMItemClass CQMReversion::InsideBrackets(SQMPart const& part) const {
+EQMItemClass CQMFragmentReversion::InsideBrackets(SQMPart const& part) const {
   if (part.count == 0 || NeedsLeadingComma(part)) return EQMItemClass::OpenParen;
   return m_fragments[FragmentsOf(part).front()].first.itemClass;
 }
 
 /** True of operands and parentheses; of an operator, whether its token is read as this operator there. */
-bool CQMReversion::IsChosen(SQMEdge const& token, EQMItemClass previous, EQMItemClass next) const {
+bool CQMFragmentReversion::IsChosen(SQMEdge const& token, EQMItemClass previous, EQMItemClass next) const {
   if (token.op == nullptr) return true;
   SQMFoundOperator const found =
       CQMOperatorSearch::Choose(token.op->rows, previous, next, m_rules.hierarchical);
   return found.info != nullptr && found.info->id == token.op->info->id;
 }
 
-bool CQMReversion::Multiplies(SQMEdge const& last, SQMEdge const& first) const {
+bool CQMFragmentReversion::Multiplies(SQMEdge const& last, SQMEdge const& first) const {
   static SQMOperatorToken const kNoRows;
   return m_rules.impliedMultiplication &&
          EndsFactor(last.itemClass, last.op != nullptr ? last.op->rows : kNoRows) &&
@@ -80,7 +80,7 @@ bool CQMReversion::Multiplies(SQMEdge const& last, SQMEdge const& first) const {
 // ---- what may stand without parentheses ----
 
 /** Every operator that still waits at the end of the part must be let go when by is read. */
-bool CQMReversion::MayStandLeft(SQMPart const& part, SQMOperator const& by) const {
+bool CQMFragmentReversion::MayStandLeft(SQMPart const& part, SQMOperator const& by) const {
   if (part.count != 1) return false;
   for (SQMFragment const* at = &m_fragments[m_parts[part.begin]]; at != nullptr && at->op != nullptr;) {
     bool const waits = !ClosesItself(at->op->info->fix);
@@ -93,7 +93,7 @@ bool CQMReversion::MayStandLeft(SQMPart const& part, SQMOperator const& by) cons
 }
 
 /** No operator of the part that is compared with by may let it go. */
-bool CQMReversion::MayStandRight(SQMPart const& part, SQMOperator const& by) const {
+bool CQMFragmentReversion::MayStandRight(SQMPart const& part, SQMOperator const& by) const {
   if (part.count != 1 || m_fragments[m_parts[part.begin]].beginsAnew) return false;
   for (SQMFragment const* at = &m_fragments[m_parts[part.begin]]; at != nullptr && at->op != nullptr;) {
     if (!BindsTighter(*at->op->info, at->op->precedence, *by.info, by.precedence)) return false;
@@ -105,7 +105,7 @@ bool CQMReversion::MayStandRight(SQMPart const& part, SQMOperator const& by) con
 }
 
 /** An operand with words behind it that wait in front of by: "-x if y". */
-bool CQMReversion::MayStandInRow(SQMPart const& part, SQMOperator const& by) const {
+bool CQMFragmentReversion::MayStandInRow(SQMPart const& part, SQMOperator const& by) const {
   if (part.count < 2) return false;
   auto const row = FragmentsOf(part);
   if (m_fragments[row.front()].shape != EQMShape::Operand) return false;
@@ -124,7 +124,7 @@ bool CQMReversion::MayStandInRow(SQMPart const& part, SQMOperator const& by) con
 
 // ---- arranging ----
 
-void CQMReversion::Arrange(SQMFragment& fragment) const {
+void CQMFragmentReversion::Arrange(SQMFragment& fragment) const {
   if (fragment.op != nullptr) {
     bool const hasLeft = fragment.shape == EQMShape::Between || fragment.shape == EQMShape::Behind ||
                          fragment.shape == EQMShape::Index;
@@ -154,7 +154,7 @@ void CQMReversion::Arrange(SQMFragment& fragment) const {
 }
 
 /** Whether the tokens of a fragment are read as they are meant, seen from within. */
-bool CQMReversion::Suits(SQMFragment const& fragment) const {
+bool CQMFragmentReversion::Suits(SQMFragment const& fragment) const {
   SQMOperator const& op = *fragment.op;
   SQMEdge const own{EQMItemClass::Operator, &op};
   SQMEdge const left = LastOf(fragment.left), right = FirstOf(fragment.right);
@@ -178,7 +178,7 @@ bool CQMReversion::Suits(SQMFragment const& fragment) const {
   }
 }
 
-void CQMReversion::SetEdges(SQMFragment& fragment) const {
+void CQMFragmentReversion::SetEdges(SQMFragment& fragment) const {
   if (fragment.op == nullptr) {
     fragment.first = fragment.last = {OperandClass(fragment.item.mark)};
     return;
@@ -212,22 +212,18 @@ void CQMReversion::SetEdges(SQMFragment& fragment) const {
   }
 }
 
-/** What keeps two neighbours of a list apart: a blank where a word does that by itself, else a comma. */
-char const* CQMReversion::JointOf(Index left, Index right, bool inList) const {
-  constexpr char const* kBlank = " ";
-  constexpr char const* kComma = ", ";
+/** Neighbours of a list need a comma where no word keeps them apart by itself. */
+bool CQMFragmentReversion::NeedsComma(Index left, Index right, bool inList) const {
   SQMEdge const& last = m_fragments[left].last;
   SQMEdge const& first = m_fragments[right].first;
   EQMItemClass const before = last.op != nullptr ? AddedClass(*last.op->info) : last.itemClass;
   EQMFix const lastFix = last.op != nullptr ? last.op->info->fix : EQMFix::None;
-  if (!IsChosen(first, before, first.inner) || !IsChosen(last, last.inner, first.itemClass)) return kComma;
-  if (ClosesItself(lastFix)) return kBlank;
-  if (first.op == nullptr) return kComma;
-  if (LetsGo(first.op->info->fix)) return inList && !LetsGo(lastFix) ? kComma : kBlank;
-  if (lastFix != EQMFix::StatementKeyword) return kComma;
-  bool const waitsOn =
-      BindsTighter(*first.op->info, first.op->precedence, *last.op->info, last.op->precedence);
-  return waitsOn ? kComma : kBlank;
+  if (!IsChosen(first, before, first.inner) || !IsChosen(last, last.inner, first.itemClass)) return true;
+  if (ClosesItself(lastFix)) return false;
+  if (first.op == nullptr) return true;
+  if (LetsGo(first.op->info->fix)) return inList && !LetsGo(lastFix);
+  return lastFix != EQMFix::StatementKeyword ||
+         BindsTighter(*first.op->info, first.op->precedence, *last.op->info, last.op->precedence);
 }
 
 }  // namespace qumel

@@ -3,48 +3,27 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
-#include "engine/postfix_reader.h"
-#include "language/operator_search.h"
-#include "language/reading_rules.h"
+#include "language/infix_writer.h"
+#include "language/reversion_items.h"
 
 namespace qumel {
-
-/** What counts as an operand when operators look for theirs. Where all have theirs the first reading is
- * right. */
-enum class EQMReversionModel {
-  Values,  // what leaves a value when it runs: words of scope, mode and control lie between operands
-  Items,   // every item, as the converter counts argument lists
-};
 
 /** Postfix text is read into fragments, one for each operand or operator with its operands; each fragment
  * decides once whether its operands need parentheses, so that the converter, reading the written text, meets
  * the same operators in the same places and lets them go in the same order. The work is linear in the text,
  * and nothing nests calls. */
-class CQMReversion {
+class CQMFragmentReversion {
  public:
   /** Both must outlive the reversion. */
-  CQMReversion(SQMReadingRules const& rules, CQMOperatorSearch const& search, EQMReversionModel model)
-      : m_rules(rules), m_search(search), m_model(model) {}
-
-  /** UnknownOperator, UnknownToken, or 0. postfix must outlive the reversion. */
-  long Read(std::string_view postfix);
-  /** The infix text of what was read. */
-  std::string Write(char quoteMark);
+  CQMFragmentReversion(SQMReadingRules const& rules, std::span<SQMReversionItem const> items);
+  void Write(CQMInfixWriter& writer);
 
  private:
   using Index = std::int32_t;
-  static constexpr Index kNone = -1;
 
-  struct SQMOperator {
-    CQMOpInfoRef info;
-    std::uint32_t precedence = 0;
-    SQMOperatorToken rows;  // all that share its token
-  };
+  using SQMOperator = SQMReversionOperator;
 
   enum class EQMShape : std::uint8_t {
     Operand,
@@ -81,18 +60,17 @@ class CQMReversion {
     SQMEdge first, last;
   };
 
+  enum class EQMPiece : std::uint8_t { Fragment, Operator, OpenParen, Mark, Comma, Blank };
   /** Text to be written, or the fragment to be written there. */
   struct SQMPiece {
-    Index fragment = kNone;
+    EQMPiece kind;
     char const* text = "";
-    bool joins = false;  // a blank keeps it apart where one is needed
+    Index fragment = 0;
   };
 
   // Reading: from items to fragments.
-  long ReadItem(SQMPostfixItem const& item);
-  long ReadOperator(std::string_view text);
-  SQMOperator const* FindOperator(long id);
-  void EndStatement();
+  void Add(SQMReversionItem const& item);
+  void AddOperator(SQMOperator const& op, std::int32_t count);
   std::vector<Index> TakeOperands(std::int32_t count);
   void TakeSides(std::int32_t count, std::vector<Index>& left, std::vector<Index>& right);
   std::vector<Index> TakeWeight(std::int32_t weight);
@@ -121,28 +99,20 @@ class CQMReversion {
   bool NeedsTrailingComma(SQMPart const& part) const;
   bool Multiplies(SQMEdge const& last, SQMEdge const& first) const;
   bool IsChosen(SQMEdge const& token, EQMItemClass previous, EQMItemClass next) const;
-  char const* JointOf(Index left, Index right, bool inList) const;
+  bool NeedsComma(Index left, Index right, bool inList) const;
 
   // Writing.
-  void WritePieces(char quoteMark, std::string& out);
   void PushFragment(SQMFragment const& fragment);
+  void PushIndexes(SQMPart const& part);
   void PushPart(SQMPart const& part);
   void PushList(std::span<Index const> fragments, bool inList);
-  void WriteOperand(SQMPostfixItem const& item, char quoteMark, std::string& out);
-  std::string NumberText(std::string_view number) const;
-  void Join(std::string_view text, EQMItemClass itemClass, std::string& out);
 
   SQMReadingRules const& m_rules;
-  CQMOperatorSearch const& m_search;
-  EQMReversionModel m_model;
-  std::unordered_map<long, SQMOperator> m_operators;
   std::vector<SQMFragment> m_fragments;
   std::vector<Index> m_parts;
   std::vector<Index> m_open;  // fragments of this statement that no operator took yet
-  std::vector<SQMPart> m_statements;
-  bool m_isEnded = false;                          // the last statement has its end
-  std::vector<SQMPiece> m_pieces;                  // still to be written, the next one last
-  EQMItemClass m_lastClass = EQMItemClass::Start;  // of the token written last
+  SQMPart m_statement;
+  std::vector<SQMPiece> m_pieces;  // still to be written, the next one last
 };
 
 }  // namespace qumel

@@ -1,0 +1,98 @@
+// Writing the fragments of a reverted statement, without nesting calls.
+#include "base/operator_ids.h"
+#include "language/fragment_reversion.h"
+
+namespace qumel {
+
+void CQMFragmentReversion::Write(CQMInfixWriter& writer) {
+  PushList(FragmentsOf(m_statement), false);
+  while (!m_pieces.empty()) {
+    SQMPiece const piece = m_pieces.back();
+    m_pieces.pop_back();
+    switch (piece.kind) {
+      case EQMPiece::Mark: writer.AddMark(piece.text); break;
+      case EQMPiece::Comma: writer.AddMark(", "); break;
+      case EQMPiece::Blank: writer.AddBlank(); break;
+      case EQMPiece::Operator: writer.AddOperator(piece.text); break;
+      case EQMPiece::OpenParen: writer.OpenParen(); break;
+      case EQMPiece::Fragment: {
+        SQMFragment const& fragment = m_fragments[piece.fragment];
+        if (fragment.op != nullptr) PushFragment(fragment);
+        else writer.AddOperand(fragment.item);
+      }
+    }
+  }
+}
+
+// Pieces are pushed last to first.
+
+void CQMFragmentReversion::PushFragment(SQMFragment const& fragment) {
+  SQMPiece const token{EQMPiece::Operator, fragment.op->info->token.c_str()};
+  switch (fragment.shape) {
+    case EQMShape::Before:
+      PushPart(fragment.right);
+      m_pieces.push_back(token);
+      break;
+    case EQMShape::Between:
+      PushPart(fragment.right);
+      if (fragment.op->info->id != OpId::ImpliedMultiplication) m_pieces.push_back(token);
+      PushPart(fragment.left);
+      break;
+    case EQMShape::Behind:
+      m_pieces.push_back(token);
+      PushPart(fragment.left);
+      break;
+    case EQMShape::Index:
+      PushIndexes(fragment.right);
+      PushPart(fragment.left);
+      break;
+    case EQMShape::Listed: {
+      SQMEdge const last = LastOf(fragment.left);
+      bool const needsNoComma =
+          LetsGo(fragment.op->info->fix) && IsChosen(last, last.inner, EQMItemClass::Operator);
+      m_pieces.push_back(token);
+      m_pieces.push_back({needsNoComma ? EQMPiece::Blank : EQMPiece::Comma});
+      PushList(FragmentsOf(fragment.left), true);
+      break;
+    }
+    default: m_pieces.push_back(token);
+  }
+}
+
+void CQMFragmentReversion::PushIndexes(SQMPart const& part) {
+  m_pieces.push_back({EQMPiece::Mark, "]"});
+  if (part.count == 0 || NeedsLeadingComma(part)) {  // no comma may follow the bracket
+    SQMPart enclosed = part;
+    enclosed.isEnclosed = true;
+    PushPart(enclosed);
+  } else {
+    if (NeedsTrailingComma(part)) m_pieces.push_back({EQMPiece::Comma});
+    PushList(FragmentsOf(part), true);
+  }
+  m_pieces.push_back({EQMPiece::Mark, "["});
+}
+
+void CQMFragmentReversion::PushPart(SQMPart const& part) {
+  bool const isEnclosed = part.isEnclosed || part.count == 0;
+  if (isEnclosed) m_pieces.push_back({EQMPiece::Mark, ")"});
+  if (isEnclosed && NeedsTrailingComma(part)) m_pieces.push_back({EQMPiece::Comma});
+  if (part.isRow) {
+    auto const row = FragmentsOf(part);
+    for (auto at = row.rbegin(); at != row.rend(); ++at) m_pieces.push_back({EQMPiece::Fragment, "", *at});
+  } else {
+    PushList(FragmentsOf(part), true);
+  }
+  if (isEnclosed && NeedsLeadingComma(part)) m_pieces.push_back({EQMPiece::Comma});
+  if (isEnclosed) m_pieces.push_back({EQMPiece::OpenParen});
+}
+
+void CQMFragmentReversion::PushList(std::span<Index const> fragments, bool inList) {
+  for (std::size_t i = fragments.size(); i > 0; --i) {
+    m_pieces.push_back({EQMPiece::Fragment, "", fragments[i - 1]});
+    if (i == 1) break;
+    bool const needsComma = NeedsComma(fragments[i - 2], fragments[i - 1], inList);
+    m_pieces.push_back({needsComma ? EQMPiece::Comma : EQMPiece::Blank});
+  }
+}
+
+}  // namespace qumel

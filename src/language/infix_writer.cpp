@@ -1,0 +1,109 @@
+// Operands as they are written, and blanks where tokens would run together.
+#include "language/infix_writer.h"
+
+#include <algorithm>
+
+#include "language/characters.h"
+
+namespace qumel {
+
+namespace {
+
+constexpr char kPoint = '.', kComma = ',';
+/** Keeps a comma in front of it a radix mark, which white space would not. */
+constexpr std::string_view kBlankBehindRadixComma = "//\n";
+
+struct SQMEscape {
+  char character, letter;
+};
+constexpr SQMEscape kEscapes[] = {{'\b', 'b'}, {'\f', 'f'}, {'\n', 'n'}, {'\r', 'r'},
+                                  {'\t', 't'}, {'\v', 'v'}, {'\\', '\\'}};
+
+std::string Quoted(std::string_view text, char quoteMark) {
+  std::string out(1, quoteMark);
+  for (char const c : text) {
+    auto const escape = std::ranges::find(kEscapes, c, &SQMEscape::character);
+    bool const isEscape = escape != std::end(kEscapes);
+    if (isEscape || c == quoteMark) out += '\\';
+    out += isEscape ? escape->letter : c;
+  }
+  return out + quoteMark;
+}
+
+/** How a base is written in front of its digits. */
+std::string_view BaseMark(char letter) {
+  switch (letter) {
+    case 'b': return "0b";
+    case 'h': return "0x";
+    case 'o': return "0o";
+    case 't': return "0t";
+    default: return "0d";
+  }
+}
+
+bool IsSign(char c) { return IsPunctuation(c) && c != '_'; }
+
+}  // namespace
+
+void CQMInfixWriter::AddOperand(SQMPostfixItem const& item) {
+  switch (item.mark) {
+    case PostfixMark::kNumber: Join(NumberText(item.text), EQMItemClass::Number); break;
+    case PostfixMark::kString: Join(Quoted(item.text, m_rules.quoteMark), EQMItemClass::String); break;
+    default: Join(item.text, EQMItemClass::Name);
+  }
+}
+
+void CQMInfixWriter::AddMark(std::string_view mark) {
+  m_text += mark;
+  m_lastClass = EQMItemClass::Start;
+}
+
+void CQMInfixWriter::AddBlank() {
+  m_text += EndsWithOpenNumber() ? kBlankBehindRadixComma : " ";
+  m_lastClass = EQMItemClass::Start;
+}
+
+void CQMInfixWriter::Clear() {
+  m_text.clear();
+  m_lastClass = EQMItemClass::Start;
+}
+
+/** A number whose last character is the radix mark, where that is a comma. */
+bool CQMInfixWriter::EndsWithOpenNumber() const {
+  return m_lastClass == EQMItemClass::Number && m_text.back() == kComma;
+}
+
+// One blank between two letters or two signs, where a digit or an underscore counts as a letter and square
+// brackets never ask for one; and where two tokens would be read as one.
+void CQMInfixWriter::Join(std::string_view token, EQMItemClass itemClass) {
+  if (token.empty()) return;
+  char const last = m_text.empty() ? ' ' : m_text.back(), first = token.front();
+  bool const isInside = last == '(' || last == '[';
+  bool const lettersMeet = IsNamePart(last) && IsNamePart(first);
+  bool const signsMeet = IsSign(last) && IsSign(first) && last != ']' && first != '[';
+  // a sign goes on through underscores
+  bool const lengthensSign =
+      m_lastClass == EQMItemClass::Operator && IsPunctuation(last) && IsPunctuation(first);
+  bool const lengthensNumber = m_lastClass == EQMItemClass::Number &&
+                               (IsSign(last) || first == kPoint ||
+                                ((last == 'E' || last == 'X') && (first == '+' || first == '-')));
+  bool const makesNumber = last == kPoint && IsDigit(first);
+  bool const meet = lettersMeet || signsMeet || lengthensSign || lengthensNumber || makesNumber;
+  if (EndsWithOpenNumber() ? IsNamePart(first) : meet && !isInside) AddBlank();
+  m_text += token;
+  m_lastClass = itemClass;
+}
+
+std::string CQMInfixWriter::NumberText(std::string_view number) const {
+  if (number.empty()) return {};
+  std::string text(number.substr(1));
+  bool const hasPoint = m_rules.radixMark == kPoint;
+  bool const begins =
+      !text.empty() &&
+      (IsDigit(text[0]) || (text[0] == kPoint && hasPoint && text.size() > 1 && IsDigit(text[1])));
+  if (!hasPoint) std::ranges::replace(text, kPoint, m_rules.radixMark);
+  if (number.front() != 'd' || !begins) text.insert(0, BaseMark(number.front()));
+  return text;
+}
+
+}  // namespace qumel

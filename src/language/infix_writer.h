@@ -1,0 +1,40 @@
+// Infix text written token by token.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "engine/postfix_reader.h"
+#include "language/op_info.h"
+#include "language/reading_rules.h"
+
+namespace qumel {
+
+/** Keeps tokens apart that would be read as one. */
+class CQMInfixWriter {
+ public:
+  /** Must outlive the writer. */
+  explicit CQMInfixWriter(SQMReadingRules const& rules) : m_rules(rules) {}
+
+  /** A number, name or string, as it is written in texts. */
+  void AddOperand(SQMPostfixItem const& item);
+  void AddOperator(std::string_view token) { Join(token, EQMItemClass::Operator); }
+  void OpenParen() { Join("(", EQMItemClass::Start); }
+  /** Marks of structure, and blanks around them. */
+  void AddMark(std::string_view mark);
+  void AddBlank();
+
+  std::string const& GetText() const { return m_text; }
+  void Clear();
+
+ private:
+  void Join(std::string_view token, EQMItemClass itemClass);
+  std::string NumberText(std::string_view number) const;
+  bool EndsWithOpenNumber() const;
+
+  SQMReadingRules const& m_rules;
+  std::string m_text;
+  EQMItemClass m_lastClass = EQMItemClass::Start;  // of the token written last; Start behind a mark
+};
+
+}  // namespace qumel
