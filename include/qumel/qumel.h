@@ -4,18 +4,18 @@
  *
  * Contexts. Every evaluation, variable, setting and error belongs to a context. A thread works in its
  *   current context; its first call that needs one gets the default context, which is the primary context,
- *   "Qumel", unless a host chose another. "Without a context" below means that none could be had: the
- *   primary context exists but no default does, memory is exhausted, or qmUnloadQumel has been called.
- *   Every function then answers with its failure value and does nothing.
+ *   "Qumel", unless a host chose another. "Without a context" below means that none could be had: memory is
+ *   exhausted, or qmUnloadQumel has been called. Functions that need a context then answer with their failure
+ *   value and do nothing.
  * Null. A null text, name or pointer never crashes: a null name names nothing, a null expression text is an
  *   empty one, and nothing is written through a null pointer.
  * Truth. bool is that of <stdbool.h>; true is success or yes.
  * Texts. Arguments are NUL-terminated, are read during the call and not kept. A returned text belongs to
  *   the library; copy it before the next call of the same kind, which overwrites it, and do not free it. A
  *   result text has at most 1023 characters.
- * Last error. A context keeps the code of its last failure. Evaluating and parsing set it, to 0 on success.
- *   Functions on variables and operators set it on failure; most leave it as it was on success, so clear it
- *   first (qmClearLastError) where its value matters.
+ * Last error. A context keeps the code of its last failure. Evaluating, parsing, checking, annotating and
+ *   reverting set it, to 0 on success. Functions on variables and operators set it on failure; most leave
+ *   it as it was on success, so clear it first (qmClearLastError) where its value matters.
  * Handles. A 64-bit number that names a context, a parsed expression, a variable or, during its callback,
  *   an operator. 0 names nothing. A handle whose object is gone names nothing and is safe to use.
  * Letters. Choices are single characters, listed with each function, in capital letters.
@@ -25,7 +25,8 @@
  * Threads. Any thread may call any function. Threads that use different contexts need no care; threads that
  *   share a context take turns, by a lock of their own or by qmLockContext. Process-wide names are visible
  *   to all contexts: define and delete them while no other thread evaluates. Each thread has a record of
- *   its own that lives until qmReset, qmRelease or qmUnloadQumel.
+ *   its own that lives until qmReset, qmRelease or qmUnloadQumel, not until the thread ends: a later thread
+ *   to which the system gives the same id takes it over, with its contexts and settings.
  * Exceptions. None leaves the library. A failure to allocate is error 3230.
  */
 #ifndef QUMEL_QUMEL_H
@@ -152,7 +153,7 @@ enum EQMErrorCode {
 
 /** Starts the library: the calling thread gets a record, and the primary context is made. Call it first.
  *  text     not interpreted; may be null
- *  returns  true once; false when the library has been started before */
+ *  returns  true once; false when the library has been started or unloaded before */
 QM_API bool qmInitialize(char const* text);
 
 /** Does nothing; there for hosts that load the library by hand. Returns true. */
@@ -167,8 +168,8 @@ QM_API bool qmReset(void);
 /** The same as qmReset. */
 QM_API bool qmRelease(void);
 
-/** Destroys everything. From then on every function answers with its failure value; the library does not
- *  start again in this process. Returns true.
+/** Destroys everything. From then on every function that needs a context or a thread record answers with its
+ *  failure value; the library does not start again in this process. Returns true.
  *  threads  no other thread may be in a call */
 QM_API bool qmUnloadQumel(void);
 
@@ -187,11 +188,14 @@ QM_API long qmGetNextQumelObjectSerialNumber(void);
  * A context has variables, operators, settings and errors of its own. Public contexts are seen by all
  * threads, private ones by the thread that made them. The name "Qumel" stands for the primary context and
  * is refused for others. Names are told apart by case.
+ *
+ * A new context takes settings over from the thread that makes it: those that the thread chose, or that its
+ * current context had when it became current. Mode words in expressions do not count among them.
  * ====================================================================================================== */
 
 /** Makes a public context, with the settings of the calling thread at this moment (all but inverted
- *  indices, forced complex results, default scope and precision, which get their defaults). It does not
- *  become current.
+ *  indices, forced complex results, default scope and precision, which get the defaults false, false, 'L'
+ *  and 12). It does not become current.
  *  name     any text but "Qumel"; a name in use gives the context that has it
  *  returns  the context's handle; 0 for a null or reserved name */
 QM_API unsigned long long qmCreatePublicContext(char const* name);
@@ -214,7 +218,8 @@ QM_API bool qmDestroyPrivateContext(char const* name);
  *  public one. The thread's settings become those of the context.
  *  lock     waits until no other thread has the context locked, and locks it; the primary context is never
  *           locked. A lock on the context that was current before is kept.
- *  returns  the context's handle; 0, and nothing changes, when there is none of that name */
+ *  returns  the context's handle; 0, and nothing changes, when there is none of that name or it is destroyed
+ *           during the wait */
 QM_API unsigned long long qmSetContext(char const* name, bool lock);
 
 /** Makes a public context, or "Qumel", the default: threads that have no current context get it.
@@ -242,11 +247,13 @@ QM_API unsigned long long qmGetCurrentContextHandle(void);
 
 /** Waits until no other thread has the current context locked, and locks it. The lock is an agreement among
  *  threads that take it: evaluation itself takes none.
- *  returns  true when this thread has the lock; false without a context and in the primary one */
+ *  returns  true when this thread has the lock; false in the primary context, without a current one (none is
+ *           chosen here), and when it is destroyed during the wait */
 QM_API bool qmLockContext(void);
 
 /** Gives the lock on the current context back.
- *  returns  true when this thread has no lock now; false without a context and in the primary one */
+ *  returns  true when the context is not locked by this thread now; false in the primary context and without
+ *           a current one */
 QM_API bool qmReleaseContext(void);
 
 /** The thread has no current context afterwards; a lock on it is given back, and the thread's settings get
@@ -272,17 +279,18 @@ QM_API char qmEvalExpStr(char const* text);
  *  and 0.0 without a context. */
 QM_API double qmEvalExpStrToNum(char const* text);
 
-/** Evaluates text to a complex number. Returns the real part and writes the imaginary part to *imaginary,
- *  unless that is null or the result a text. Without a context 0.0. */
+/** Evaluates text to a complex number, with texts and truth values as in qmEvalExpStrToNum. Returns the real
+ *  part and writes the imaginary part to *imaginary, unless that is null or the result is a text or none.
+ *  After an error the real part of the result before, with nothing written, and 0.0 without a context. */
 QM_API double qmEvalExpStrToComp(char const* text, double* imaginary);
 
-/** Evaluates text to a truth value: numbers are true unless 0, texts unless empty. False without a
- *  context. */
+/** Evaluates text to a truth value: numbers are true unless 0, texts unless empty; the imaginary part counts
+ *  while complex results are allowed. After an error the truth value before, and false without a context. */
 QM_API bool qmEvalExpStrToBool(char const* text);
 
 /** Evaluates text and writes the result under the settings of the context: base, precision, decimal point
- *  and coordinate format. Empty after an error, and null without a context. The text lives until the next
- *  evaluation in the context. */
+ *  and coordinate format. After an error the text before (ask qmGetLastErrorID), and null without a context.
+ *  The text lives until the next evaluation in the context. */
 QM_API char const* qmEvalExpStrToStr(char const* text);
 
 /* ======================================================================================================
@@ -367,9 +375,10 @@ QM_API long qmGetLastParseIndex(void);
  *
  * Without a current context they are kept for the thread and go into the contexts that it creates. With
  * one, the first group changes nothing, since it steers how the context was made; the second group acts at
- * once, in the context too. A value that is not listed changes nothing. Getters answer for the current
- * context if there is one, else for the thread, and with the value named here when the thread can have no
- * record.
+ * once, in the context too. When a context becomes current the thread takes its settings over; when it is
+ * cleared or destroyed they get their defaults. A value that is not listed changes nothing. Getters answer
+ * for the current context if there is one, else for the thread, and with the value named here when the
+ * thread can have no record.
  * ====================================================================================================== */
 
 /* ---- chosen before a context is created ---- */
@@ -428,15 +437,17 @@ QM_API void qmSetFormattedResultPrecisionLimit(int digits);
 /** Digits after the decimal point; 0 without a record. */
 QM_API int qmGetFormattedResultPrecisionLimit(void);
 
-/** Whether operations on real numbers may have complex results; error 3140 otherwise. False at first. */
+/** Whether operations on real numbers may have complex results; error 3140 otherwise. False at first. Ends
+ *  forced complex results in the current context. */
 QM_API void qmSetAllowComplexResults(bool allow);
 /** Whether complex results are allowed; false without a record. */
 QM_API bool qmGetAllowComplexResults(void);
 
-/** Makes results of contexts created next always complex. In a current context it allows complex results
- *  instead. */
+/** Has everything evaluated as complex in the private contexts that the thread creates next. With a current
+ *  context it allows complex results there instead. */
 QM_API void qmSetForceComplexResults(void);
-/** Whether results are always complex; false without a record. */
+/** Whether everything is evaluated as complex: true for a thread that has had no context yet, false after
+ *  qmClearContext, and false without a record. */
 QM_API bool qmGetForceComplexResults(void);
 
 /* ======================================================================================================
@@ -511,8 +522,10 @@ QM_API bool qmIsArray(char scope, char const* name);
  *   indices).
  * Errors become the last error: 3060 no such variable; 3070 the name is taken; 3090 another type; 3210
  *   dimensions or indices out of bounds, an array where a scalar is meant or the reverse; 3230 out of
- *   memory. Functions that create an array fail at once while an older last error stands. Setters leave an
- *   older error in place, and return true only when the last error is 0 afterwards.
+ *   memory. Creating and linking also refuse a missing name (3060), one too long for a table (3100), a text
+ *   length below 1 (3210) and null memory (3220). Functions that create an array fail at once while an older
+ *   last error stands. Setters leave an older error in place, and return true only when the last error is 0
+ *   afterwards.
  * Without a context the functions return 0, 0.0, false, null or 'X'.
  * ====================================================================================================== */
 
@@ -951,14 +964,15 @@ QM_API bool uDropExecutor(char const* name);
 QM_API bool uDropThreadInfo(void);
 
 /** Locks the list of public contexts. While a thread holds it, calls of other threads that use the list
- *  wait, and the holder must make none itself. */
+ *  wait; the holder itself may call the library, unless another thread holds the other list. Each locking
+ *  wants an unlocking. */
 QM_API void uAcquireExecutorList(void);
-/** Unlocks the list of public contexts; only the thread that locked it may. */
+/** Unlocks the list of public contexts. Does nothing in a thread that has not locked it. */
 QM_API void uReleaseExecutorList(void);
 
 /** Locks the list of thread records; else as uAcquireExecutorList. */
 QM_API void uAcquireThreadList(void);
-/** Unlocks the list of thread records; only the thread that locked it may. */
+/** Unlocks the list of thread records; else as uReleaseExecutorList. */
 QM_API void uReleaseThreadList(void);
 
 /** The same as qmUnloadQumel. */

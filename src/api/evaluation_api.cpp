@@ -16,7 +16,9 @@ Value OnExpression(Handle handle, Value failure, Call call) noexcept {
   if (expression == nullptr) return failure;
   CQMLinkedObject* const parent = expression->GetParentObject();
   if (parent == nullptr || !parent->HasTypeTag(CQMExecutor::kTypeTag)) return failure;
-  CQMContextUse const use(*record, *static_cast<CQMExecutor*>(parent));
+  auto* const owner = static_cast<CQMExecutor*>(parent);
+  if (owner->IsRetired()) return failure;  // it only lives on until the calls that run in it return
+  CQMContextUse const use(*record, *owner);
   auto const onContext = [&](CQMExecutor& context) { return call(context, *expression); };
   return OnUsedContext(use, failure, onContext);
 }

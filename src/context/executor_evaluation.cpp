@@ -189,6 +189,7 @@ Handle CQMExecutor::ParseExpression(char const* text) {
 void CQMExecutor::DeleteExpression(CQMExpression* expression) {
   if (expression == nullptr) return;
   ReleaseChildObject(expression);
+  expression->DeleteHandle();  // also when it lives on until its run ends
   if (CQMRun* const run = CQMRun::Find(m_innermostRun, expression); run != nullptr)
     return run->DestroyAtEnd();
   std::unique_ptr<CQMExpression> const owner(expression);

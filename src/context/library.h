@@ -18,8 +18,8 @@ bool IsPublicExecutor(CQMExecutor const* executor);
 bool DropPublicExecutor(char const* name);
 bool DropThreadInfo();
 
-// For hosts that look at the lists themselves. The holder may go on calling the library; a release by a
-// thread that holds nothing does nothing.
+// For hosts that look at the lists themselves. The holder may go on calling the library, unless another
+// thread holds the other list; a release by a thread that holds nothing does nothing.
 void AcquireExecutorList();
 void ReleaseExecutorList();
 void AcquireThreadList();

@@ -108,12 +108,17 @@ Handle SetContext(char const* name, bool lock) {
 }
 
 bool SetDefaultContext(char const* name) {
-  if (GetThreadInfo(false) == nullptr || name == nullptr) return false;
+  CQMContextUse const call(false);
+  if (call.GetRecord() == nullptr || name == nullptr) return false;
+  if (IsPrimaryName(name)) return g_library.primaryExecutor.load() != nullptr && ResetDefaultContext();
+  std::unique_lock listLock(g_library.executorListMutex);
+  CQMExecutor* const executor = FindPublicLocked(name);
+  if (executor == nullptr) return false;
+  CQMContextUse const target(*call.GetRecord(), *executor);  // it may leave the list from here on
+  listLock.unlock();
   std::scoped_lock const lock(g_library.threadListMutex);
-  CQMExecutor* const found =
-      IsPrimaryName(name) ? g_library.primaryExecutor.load() : FindPublicExecutor(name);
-  if (found == nullptr) return false;
-  g_library.defaultExecutor.store(found);
+  if (executor->IsRetired()) return false;
+  g_library.defaultExecutor.store(executor);
   return true;
 }
 
@@ -137,13 +142,14 @@ Handle GetContextHandle(char const* name) {
 char const* GetContextName(Handle handle) {
   CopyName("", t_contextName);
   CQMContextUse const call(false);
-  CQMExecutor* const executor = ObjectFromHandle<CQMExecutor>(handle);
-  if (executor == nullptr || call.GetRecord() == nullptr) return t_contextName;
-  if (executor == g_library.primaryExecutor.load()) return CopyName(kPrimaryName, t_contextName);
-  if (call.GetRecord()->IsExecutor(executor)) return CopyName(executor->Name(), t_contextName);
+  // not looked into before it is found in a list: another thread may be destroying it
+  CQMLinkedObject const* const object = CQMLinkedObject::GetObject(handle);
+  if (object == nullptr || call.GetRecord() == nullptr) return t_contextName;
+  if (object == g_library.primaryExecutor.load()) return CopyName(kPrimaryName, t_contextName);
+  if (call.GetRecord()->IsExecutor(object)) return CopyName(object->Name(), t_contextName);
   std::scoped_lock const lock(g_library.executorListMutex);
   CQMExecutor const* const known =
-      g_library.executors.Find([executor](CQMExecutor const& listed) { return &listed == executor; });
+      g_library.executors.Find([object](CQMExecutor const& listed) { return &listed == object; });
   return known != nullptr ? CopyName(known->Name(), t_contextName) : t_contextName;
 }
 

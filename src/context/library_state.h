@@ -12,8 +12,7 @@
 namespace qumel {
 
 /** Everything here is made at load and never destroyed: calls may come at any time, also after unloading.
- * Neither lock is taken while the other one is held, but for the executor list's within the thread list's.
- * Hosts may hold them too. */
+ * Neither lock is taken while the other one is held. Hosts may hold them too. */
 struct SQMLibraryState {
   std::recursive_mutex
       threadListMutex;  // guards threads, the retired, and the choice of primary and default context

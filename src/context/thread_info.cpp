@@ -29,9 +29,9 @@ CQMExecutor* CQMThreadInfo::FindExecutor(char const* name) const {
   return m_privates.Find([name](CQMExecutor const& executor) { return executor.Name() == name; });
 }
 
-bool CQMThreadInfo::IsExecutor(CQMExecutor const* executor) const {
-  return executor != nullptr &&
-         m_privates.Find([executor](CQMExecutor const& own) { return &own == executor; }) != nullptr;
+bool CQMThreadInfo::IsExecutor(CQMLinkedObject const* object) const {
+  return object != nullptr &&
+         m_privates.Find([object](CQMExecutor const& own) { return &own == object; }) != nullptr;
 }
 
 CQMExecutor* CQMThreadInfo::AddExecutor(char const* name) {

@@ -31,7 +31,7 @@ class CQMThreadInfo : public CQMLinkedObject {
   }
 
   CQMExecutor* FindExecutor(char const* name) const;
-  bool IsExecutor(CQMExecutor const* executor) const;
+  bool IsExecutor(CQMLinkedObject const* object) const;
   /** The private context of that name, made when there is none; it does not become current. Null when it
    * cannot be made. */
   CQMExecutor* AddExecutor(char const* name);

@@ -114,6 +114,7 @@ CQMLinkedObject* CQMLinkedObject::GetObject(Handle handle) {
 
 void CQMLinkedObject::DeleteHandle() {
   Handle const handle = m_handle.exchange(0, std::memory_order_acq_rel);
+  if (handle == 0) return;
   // In a list that was made anew since, the handle may stand for another object.
   if (GetObject(handle) == this) GetHandleList()->MarkHandleDeleted(handle);
 }

@@ -28,6 +28,8 @@ class CQMLinkedObject : public CQMObject {
   Handle GetObjectHandle();
   /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay. */
   bool ReleaseObjectHandle();
+  /** The handle, if there is one, names nothing from now on. */
+  void DeleteHandle();
   /** The live object that a handle names, or null. Takes no lock. */
   static CQMLinkedObject* GetObject(Handle handle);
 
@@ -99,7 +101,6 @@ class CQMLinkedObject : public CQMObject {
   static void CountOutLast();
   void LeaveChildren();
   void Unlink(CQMLinkedObject* child);
-  void DeleteHandle();
 
   static std::atomic<CQMHandleList*> sm_pHandleList;
   static std::atomic<CQMDataSpace*> sm_pDataSpace;

@@ -180,6 +180,20 @@ TEST_F(Contexts, TheListsOfContextsAndThreads) {
   });
 }
 
+TEST_F(Contexts, TheHolderOfAListIsNotWaitedForByWhomItWaitsFor) {
+  qmCreatePublicContext("standard");
+  qmClearContext();
+  uAcquireExecutorList();
+  std::thread chooser([] { EXPECT_TRUE(qmSetDefaultContext("standard")); });  // waits for the list
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_EQ(qmEvalExpStr("1+1"), 'N');  // needs the other list to find a context
+  uReleaseExecutorList();
+  chooser.join();
+  qmClearContext();
+  EXPECT_EQ(qmEvalExpStr("1+1"), 'N');
+  EXPECT_STREQ(qmGetCurrentContextName(), "standard");
+}
+
 // ---- locks ----
 
 /** Whether another thread gets the lock of a public context at once. */
@@ -378,7 +392,7 @@ TEST_F(Contexts, ThreadsEvaluateWhileTheirContextIsDestroyedAndMadeAnew) {
           EXPECT_EQ(qmEvalExpStrToNum("6*7"), 42.0);
         }
         qmGetCurrentContextName();
-        qmGetContextHandle(name.c_str());
+        qmGetContextName(qmGetContextHandle(name.c_str()));
         qmReleaseContext();
       }
     });

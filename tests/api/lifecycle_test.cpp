@@ -206,6 +206,33 @@ TEST_F(Lifecycle, CallbacksMayDestroyWhatTheyRunIn) {
   }
 }
 
+TEST_F(Lifecycle, WhatACallbackDestroysHasNoHandleAnyMore) {
+  static Handle parsed = 0;
+  constexpr SQMUpheaval kDestructions[] = {
+      {"the expression", [] { qmDeleteExp(parsed); }},
+      {"its context", [] { qmDestroyPrivateContext("test"); }},
+      {"the records", [] { qmReset(); }},
+  };
+  for (SQMUpheaval const& destruction : kDestructions) {
+    SCOPED_TRACE(destruction.name);
+    SetUp();
+    g_upheaval = destruction.call;
+    ASSERT_EQ(qmLinkCallbackOp('G', "destroy", "nofix", "number", "", nullptr,
+                               [](Handle) {
+                                 g_upheaval();
+                                 EXPECT_EQ(qmEvalExpHndl(parsed), 'X');
+                                 EXPECT_EQ(qmRevertParsedExp(parsed), nullptr);
+                                 qmDeleteExp(parsed);
+                                 return 0;
+                               }),
+              0);
+    parsed = qmParseExp("1+1; destroy; 6*7");
+    ASSERT_NE(parsed, 0U) << qmGetLastErrorID();
+    EXPECT_EQ(qmEvalExpHndlToNum(parsed), 42.0);
+    EXPECT_EQ(qmEvalExpHndl(parsed), 'X');
+  }
+}
+
 TEST_F(Lifecycle, NestedCallsInSeveralContexts) {
   // the outermost call runs in "test", the one within in "shared", which the innermost destroys
   qmCreatePublicContext("shared");
