@@ -6,14 +6,6 @@ namespace qumel {
 
 namespace {
 
-EQMItemClass OperandClass(char mark) {
-  switch (mark) {
-    case PostfixMark::kNumber: return EQMItemClass::Number;
-    case PostfixMark::kString: return EQMItemClass::String;
-    default: return EQMItemClass::Name;
-  }
-}
-
 /** The class that the converter remembers of an operator that it added. */
 EQMItemClass AddedClass(CQMOpInfo const& info) {
   return ClosesItself(info.fix) ? EQMItemClass::Start : ItemClassOf(info.fix);
@@ -85,7 +77,6 @@ bool CQMFragmentReversion::MayStandLeft(SQMPart const& part, SQMOperator const& 
   for (SQMFragment const* at = &m_fragments[m_parts[part.begin]]; at != nullptr && at->op != nullptr;) {
     bool const waits = !ClosesItself(at->op->info->fix);
     if (waits && BindsTighter(*by.info, by.precedence, *at->op->info, at->op->precedence)) return false;
-    if (at->right.isRow) return false;
     bool const goesOn = at->shape == EQMShape::Before || at->shape == EQMShape::Between;
     at = goesOn ? BareFragment(at->right) : nullptr;
   }
@@ -104,24 +95,6 @@ bool CQMFragmentReversion::MayStandRight(SQMPart const& part, SQMOperator const&
   return true;
 }
 
-/** An operand with words behind it that wait in front of by: "-x if y". */
-bool CQMFragmentReversion::MayStandInRow(SQMPart const& part, SQMOperator const& by) const {
-  if (part.count < 2) return false;
-  auto const row = FragmentsOf(part);
-  if (m_fragments[row.front()].shape != EQMShape::Operand) return false;
-  for (std::size_t i = 1; i < row.size(); ++i) {
-    SQMEdge const& last = m_fragments[row[i - 1]].last;
-    SQMFragment const& word = m_fragments[row[i]];
-    if (word.shape != EQMShape::Before || word.beginsAnew || Multiplies(last, word.first)) return false;
-    if (!BindsTighter(*word.op->info, word.op->precedence, *by.info, by.precedence)) return false;
-    EQMItemClass const before = last.op != nullptr ? AddedClass(*last.op->info) : last.itemClass;
-    if (!IsChosen(word.first, before, word.first.inner)) return false;
-    SQMPart const previous{part.begin + static_cast<Index>(i) - 1, 1};
-    if (!MayStandLeft(previous, *word.op)) return false;
-  }
-  return true;
-}
-
 // ---- arranging ----
 
 void CQMFragmentReversion::Arrange(SQMFragment& fragment) const {
@@ -131,19 +104,16 @@ void CQMFragmentReversion::Arrange(SQMFragment& fragment) const {
     bool const hasRight = fragment.shape == EQMShape::Between || fragment.shape == EQMShape::Before;
     bool const leftMayBeBare = hasLeft && MayStandLeft(fragment.left, *fragment.op);
     bool const rightMayBeBare = hasRight && MayStandRight(fragment.right, *fragment.op);
-    bool const standsInRow =
-        fragment.shape == EQMShape::Before && MayStandInRow(fragment.right, *fragment.op);
     bool const prefersEnclosed = fragment.shape == EQMShape::Before && fragment.op->info->enclose;
     bool suits = false;
     for (bool const enclosesLeft : {false, true}) {
       for (bool const tries : {false, true}) {
         bool const enclosesRight = prefersEnclosed ? !tries : tries;
         bool const isAllowed = (enclosesLeft ? hasLeft : leftMayBeBare || !hasLeft) &&
-                               (enclosesRight ? hasRight : rightMayBeBare || standsInRow || !hasRight);
+                               (enclosesRight ? hasRight : rightMayBeBare || !hasRight);
         if (suits || !isAllowed) continue;
         fragment.left.isEnclosed = enclosesLeft;
         fragment.right.isEnclosed = enclosesRight;
-        fragment.right.isRow = standsInRow && !enclosesRight;
         suits = Suits(fragment);
       }
     }
@@ -180,7 +150,7 @@ bool CQMFragmentReversion::Suits(SQMFragment const& fragment) const {
 
 void CQMFragmentReversion::SetEdges(SQMFragment& fragment) const {
   if (fragment.op == nullptr) {
-    fragment.first = fragment.last = {OperandClass(fragment.item.mark)};
+    fragment.first = fragment.last = {ItemClassOfOperand(fragment.item.mark)};
     return;
   }
   SQMEdge own{EQMItemClass::Operator, fragment.op};

@@ -39,7 +39,6 @@ class CQMFragmentReversion {
   struct SQMPart {
     Index begin = 0, count = 0;  // in m_parts
     bool isEnclosed = false;
-    bool isRow = false;  // an operand and words behind it, side by side without parentheses
   };
 
   /** The token at one end of a fragment. */
@@ -54,8 +53,8 @@ class CQMFragmentReversion {
     SQMOperator const* op = nullptr;
     EQMShape shape = EQMShape::Operand;
     bool leavesValue = true;
-    bool beginsAnew = false;  // lets go of every operator that waits, so that none may wait in front of it
-    std::int32_t weight = 1;  // how many items of it are left untaken, as the converter counts
+    bool beginsAnew = false;     // lets go of every operator that waits, so that none may wait in front of it
+    std::int32_t itemCount = 1;  // how many items of it are left untaken, as the converter counts
     SQMPart left, right;
     SQMEdge first, last;
   };
@@ -69,17 +68,15 @@ class CQMFragmentReversion {
   };
 
   // Reading: from items to fragments.
-  void Add(SQMReversionItem const& item);
   void AddOperator(SQMOperator const& op, std::int32_t count);
-  std::vector<Index> TakeOperands(std::int32_t count);
-  void TakeSides(std::int32_t count, std::vector<Index>& left, std::vector<Index>& right);
-  std::vector<Index> TakeWeight(std::int32_t weight);
+  void Open(SQMFragment&& fragment);
+  std::vector<Index> TakeValues(std::int32_t count);
+  std::vector<Index> TakeItems(std::int32_t count);
   std::vector<Index> TakeFrom(std::size_t begin);
-  std::int32_t WeightOf(std::vector<Index> const& fragments) const;
-  void SplitWord(std::vector<Index>& operands);
+  std::int32_t CountItems(std::vector<Index> const& fragments) const;
   bool IsLoneWord(Index fragment) const;
   Index FoldWord(Index operand, Index word);
-  void FoldWords(std::vector<Index>& fragments, bool all);
+  void FoldWords(std::vector<Index>& fragments);
   SQMPart MakePart(std::vector<Index> const& fragments);
   Index Add(SQMFragment&& fragment);
 
@@ -91,7 +88,6 @@ class CQMFragmentReversion {
   SQMFragment const* BareFragment(SQMPart const& part) const;
   bool MayStandLeft(SQMPart const& part, SQMOperator const& by) const;
   bool MayStandRight(SQMPart const& part, SQMOperator const& by) const;
-  bool MayStandInRow(SQMPart const& part, SQMOperator const& by) const;
   SQMEdge FirstOf(SQMPart const& part) const;
   SQMEdge LastOf(SQMPart const& part) const;
   EQMItemClass InsideBrackets(SQMPart const& part) const;
@@ -110,7 +106,8 @@ class CQMFragmentReversion {
   SQMReadingRules const& m_rules;
   std::vector<SQMFragment> m_fragments;
   std::vector<Index> m_parts;
-  std::vector<Index> m_open;  // fragments of this statement that no operator took yet
+  std::vector<Index> m_open;        // fragments that no operator took yet
+  std::ptrdiff_t m_openValues = 0;  // those of them that leave a value
   SQMPart m_statement;
   std::vector<SQMPiece> m_pieces;  // still to be written, the next one last
 };

@@ -76,12 +76,7 @@ void CQMFragmentReversion::PushPart(SQMPart const& part) {
   bool const isEnclosed = part.isEnclosed || part.count == 0;
   if (isEnclosed) m_pieces.push_back({EQMPiece::Mark, ")"});
   if (isEnclosed && NeedsTrailingComma(part)) m_pieces.push_back({EQMPiece::Comma});
-  if (part.isRow) {
-    auto const row = FragmentsOf(part);
-    for (auto at = row.rbegin(); at != row.rend(); ++at) m_pieces.push_back({EQMPiece::Fragment, "", *at});
-  } else {
-    PushList(FragmentsOf(part), true);
-  }
+  PushList(FragmentsOf(part), true);
   if (isEnclosed && NeedsLeadingComma(part)) m_pieces.push_back({EQMPiece::Comma});
   if (isEnclosed) m_pieces.push_back({EQMPiece::OpenParen});
 }

@@ -84,9 +84,9 @@ void CQMInfixWriter::Join(std::string_view token, EQMItemClass itemClass) {
   // a sign goes on through underscores
   bool const lengthensSign =
       m_lastClass == EQMItemClass::Operator && IsPunctuation(last) && IsPunctuation(first);
-  bool const lengthensNumber = m_lastClass == EQMItemClass::Number &&
-                               (IsSign(last) || first == kPoint ||
-                                ((last == 'E' || last == 'X') && (first == '+' || first == '-')));
+  bool const lengthensNumber =
+      m_lastClass == EQMItemClass::Number &&
+      (IsSign(last) || first == kPoint || ((last == 'E' || last == 'X') && (first == '+' || first == '-')));
   bool const makesNumber = last == kPoint && IsDigit(first);
   bool const meet = lettersMeet || signsMeet || lengthensSign || lengthensNumber || makesNumber;
   if (EndsWithOpenNumber() ? IsNamePart(first) : meet && !isInside) AddBlank();

@@ -5,7 +5,14 @@
 
 namespace qumel {
 
-CQMItemwiseReversion::CQMItemwiseReversion(SQMReadingRules const& rules, std::span<SQMReversionItem const> items)
+namespace {
+
+constexpr int kMostTries = 8;  // of operands that a sign may stand in front of
+
+}  // namespace
+
+CQMItemwiseReversion::CQMItemwiseReversion(SQMReadingRules const& rules,
+                                           std::span<SQMReversionItem const> items)
     : m_rules(rules), m_items(items), m_places(items.size()) {
   m_entries.reserve(items.size());
   for (Index at = 0; at < static_cast<Index>(items.size()); ++at) Place(at);
@@ -16,7 +23,7 @@ CQMItemwiseReversion::CQMItemwiseReversion(SQMReadingRules const& rules, std::sp
 void CQMItemwiseReversion::Place(Index at) {
   SQMReversionItem const& item = m_items[at];
   Index const stack = m_top;
-  m_top = static_cast<Index>(m_entries.size());
+  m_top = at;
   m_entries.push_back({at, stack, stack});
   if (item.op == nullptr) return;
   if (item.op->info->HasVariableOperands()) {
@@ -43,28 +50,37 @@ void CQMItemwiseReversion::PlaceList(Index at) {
   Open(at, entry.begin, EQMForm::List);
 }
 
+/** The sign waits for all between its operand and itself, which must not be read as a factor of the operand.
+ */
 void CQMItemwiseReversion::PlaceSign(Index at) {
   SQMEntry& entry = m_entries.back();
   Index operand = entry.stackThere;
-  while (operand != kNone && m_items[m_entries[operand].begin].op != nullptr) operand = m_entries[operand].stackThere;
-  if (operand == kNone) return;
-  entry.begin = m_entries[operand].begin;
-  entry.stackThere = m_entries[operand].below;
-
-  SQMReversionItem const& last = m_items[at - 1];
-  bool const isFactor = m_rules.impliedMultiplication && m_items[entry.begin].item.mark != PostfixMark::kString;
-  bool const followsWord =
-      last.op != nullptr && last.op->info->fix == EQMFix::Prefix && !last.op->info->HasVariableOperands() &&
-      BindsTighter(*last.op->info, last.op->precedence, *m_items[at].op->info, m_items[at].op->precedence) &&
-      Fits(last, EQMItemClass::Name, EQMItemClass::OpenParen);
-  if (entry.begin == at - 1) {
-    Open(at, entry.begin, EQMForm::Sign);
-  } else if (followsWord) {
-    Open(at, entry.begin, EQMForm::SignBeforeWord);
-    m_places[at - 1].form = EQMForm::Word;
-  } else if (!isFactor) {
-    Open(at, entry.begin, EQMForm::SignBeforeList);
+  for (int tries = 0; operand != kNone && tries < kMostTries; operand = m_entries[operand].stackThere) {
+    if (m_items[operand].op != nullptr) continue;
+    ++tries;
+    EQMForm const form = FormOfSign(at, operand);
+    if (form == EQMForm::Alone) continue;
+    if (form == EQMForm::SignBeforeWord) m_places[at - 1].form = EQMForm::Word;
+    entry.begin = operand;
+    entry.stackThere = m_entries[operand].below;
+    Open(at, operand, form);
+    return;
   }
+}
+
+CQMItemwiseReversion::EQMForm CQMItemwiseReversion::FormOfSign(Index at, Index operand) const {
+  if (operand == at - 1) return EQMForm::Sign;
+  EQMItemClass const operandClass = ItemClassOfOperand(m_items[operand].item.mark);
+  bool const isFactor = m_rules.impliedMultiplication && operandClass != EQMItemClass::String;
+  if (!isFactor) return EQMForm::SignBeforeList;
+  SQMReversionItem const& last = m_items[at - 1];
+  if (last.op == nullptr || m_places[at - 1].form != EQMForm::Alone) return EQMForm::Alone;
+  SQMReversionOperator const &word = *last.op, &sign = *m_items[at].op;
+  bool const waitsLess = (word.info->fix == EQMFix::Prefix || word.info->fix == EQMFix::Infix) &&
+                         BindsTighter(*word.info, word.precedence, *sign.info, sign.precedence) &&
+                         Fits(last, operandClass, EQMItemClass::OpenParen) &&
+                         !BeginsFactor(EQMItemClass::Operator, word.rows);
+  return waitsLess ? EQMForm::SignBeforeWord : EQMForm::Alone;
 }
 
 void CQMItemwiseReversion::Open(Index at, Index begin, EQMForm form) {
@@ -78,8 +94,10 @@ CQMItemwiseReversion::Index CQMItemwiseReversion::Below(Index entry, std::int32_
   return entry;
 }
 
-bool CQMItemwiseReversion::Fits(SQMReversionItem const& item, EQMItemClass previous, EQMItemClass next) const {
-  SQMFoundOperator const found = CQMOperatorSearch::Choose(item.op->rows, previous, next, m_rules.hierarchical);
+bool CQMItemwiseReversion::Fits(SQMReversionItem const& item, EQMItemClass previous,
+                                EQMItemClass next) const {
+  SQMFoundOperator const found =
+      CQMOperatorSearch::Choose(item.op->rows, previous, next, m_rules.hierarchical);
   return found.info != nullptr && found.info->id == item.op->info->id;
 }
 

@@ -10,10 +10,10 @@
 
 namespace qumel {
 
-/** A comma lets every operator go and leaves no trace in postfix text, so "a, b, ()+()" converts to the same items
- * as "a+b": each item is written by itself, operators between empty parentheses. Only two kinds enclose others:
- * operators of any number of operands enclose what they count, and a sign that must stand next to an operand
- * stands in front of one. */
+/** A comma lets every operator go and leaves no trace in postfix text, so "a, b, ()+()" converts to the same
+ * items as "a+b": each item is written by itself, operators between empty parentheses. Only two kinds enclose
+ * others: operators of any number of operands enclose what they count, and a sign that must stand next to an
+ * operand stands in front of one. */
 class CQMItemwiseReversion {
  public:
   /** Both must outlive the reversion. */
@@ -24,8 +24,8 @@ class CQMItemwiseReversion {
   using Index = std::int32_t;
   static constexpr Index kNone = -1;
 
-  /** What an item leaves for operators to take, with the stack below it. An argument list that counts from it on
-   * begins at begin, where the stack was stackThere. */
+  /** What an item leaves for operators to take, with the item below it on the stack. An argument list that
+   * counts from it on begins at begin, where the stack was stackThere. */
   struct SQMEntry {
     Index begin, below, stackThere;
   };
@@ -34,9 +34,9 @@ class CQMItemwiseReversion {
     Alone,
     List,            // its token and "(" stand at its beginning
     Sign,            // its token stands in front of an operand
-    SignBeforeList,  // and encloses what lies between the operand and it
-    SignBeforeWord,  // and the next to last item, a word, encloses that
-    Word,
+    SignBeforeList,  // and what lies between the operand and the sign is enclosed behind the operand
+    SignBeforeWord,  // and the last operator of that encloses the rest
+    Word,            // that operator
   };
   struct SQMPlace {
     EQMForm form = EQMForm::Alone;
@@ -47,6 +47,7 @@ class CQMItemwiseReversion {
   void Place(Index at);
   void PlaceList(Index at);
   void PlaceSign(Index at);
+  EQMForm FormOfSign(Index at, Index operand) const;
   void Open(Index at, Index begin, EQMForm form);
   Index Below(Index entry, std::int32_t count) const;
   bool Fits(SQMReversionItem const& item, EQMItemClass previous, EQMItemClass next) const;
@@ -60,8 +61,8 @@ class CQMItemwiseReversion {
 
   SQMReadingRules const& m_rules;
   std::span<SQMReversionItem const> m_items;
-  std::vector<SQMPlace> m_places;  // of each item
-  std::vector<SQMEntry> m_entries;
+  std::vector<SQMPlace> m_places;   // of each item
+  std::vector<SQMEntry> m_entries;  // of each item
   Index m_top = kNone;
 };
 

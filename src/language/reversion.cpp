@@ -58,7 +58,8 @@ long CQMPostFixer::RevertExpression(std::string_view postfix, std::string& infix
   while (!reader.IsAtEnd()) {
     std::string_view const rest = reader.GetRest();
     if (long const code = reader.ReadStatement(); code != Error::None) return code;
-    std::string const text = writer.Write(reader.GetItems(), rest.substr(0, rest.size() - reader.GetRest().size()));
+    std::string const text =
+        writer.Write(reader.GetItems(), rest.substr(0, rest.size() - reader.GetRest().size()));
     infix += text;
     bool const isLast = reader.IsAtEnd();
     if (!isLast || text.empty()) infix += kStatementEnd;

@@ -25,6 +25,15 @@ struct SQMReversionItem {
   std::int32_t operandCount = 0;             // of operators
 };
 
+/** What the mark of an operand says of its class. */
+constexpr EQMItemClass ItemClassOfOperand(char mark) {
+  switch (mark) {
+    case PostfixMark::kNumber: return EQMItemClass::Number;
+    case PostfixMark::kString: return EQMItemClass::String;
+    default: return EQMItemClass::Name;
+  }
+}
+
 /** Splits postfix text into statements. */
 class CQMReversionReader {
  public:
