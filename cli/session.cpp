@@ -20,18 +20,24 @@ constexpr char kLineEnds[] = "\n\r";
 
 bool IsBlank(std::string_view text) { return text.find_first_not_of(kWhiteSpace) == std::string_view::npos; }
 
+/** Whether c is one of the bytes behind the first of a character in UTF-8. */
+bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+
 /** Whether reading the text ended in this error, so that the library knows how far it came. */
 bool IsErrorOfReading(long code) {
   return (code >= QMErrorUnknownToken && code <= QMErrorCloseParenFailed) || code == QMErrorTooManyOperands;
 }
 
-/** The last character that was read, as an index into text. */
+/** Where the last character that was read begins, as an index into text. White space does not count. */
 std::optional<std::size_t> FindErrorPlace(long code, std::string_view text) {
   std::size_t const first = text.find_first_not_of(kWhiteSpace);
   if (!IsErrorOfReading(code) || first == std::string_view::npos) return {};
   auto const read = static_cast<std::size_t>(std::max(qmGetLastParseIndex(), 1L));
   std::size_t place = std::min(first + read, text.size()) - 1;
-  while (place > first && std::string_view(kWhiteSpace).find(text[place]) != std::string_view::npos) --place;
+  auto const isPassedOver = [](char c) {
+    return std::string_view(kWhiteSpace).find(c) != std::string_view::npos || ContinuesCharacter(c);
+  };
+  while (place > first && isPassedOver(text[place])) --place;
   return place;
 }
 
@@ -50,8 +56,6 @@ SQMLine LineAt(std::string_view text, std::size_t place) {
   auto const number = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(start), '\n');
   return {text.substr(start, end - start), static_cast<std::size_t>(number), place - start};
 }
-
-bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
 
 /** What stands before a caret so that it comes to stand under the column: tabs as in the line, else spaces,
  * one for each character of UTF-8 text. */
