@@ -53,6 +53,8 @@ long CQMTargetOperator::GiveResultType() {
   return isComplex ? Error::ComplexOperandFound : Error::None;
 }
 
+long CQMTargetOperator::Optimize() { return Target().IsLiteral() ? Error::TargetIsConstant : Error::None; }
+
 void CQMTargetOperator::StoreRealInBoth(double value) {
   StoreReal(value);
   Target().SetReal(value);

@@ -10,6 +10,8 @@ class CQMTargetOperator : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return 2; }
   bool VerifiesImmediately() const override { return true; }
+  /** A target that was folded since it was verified is a constant: what is stored in it would stay. */
+  long Optimize() override;
 
  protected:
   CQMDatum& Target() const { return Operand(0); }

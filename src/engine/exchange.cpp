@@ -24,6 +24,10 @@ class CQMExchangeAssignOperator final : public CQMTargetOperator {
     return GiveResultType();
   }
 
+  long Optimize() override {
+    return Value().IsLiteral() ? static_cast<long>(Error::TargetIsConstant) : CQMTargetOperator::Optimize();
+  }
+
   long DoOperation(long& position) override {
     switch (GetTypeClass(Target().GetType())) {
       case EQMTypeClass::String: ExchangeTexts(); break;

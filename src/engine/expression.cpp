@@ -107,8 +107,8 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
                                 : scope == Scope::kGlobal ? m_globalTable
                                                           : nullptr;
   // The same name may have been confirmed earlier in this statement: `x = (x = 5) + 1` has one x.
-  CQMDatum* const known = table == nullptr ? GetSymbol(datum->Name())
-                                           : static_cast<CQMDatum*>(table->GetSymbol(datum->Name(), true));
+  CQMDatum* const known =
+      table == nullptr ? GetSymbol(datum->Name()) : ReserveTableSymbol(*table, datum->Name());
   datum->SetPending(false);
   if (known != nullptr) {
     *datum = *known;
@@ -121,14 +121,16 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
     AddSymbol(std::move(*owned));
   } else {
     datum->SetScope(scope);
+    m_references.push_back(datum);
+    datum->ReserveRef();  // before another thread can find the symbol and delete it
     if (long const code = table->AddSymbol(datum); code != Error::None) {
+      m_references.pop_back();
+      datum->ReleaseRef();
       datum->SetPending(true);
       datum->SetTemporary(true);
       return code;
     }
     static_cast<void>(owned->release());  // the table owns it now
-    datum->ReserveRef();
-    m_references.push_back(datum);
   }
   m_temporaries.erase(std::next(owned).base());
   return Error::None;

@@ -84,6 +84,8 @@ class CQMExpression : public CQMLinkedObject {
   CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
   CQMDatum* MakeTemporary();
   CQMDatum* FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const;
+  /** The symbol, with a reference that this expression gives back; null where the table has none. */
+  CQMDatum* ReserveTableSymbol(CQMSymbolTable& table, std::string_view name);
   CQMDatum* FindTableSymbol(std::string_view name);
   void DestroyTokenLists();
   // verifying, optimising, finalising, linking (expression_verification.cpp, linking.cpp)

@@ -137,14 +137,19 @@ CQMDatum* CQMExpression::FindParameter(std::string_view name, std::span<CQMDatum
   return nullptr;
 }
 
+CQMDatum* CQMExpression::ReserveTableSymbol(CQMSymbolTable& table, std::string_view name) {
+  m_references.push_back(nullptr);  // the place first: a reference once taken is never lost
+  m_references.back() = static_cast<CQMDatum*>(table.ReserveSymbol(name, true));
+  CQMDatum* const found = m_references.back();
+  if (found == nullptr) m_references.pop_back();
+  return found;
+}
+
 CQMDatum* CQMExpression::FindTableSymbol(std::string_view name) {
   for (CQMSymbolTable* table : {m_globalTable, m_cosmicTable}) {
-    if (table == nullptr) continue;
-    if (CQMObject* const found = table->ReserveSymbol(name, true); found != nullptr) {
-      auto* const datum = static_cast<CQMDatum*>(found);
-      m_references.push_back(datum);
-      return datum;
-    }
+    if (CQMDatum* const found = table != nullptr ? ReserveTableSymbol(*table, name) : nullptr;
+        found != nullptr)
+      return found;
   }
   return nullptr;
 }

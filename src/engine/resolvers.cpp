@@ -65,7 +65,7 @@ long CQMRealOptimizedResolver::Resolve(CQMOperator** operators, CQMDatum*** oper
       }
       case EQMFastOperation::Power:
         // whole exponents included: every negative base is finished by the complex resolver
-        if (first() < 0.0) return refuse(Status::NeedsComplex);
+        if (first() < 0.0 && !std::isnan(second())) return refuse(Status::NeedsComplex);
         store(std::pow(first(), second()));
         break;
       case EQMFastOperation::Negate: store(first() == 0.0 ? 0.0 : -first()); break;

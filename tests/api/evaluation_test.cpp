@@ -226,6 +226,87 @@ TEST_F(Evaluation, OptimisationIsForParsedExpressionsOnly) {
   EXPECT_EQ(qmGetLastErrorID(), kResultIsComplex);
 }
 
+TEST_F(Evaluation, TheSwitchToComplexNumbersRepeatsNothingAndIsRemembered) {
+  qmCreateNumVar('G', "x", 0.0);
+  qmCreateNumVar('G', "n", 0.0);
+  Handle const handle = qmParseExp("n += 1; sqrt(x)+1");
+  struct SQMRun {
+    double x;
+    bool isAllowed;
+    char type;
+    double real, imaginary;
+    long code;
+  };
+  constexpr SQMRun kRuns[] = {
+      {4.0, false, 'N', 3.0, 0.0, kNone},  {-4.0, false, 'N', 3.0, 0.0, kResultIsComplex},
+      {4.0, true, 'N', 3.0, 0.0, kNone},   {-4.0, true, 'C', 1.0, 2.0, kNone},
+      {4.0, true, 'C', 3.0, 0.0, kNone},  // complex for good, but nothing of the old imaginary part
+      {-9.0, false, 'C', 1.0, 3.0, kNone},
+  };
+  double runs = 0.0;
+  for (SQMRun const& run : kRuns) {
+    SCOPED_TRACE(runs);
+    qmSetNumVar('G', "x", run.x);
+    qmSetAllowComplexResults(run.isAllowed);
+    EXPECT_EQ(qmEvalExpHndl(handle), run.type);
+    EXPECT_EQ(qmGetLastErrorID(), run.code);
+    EXPECT_EQ(qmGetLastRealResult(), run.real);
+    EXPECT_EQ(qmGetLastImagResult(), run.imaginary);
+    EXPECT_EQ(qmGetNumVarValue('G', "n"), ++runs);
+  }
+}
+
+TEST_F(Evaluation, AModeWordInsideReachesSinCosAndTanInTheNextRun) {
+  for (char const* const function : {"sin", "cos", "tan"}) {
+    SCOPED_TRACE(function);
+    std::string const text = std::string(function) + "(30)";
+    qmSetAngleUnit('R');
+    double const inRadians = qmEvalExpStrToNum(text.c_str());
+    qmSetAngleUnit('D');
+    double const inDegrees = qmEvalExpStrToNum(text.c_str());
+    Handle const handle = qmParseExp(("radians " + text).c_str());
+    EXPECT_EQ(qmEvalExpHndlToNum(handle), inDegrees);
+    EXPECT_EQ(qmEvalExpHndlToNum(handle), inRadians);
+  }
+  // others ask when they run
+  qmSetAngleUnit('R');
+  double const inRadians = qmEvalExpStrToNum("sec(30)");
+  qmSetAngleUnit('D');
+  EXPECT_EQ(qmEvalExpStrToNum("radians sec(30)"), inRadians);
+}
+
+TEST_F(Evaluation, AFoldedConstantIsNoPlaceForValues) {
+  for (char const* const text : {"(1+2) = 7", "(1+2) += 1", "x = 1; x <=> (1+2)"}) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(qmEvalExpStr(text), 'N');  // a result like others, gone with the expression
+    EXPECT_EQ(qmGetLastErrorID(), kNone);
+    EXPECT_EQ(qmParseExp(text), 0U);
+    EXPECT_EQ(qmGetLastErrorID(), 3050);
+  }
+  Handle const handle = qmParseExp("1+2+3");
+  EXPECT_EQ(qmEvalExpHndlToNum(handle), 6.0);
+  EXPECT_EQ(qmEvalExpHndlToNum(handle), 6.0);
+}
+
+TEST_F(Evaluation, AFaultyTextLeavesNothingThatHoldsAVariable) {
+  qmReleaseVarHandle(qmCreateNumVar('G', "x", 1.0));
+  qmReleaseVarHandle(qmCreateNumArray('C', "shared", 1, 5, 0, 0, 0, 0, 0));
+  ASSERT_EQ(qmEvalExpStrToNum("x + shared[4]"), 1.0);  // makes the resolver, which stays
+  long const before = qmGetQumelObjectCount();
+  for (char const* const text : {"x + unknown", "x + 1; y = 5; \"a\" - y", "shared[2] + x; if x then 1",
+                                 "global fresh = x; unknown + fresh", "x = (x + 1"}) {
+    SCOPED_TRACE(text);
+    qmEvalExpStr(text);
+    EXPECT_NE(qmGetLastErrorID(), kNone);
+    EXPECT_EQ(qmParseExp(text), 0U);
+  }
+  qmClearLastError();
+  EXPECT_EQ(qmDeleteVar('G', "fresh"), kNone);  // declared before the fault, so it stayed
+  EXPECT_EQ(qmGetQumelObjectCount(), before);
+  EXPECT_EQ(qmDeleteVar('G', "x"), kNone);
+  EXPECT_EQ(qmDeleteVar('C', "shared"), kNone);
+}
+
 TEST_F(Evaluation, HandlesThatNameNoExpression) {
   qmSetLastError(4711);
   Handle const deleted = qmParseExp("1+1");

@@ -37,8 +37,10 @@ class CQMTestContext final : public CQMOperatorContext {
   char defaultScope = Scope::kLocal;
   long arrayBase = 0;
   bool invertIndices = false;
+  double toRadians = 1.0;
+  mutable int angleReadings = 0;
 
-  double GetAngleFactorToRadians() const override { return 1.0; }
+  double GetAngleFactorToRadians() const override { return ++angleReadings, toRadians; }
   double GetAngleFactorFromRadians() const override { return 1.0; }
   bool GetAllowComplexResults() const override { return allowComplex; }
   bool GetForceComplexResults() const override { return forceComplex; }
