@@ -42,7 +42,7 @@ bool TakeHexMark(std::string_view& text) {
   return hasDigit;
 }
 
-/** Of a number too large or too small for a double: whether it is too large. Its first digit other than 0 and
+/** Of a number too large or too small for its type: whether it is too large. Its first digit other than 0 and
  * its exponent decide, for they are far apart from where the two meet. */
 bool IsBeyondLargest(std::string_view number, bool isHex) {
   std::size_t const mark = std::min(number.find_first_of(isHex ? "pP" : "eE"), number.size());
@@ -54,6 +54,24 @@ bool IsBeyondLargest(std::string_view number, bool isHex) {
   constexpr long kFarExponent = 1L << 30;  // either side of it, no text is long enough to make up for it
   long const exponent = mark < number.size() ? ParseLong(number.substr(mark + 1)) : 0;
   return distance + std::clamp(exponent, -kFarExponent, kFarExponent) > 0;
+}
+
+template <class Real>
+Real ParseReal(char const* text) {
+  if (text == nullptr) return 0;
+  std::string_view number = WithoutSpace(text);
+  bool const isNegative = TakeMinus(number);
+  if (number.empty() || number.front() == '-') return 0;  // a second sign
+  bool const isHex = TakeHexMark(number);
+  Real magnitude = 0;
+  auto const read = std::from_chars(number.data(), number.data() + number.size(), magnitude,
+                                    isHex ? std::chars_format::hex : std::chars_format::general);
+  if (read.ec == std::errc::invalid_argument) return 0;
+  if (read.ec == std::errc::result_out_of_range) {
+    std::string_view const all(number.data(), static_cast<std::size_t>(read.ptr - number.data()));
+    magnitude = IsBeyondLargest(all, isHex) ? std::numeric_limits<Real>::infinity() : 0;
+  }
+  return isNegative ? -magnitude : magnitude;
 }
 
 }  // namespace
@@ -76,22 +94,9 @@ std::size_t FormatFixed(double value, long precision, char* out, std::size_t cap
   return length + zeros;
 }
 
-double ParseDouble(char const* text) {
-  if (text == nullptr) return 0.0;
-  std::string_view number = WithoutSpace(text);
-  bool const isNegative = TakeMinus(number);
-  if (number.empty() || number.front() == '-') return 0.0;  // a second sign
-  bool const isHex = TakeHexMark(number);
-  double magnitude = 0.0;
-  auto const read = std::from_chars(number.data(), number.data() + number.size(), magnitude,
-                                    isHex ? std::chars_format::hex : std::chars_format::general);
-  if (read.ec == std::errc::invalid_argument) return 0.0;
-  if (read.ec == std::errc::result_out_of_range) {
-    std::string_view const all(number.data(), static_cast<std::size_t>(read.ptr - number.data()));
-    magnitude = IsBeyondLargest(all, isHex) ? HUGE_VAL : 0.0;
-  }
-  return isNegative ? -magnitude : magnitude;
-}
+double ParseDouble(char const* text) { return ParseReal<double>(text); }
+
+float ParseSingle(char const* text) { return ParseReal<float>(text); }
 
 std::string DecimalText(long value) {
   char text[std::numeric_limits<long>::digits10 + 3];

@@ -14,6 +14,8 @@ std::size_t FormatFixed(double value, long precision, char* out, std::size_t cap
 
 /** Reads the longest number at the start of text as atof does in the "C" locale; 0.0 when there is none. */
 double ParseDouble(char const* text);
+/** The same for the nearest single-precision number: that of a double may be another. */
+float ParseSingle(char const* text);
 
 /** The decimal digits of a number, with a leading '-' when negative. */
 std::string DecimalText(long value);

@@ -16,6 +16,17 @@ constexpr EQMDataType kDefaultType{10};
 
 std::string_view TextOf(void const* text) { return static_cast<char const*>(text); }
 
+/** Null without memory. */
+std::unique_ptr<std::byte[]> CopyBytes(void const* bytes, std::size_t size) {
+  try {
+    auto copy = std::make_unique<std::byte[]>(size);
+    std::memcpy(copy.get(), bytes, size);
+    return copy;
+  } catch (std::bad_alloc const&) {
+    return nullptr;
+  }
+}
+
 }  // namespace
 
 CQMColumn::CQMColumn() : m_type(kDefaultType), m_space(nullptr) {
@@ -34,13 +45,15 @@ CQMColumn::~CQMColumn() = default;
 
 long CQMColumn::SetColumnAttributes(char const* name, EQMDataType type, long declaredLength) {
   bool const hadHeapTexts = HasHeapTexts();
+  bool const hadFixedTexts = HasFixedTexts();
   long const atomSize = AtomSizeOf(type, declaredLength);
   m_type = type;
   m_rules = &ColumnTypeOf(type);
   m_displayWidth = m_rules->displayWidth;
   try {
-    if (m_region && (m_region->GetAtomSize() != atomSize || hadHeapTexts || HasHeapTexts()))
-      MakeRegion(atomSize);
+    // What was no text need not end with a NUL.
+    bool const wouldNotFit = hadHeapTexts || HasHeapTexts() || (HasFixedTexts() && !hadFixedTexts);
+    if (m_region && (m_region->GetAtomSize() != atomSize || wouldNotFit)) MakeRegion(atomSize);
     std::string lowered = name != nullptr ? name : "";
     std::transform(lowered.begin(), lowered.end(), lowered.begin(), ToLower);
     SetObjectName(lowered.c_str());
@@ -88,12 +101,7 @@ long CQMColumn::AppendValue() { return AppendAtom() != 0 ? TableResult::Done : T
 long CQMColumn::AppendValue(void const* value) {
   if (value == nullptr) return AppendValue();
   std::unique_ptr<std::byte[]> copy;
-  if (m_region &&
-      m_region->IsMovable()) {  // value may be an atom, which the new one may push out of the memory
-    copy = CopyOf(value);
-    if (!copy) return TableResult::OutOfMemory;
-    value = copy.get();
-  }
+  if (!HoldStill(value, copy)) return TableResult::OutOfMemory;
   long const row = AppendAtom();
   if (row == 0) return TableResult::OutOfMemory;
   if (HasHeapTexts()) return SetHeapText(row, TextOf(value), EQMTextMode::Replace);
@@ -113,11 +121,7 @@ long CQMColumn::AppendValue(char const* text) {
 long CQMColumn::SetColumnValue(long row, void const* value, EQMTextMode mode) {
   if (!IsValid(row)) return TableResult::RowOutOfRange;
   std::unique_ptr<std::byte[]> copy;
-  if (m_region->IsMovable() && value != nullptr) {
-    copy = CopyOf(value);
-    if (!copy) return TableResult::OutOfMemory;
-    value = copy.get();
-  }
+  if (!HoldStill(value, copy)) return TableResult::OutOfMemory;
   ++m_changeCount;
   if (HasHeapTexts()) return SetHeapText(row, value != nullptr ? TextOf(value) : "", mode);
   if (HasFixedTexts()) return SetFixedText(row, value != nullptr ? TextOf(value) : "", mode);
@@ -244,14 +248,21 @@ std::size_t CQMColumn::ValueSize(void const* value) const {
 }
 
 std::unique_ptr<std::byte[]> CQMColumn::CopyOf(void const* value) const {
-  try {
-    std::size_t const size = ValueSize(value);
-    auto copy = std::make_unique<std::byte[]>(size);
-    std::memcpy(copy.get(), value, size);
-    return copy;
-  } catch (std::bad_alloc const&) {
-    return nullptr;
-  }
+  return CopyBytes(value, ValueSize(value));
+}
+
+bool CQMColumn::HoldStill(void const*& value, std::unique_ptr<std::byte[]>& copy) const {
+  if (value == nullptr || !m_region || !m_region->IsMovable()) return true;
+  copy = CopyOf(value);
+  value = copy.get();
+  return value != nullptr;
+}
+
+bool CQMColumn::HoldStill(char const*& text, std::unique_ptr<std::byte[]>& copy) const {
+  if (text == nullptr || !m_region || !m_region->IsMovable()) return true;
+  copy = CopyBytes(text, TextOf(text).size() + 1);
+  text = reinterpret_cast<char const*>(copy.get());
+  return text != nullptr;
 }
 
 std::unique_ptr<std::byte[]> CQMColumn::ConvertStringToLocalDataType(char const* text) const {
@@ -273,6 +284,11 @@ bool CQMColumn::IsComparable(long row) const {
 }
 
 int CQMColumn::CompareValue(void const* key, long row) const {
+  std::unique_ptr<std::byte[]> copy;
+  return HoldStill(key, copy) ? CompareHeld(key, row) : 1;
+}
+
+int CQMColumn::CompareHeld(void const* key, long row) const {
   if (!IsComparable(row)) return 1;
   void const* const value = Operand(row);
   if (HasHeapTexts() || (key != nullptr && value != nullptr)) return m_rules->compare(key, value);
@@ -281,18 +297,18 @@ int CQMColumn::CompareValue(void const* key, long row) const {
 
 int CQMColumn::CompareValue(long rowA, long rowB) const {
   if (!IsComparable(rowA) || !IsComparable(rowB)) return 1;
-  if (HasHeapTexts() || !m_region->IsMovable()) return CompareValue(Operand(rowA), rowB);
-  // Looking for the second value may take the first from the memory.
-  void const* const first = Operand(rowA);
-  auto const copy = first != nullptr ? CopyOf(first) : nullptr;
-  return copy ? CompareValue(copy.get(), rowB) : 1;
+  if (HasHeapTexts()) return CompareHeld(Operand(rowA), rowB);
+  void const* first = Operand(rowA);
+  std::unique_ptr<std::byte[]> copy;
+  return first != nullptr && HoldStill(first, copy) ? CompareHeld(first, rowB) : 1;
 }
 
 int CQMColumn::CompareRange(void const* min, bool minIsIn, void const* max, bool maxIsIn, long row) const {
-  if (!IsComparable(row)) return -1;
-  int const fromMin = CompareValue(min, row);
+  std::unique_ptr<std::byte[]> copyOfMin, copyOfMax;
+  if (!HoldStill(min, copyOfMin) || !HoldStill(max, copyOfMax) || !IsComparable(row)) return -1;
+  int const fromMin = CompareHeld(min, row);
   if (fromMin > 0 || (fromMin == 0 && !minIsIn)) return -1;
-  int const fromMax = CompareValue(max, row);
+  int const fromMax = CompareHeld(max, row);
   return fromMax < 0 || (fromMax == 0 && !maxIsIn) ? 1 : 0;
 }
 

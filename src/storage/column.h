@@ -83,6 +83,11 @@ class CQMColumn : public CQMLinkedObject {
    */
   std::unique_ptr<std::byte[]> ConvertStringToLocalDataType(char const* text) const;
 
+  /** Where values move in memory, puts a copy in the place of a value or text handed in: it may itself be a
+   * value that the next look for another takes away. False without memory. */
+  bool HoldStill(void const*& value, std::unique_ptr<std::byte[]>& copy) const;
+  bool HoldStill(char const*& text, std::unique_ptr<std::byte[]>& copy) const;
+
   /** 1, 0 or -1 as key is greater than, equal to or less than the value. An invalid row, or one marked
    * incomparable, gives 1. */
   int CompareValue(void const* key, long row) const;
@@ -134,6 +139,8 @@ class CQMColumn : public CQMLinkedObject {
   bool IsComparable(long row) const;
   std::size_t ValueSize(void const* value) const;
   std::unique_ptr<std::byte[]> CopyOf(void const* value) const;
+  /** As CompareValue, with a key that stays where it is. */
+  int CompareHeld(void const* key, long row) const;
   int CompareRange(void const* min, bool minIsIn, void const* max, bool maxIsIn, long row) const;
 
   EQMDataType m_type;

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -97,17 +96,9 @@ void ParseUnsigned(char const* text, std::byte* atom) {
 
 // ---- reading other values ----
 
-void ParseSingle(char const* text, std::byte* atom) {
-  constexpr double kLargest = std::numeric_limits<float>::max();
-  constexpr double kFirstInfinite = 0x1.ffffffp127;  // rounds up
-  double const value = ParseDouble(text);
-  if (std::abs(value) >= kFirstInfinite)
-    Store(atom, std::copysign(std::numeric_limits<float>::infinity(),
-                              static_cast<float>(std::copysign(1.0, value))));
-  else Store(atom, static_cast<float>(std::isnan(value) ? value : std::clamp(value, -kLargest, kLargest)));
-}
+void ParseSmallReal(char const* text, std::byte* atom) { Store(atom, ParseSingle(text)); }
 
-void ParseNumber(char const* text, std::byte* atom) { Store(atom, ParseDouble(text)); }
+void ParseReal(char const* text, std::byte* atom) { Store(atom, ParseDouble(text)); }
 
 void ParseBoolean(char const* text, std::byte* atom) {
   constexpr std::string_view kTrue = "TtYy1";
@@ -261,8 +252,8 @@ constexpr SQMColumnTypeRow kColumnTypes[] = {
     {14,
      14,
      {4, kPlainWidth, ParseUnsigned<std::uint32_t>, FormatInteger<std::uint32_t>, CompareAs<std::int32_t>}},
-    {15, 15, {4, kPlainWidth, ParseSingle, FormatReal<float>, CompareAs<float>}},
-    {16, 17, {8, kPlainWidth, ParseNumber, FormatReal<double>, CompareAs<double>}},
+    {15, 15, {4, kPlainWidth, ParseSmallReal, FormatReal<float>, CompareAs<float>}},
+    {16, 17, {8, kPlainWidth, ParseReal, FormatReal<double>, CompareAs<double>}},
     {18, 18, {8, kPlainWidth, ParseNothing, FormatNothing, AlwaysEqual}},
     {19, 19, {0, kTextWidth, nullptr, FormatText, CompareTexts}},
     {20, 20, {1, kPlainWidth, ParseBoolean, FormatBoolean, CompareAs<std::int8_t>}},

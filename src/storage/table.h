@@ -189,7 +189,7 @@ class CQMTable : public CQMObject {
   long DefineRowMap();
   SQMTableIndex const& CurrentIndex() const { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
   SQMTableIndex& CurrentIndex() { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
-  CQMColumn* RowMap() const { return m_indexes[0]->rows.get(); }
+  CQMColumn* RowMap() const { return m_indexes[0] != nullptr ? m_indexes[0]->rows.get() : nullptr; }
   long LogicalRow(long position) const;
   long SlotOfLogicalRow(long row) const;
   bool SetSlotOfLogicalRow(long row, long slot);
@@ -202,6 +202,15 @@ class CQMTable : public CQMObject {
   long AtRow(SQMColumnKey column, long row, Action action);
   template <class Action>
   long AtKey(SQMKeyValues keys, Action action);
+  template <class Value>
+  long SetHeldValue(SQMColumnKey column, Value const* value, long row);
+  template <class Value>
+  long SetHeldValueByKey(SQMColumnKey column, Value const* value, SQMKeyValues keys);
+  struct SQMHeldKeys {
+    std::vector<std::unique_ptr<std::byte[]>> copies;
+    std::vector<void const*> addresses;
+  };
+  bool HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const;
   long FindIndex(std::string_view name) const;
   void DropIndex(long number);
   int CompareKeys(SQMKeyValues keys, long position) const;

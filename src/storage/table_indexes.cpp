@@ -175,9 +175,32 @@ int CQMTable::CompareKeys(SQMKeyValues keys, long position) const {
   return 0;
 }
 
+/** Where values move in memory, puts copies in the place of the keys, which may be such values. False without
+ * memory. */
+bool CQMTable::HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const {
+  auto const& indexKeys = CurrentIndex().keys;
+  bool const areMoving = std::any_of(indexKeys.begin(), indexKeys.end(), [](auto const& key) {
+    CQMDataSpaceRegion const* const region = key.column->GetRegion();
+    return region != nullptr && region->IsMovable();
+  });
+  if (!areMoving) return true;
+  try {
+    for (std::size_t i = 0; i < indexKeys.size(); ++i) {
+      held.addresses.push_back(keys[i]);
+      if (!indexKeys[i].column->HoldStill(held.addresses[i], held.copies.emplace_back())) return false;
+    }
+  } catch (std::bad_alloc const&) {
+    return false;
+  }
+  keys = std::span<void const* const>(held.addresses);
+  return true;
+}
+
 long CQMTable::GetRowNumberByKey(SQMKeyValues keys) {
   m_currentRow = 0;
   if (RowMap() == nullptr || keys.size() < CurrentIndex().keys.size()) return TableResult::KeyNotFound;
+  SQMHeldKeys held;
+  if (!HoldStill(keys, held)) return TableResult::OutOfMemory;
   if (IndexIsStale()) {
     if (long const result = UpdateIndex(); result != TableResult::Done) return result;
   }

@@ -187,21 +187,35 @@ long CQMTable::GetFormattedValueByKey(SQMColumnKey column, std::string& buffer, 
   return AtKey(keys, [&] { return GetFormattedValue(column, buffer); });
 }
 
-long CQMTable::SetValueByRowNumber(SQMColumnKey column, char const* text, long row) {
-  return AtRow(column, row, [text](CQMColumn& found, long slot) { return found.SetColumnValue(slot, text); });
-}
-
-long CQMTable::SetValueByRowNumber(SQMColumnKey column, void const* value, long row) {
+/** Looking for the row may take away the value that is to be set. */
+template <class Value>
+long CQMTable::SetHeldValue(SQMColumnKey column, Value const* value, long row) {
+  std::unique_ptr<std::byte[]> copy;
+  CQMColumn const* const target = GetColumn(column);
+  if (target != nullptr && !target->HoldStill(value, copy)) return TableResult::OutOfMemory;
   return AtRow(column, row,
                [value](CQMColumn& found, long slot) { return found.SetColumnValue(slot, value); });
 }
 
-long CQMTable::SetValueByKey(SQMColumnKey column, char const* text, SQMKeyValues keys) {
-  return AtKey(keys, [&] { return SetValue(column, text); });
+template <class Value>
+long CQMTable::SetHeldValueByKey(SQMColumnKey column, Value const* value, SQMKeyValues keys) {
+  std::unique_ptr<std::byte[]> copy;
+  CQMColumn const* const target = GetColumn(column);
+  if (target != nullptr && !target->HoldStill(value, copy)) return TableResult::OutOfMemory;
+  return AtKey(keys, [&] { return SetValue(column, value); });
 }
 
+long CQMTable::SetValueByRowNumber(SQMColumnKey column, char const* text, long row) {
+  return SetHeldValue(column, text, row);
+}
+long CQMTable::SetValueByRowNumber(SQMColumnKey column, void const* value, long row) {
+  return SetHeldValue(column, value, row);
+}
+long CQMTable::SetValueByKey(SQMColumnKey column, char const* text, SQMKeyValues keys) {
+  return SetHeldValueByKey(column, text, keys);
+}
 long CQMTable::SetValueByKey(SQMColumnKey column, void const* value, SQMKeyValues keys) {
-  return AtKey(keys, [&] { return SetValue(column, value); });
+  return SetHeldValueByKey(column, value, keys);
 }
 
 }  // namespace qumel

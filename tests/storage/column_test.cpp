@@ -105,6 +105,8 @@ TEST(Column, ReadsAndShowsEveryType) {
       {{15}, "-1e39", "-inf"},
       {{15}, "0.1", "0.100000"},
       {{15}, "3.5e38", "inf"},
+      {{15}, "16777217.000000001", "16777218.000000"},  // not by way of the double 16777217
+      {{15}, "nan", "nan"},
       {{15}, "3.40282347e38", "340282346638528859811704183484516925440.000000"},
       {{18, 25, 26, 27, 34, 36, -1}, "7", ""},
       {{19, 21}, "a text", "a text"},
@@ -392,6 +394,12 @@ TEST(Column, RefillsAndDeletes) {
   EXPECT_NE(texts.GetChangeCount(), before);
   texts.SetColumnAttributes("now", Type(25), 0);  // what looked like texts must not be taken for pointers
   EXPECT_EQ(texts.GetAtomsInColumn(), 0);
+  CQMColumn numbers = MakeColumn(16);
+  numbers.AppendValue("1.1");
+  numbers.SetColumnAttributes("now", Type(18), 0);
+  EXPECT_EQ(numbers.GetAtomsInColumn(), 1);
+  numbers.SetColumnAttributes("now", Type(19), 7);  // as large, but without a NUL at the end
+  EXPECT_EQ(numbers.GetAtomsInColumn(), 0);
 }
 
 TEST(Column, FileBackedValuesSurviveTheScratchFile) {

@@ -431,6 +431,57 @@ TEST(Table, KeepsIndexesByName) {
   EXPECT_EQ(sample.Numbers(), (std::vector{2, 1}));
 }
 
+TEST(Table, TakesItsOwnValuesInMemoryAndFileBacked) {
+  CQMTestFolder const folder;
+  CQMDataSpace memory, fileBacked(folder.Path().c_str());
+  ASSERT_TRUE(fileBacked.SetFileBacked(true));
+  for (CQMDataSpace* space : {&memory, &fileBacked}) {
+    SCOPED_TRACE(space == &memory ? "in memory" : "file-backed");
+    constexpr long kLongest = 32766, kRows = 2 * CQMDataSpace::kMemoryLimit + 20;  // two to a chunk
+    CQMTable table(0, space);
+    table.AppendColumn("a", kFixedText, kLongest);
+    table.AppendColumn("b", kFixedText, kLongest);
+    CQMColumn others("others", kFixedText, kLongest, space);
+    for (long row = 1; row <= kRows; ++row) {
+      table.AppendRow();
+      table.SetValue("a", std::to_string(1000 + row).c_str());
+      others.AppendValue();
+    }
+    table.DefineIndex("a", {{"a"}});
+    CQMColumn& a = *table.GetColumn("a");
+    // A value of the chunk that the next one to be read takes away.
+    auto const oldest = [&](long row) {
+      space->ScramRAM();
+      a.GetColumnValue(row);
+      for (long other = 1; other < 2 * CQMDataSpace::kMemoryLimit - 1; other += 2)
+        others.GetColumnValue(other);
+      return a.GetColumnValue(row);
+    };
+    for (long row : {1L, 2L, kRows / 2, kRows}) {
+      SCOPED_TRACE(row);
+      std::string const text = std::to_string(1000 + row);
+      long const other = kRows + 1 - row;
+      int const order = row < other ? -1 : 1;
+      EXPECT_EQ(a.CompareValue(oldest(row), other), order);
+      void const* value = oldest(row);
+      EXPECT_EQ(a.CompareRangeBothIn(value, value, other), -order);
+
+      table.SelectIndex(nullptr);
+      EXPECT_EQ(table.SetValueByRowNumber("b", oldest(row), other), 0);
+      EXPECT_EQ(TextOf(table, "b", other), text);
+      EXPECT_EQ(table.SetValueByRowNumber("b", static_cast<char const*>(oldest(row)), row), 0);
+      EXPECT_EQ(TextOf(table, "b", row), text);
+
+      table.SelectIndex("a");
+      EXPECT_EQ(table.GetRowNumberByKey({oldest(row)}), row);
+      EXPECT_EQ(table.SetValueByKey("b", oldest(row), {"1005"}), 0);
+      EXPECT_EQ(TextOf(table, "b", 5), text);
+      EXPECT_EQ(table.SetValueByKey("b", static_cast<char const*>(oldest(row)), {"1007"}), 0);
+      EXPECT_EQ(TextOf(table, "b", 7), text);
+    }
+  }
+}
+
 TEST(Table, UnorderedValuesNeitherHangNorCrash) {
   CQMTable table;
   table.AppendColumn("d", EQMDataType::Number);
@@ -448,6 +499,27 @@ TEST(Table, UnorderedValuesNeitherHangNorCrash) {
   for (long row = 1; row <= 300; ++row) slots.push_back(table.GetColumnRowNumber(row));
   std::sort(slots.begin(), slots.end());
   for (long row = 1; row <= 300; ++row) EXPECT_EQ(slots[static_cast<std::size_t>(row - 1)], row);
+}
+
+TEST(Table, MadeWithoutMemoryHasNoRows) {
+  for (long spared = 0;; ++spared) {
+    std::unique_ptr<CQMTable> table;
+    try {
+      testing::FailingAllocation const failing(spared);
+      table = std::make_unique<CQMTable>();
+    } catch (std::bad_alloc const&) {
+      continue;
+    }
+    if (table->GetIndexCount() == 1) break;
+    table->AppendColumn("a", kInteger);
+    EXPECT_EQ(table->AppendRow(), -1);
+    EXPECT_EQ(table->InsertRow(1), -2);
+    EXPECT_EQ(table->DeleteRowByRowNumber(1), -2);
+    EXPECT_EQ(table->SelectIndex(nullptr), 0);
+    EXPECT_EQ(table->GetRowNumberByKey({}), -4);
+    EXPECT_EQ(table->FindRowOfSlot(1), 0);
+    EXPECT_EQ(table->GetValue("a"), nullptr);
+  }
 }
 
 TEST(Table, RunningOutOfMemoryLeavesRowsInStep) {
