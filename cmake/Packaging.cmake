@@ -17,6 +17,8 @@ write_basic_package_version_file(qumelConfigVersion.cmake COMPATIBILITY SameMajo
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qumelConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/qumelConfigVersion.cmake
   DESTINATION ${QUMEL_CMAKE_FOLDER} COMPONENT qumel)
 
+# The prefix is told from where the file lies: packages choose theirs after configuring.
+file(RELATIVE_PATH QUMEL_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/qumel.pc.in qumel.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qumel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT qumel)
 
