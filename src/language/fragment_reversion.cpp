@@ -10,6 +10,9 @@ namespace qumel {
 namespace {
 
 bool IsScopeWord(long id) { return id >= OpId::CosmicScope && id <= OpId::ComplexWord; }
+bool StandsBeforeStatement(long id) {
+  return IsModeOperator(id) || id == OpId::Default || id == OpId::Otherwise;
+}
 
 }  // namespace
 
@@ -36,6 +39,8 @@ void CQMFragmentReversion::AddOperator(SQMOperator const& op, std::int32_t count
   std::int32_t const rightCount = count - std::clamp(leftCount, 0, count);
   std::vector<Index> right = info.HasVariableOperands() ? TakeItems(rightCount) : TakeValues(rightCount);
   std::vector<Index> left = TakeValues(leftCount);
+  bool const takesWord = left.empty() && leftCount > 0 && !m_open.empty();  // "if a>b" compares "if a"
+  if (takesWord) left = TakeFrom(m_open.size() - 1);
 
   SQMFragment fragment;
   fragment.op = &op;
@@ -106,7 +111,7 @@ void CQMFragmentReversion::FoldWords(std::vector<Index>& fragments) {
     Index const fragment = fragments[i];
     if (kept > 0 && IsLoneWord(fragment) && m_fragments[fragments[kept - 1]].leavesValue) {
       long const id = m_fragments[fragment].op->info->id;
-      if (IsScopeWord(id) || (IsModeOperator(id) && i + 1 == fragments.size())) {
+      if (IsScopeWord(id) || (StandsBeforeStatement(id) && i + 1 == fragments.size())) {
         fragments[kept - 1] = FoldWord(fragments[kept - 1], fragment);
         continue;
       }

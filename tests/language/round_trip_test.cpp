@@ -1,6 +1,7 @@
 // The round trip: whatever text converts to, turned back into infix text, converts to the same again.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
 #include <random>
@@ -16,7 +17,7 @@ namespace qumel {
 namespace {
 
 #ifdef QUMEL_SANITIZED
-constexpr long kExpressions = 1'500;
+constexpr long kExpressions = 5'000;
 #else
 constexpr long kExpressions = 10'000;
 #endif
