@@ -383,8 +383,9 @@ QM_API long qmGetLastParseIndex(void);
 
 /* ---- chosen before a context is created ---- */
 
-/** Decimal point: 'P' period (arguments parted by ',', statements by ';'), 'C' comma (';' and ':').
- *  'P' at first. */
+/** Decimal point of what is read and written: 'P' period, 'C' comma. With the comma, a comma within a number
+ *  is its decimal point unless white space follows: "max(1,5, 2)" has the operands 1.5 and 2. Parameters of
+ *  host operators are parted by ';' then. 'P' at first. */
 QM_API void qmSetRadixMark(char mark);
 /** The decimal point; ' ' without a record. */
 QM_API char qmGetRadixMark(void);
