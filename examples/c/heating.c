@@ -1,9 +1,9 @@
 /* Formulas in a C program: operators of its own, its variables in formulas, errors, and a context for each
- * thread. Build it with: cc heating.c $(pkg-config --cflags --libs qumel) */
+ * thread. Build it with: cc heating.c -pthread $(pkg-config --cflags --libs qumel) */
+#include <pthread.h>
 #include <qumel/qumel.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <threads.h>
 
 /* Ends the program when a call of the library failed. The last error belongs to the current context. */
 static void must(bool succeeded, char const* what) {
@@ -88,7 +88,7 @@ struct room {
 
 /* Threads with contexts of their own evaluate side by side without care for each other: a private context is
  * seen by its thread only, so that all may use the same names. */
-static int heat_room(void* argument) {
+static void* heat_room(void* argument) {
   struct room* const room = argument;
   must(qmCreatePrivateContext("room") != 0 && qmSetContext("room", false) != 0, "room");
   must(qmLinkNumVar('G', "target", &room->target), "target");
@@ -100,7 +100,8 @@ static int heat_room(void* argument) {
     must(qmGetLastErrorID() == QMErrorNone, "room's sum");
   }
   qmDeleteExp(formula);
-  return qmDestroyPrivateContext("room") ? 0 : 1;
+  must(qmDestroyPrivateContext("room"), "room's end");
+  return NULL;
 }
 
 int main(void) {
@@ -112,19 +113,16 @@ int main(void) {
 
   struct room rooms[] = {{.target = 19}, {.target = 21}, {.target = 25}};
   enum { kRooms = sizeof rooms / sizeof *rooms };
-  thrd_t threads[kRooms];
-  int failed = 0;
+  pthread_t threads[kRooms];
   for (int i = 0; i < kRooms; ++i) {
-    if (thrd_create(&threads[i], heat_room, &rooms[i]) != thrd_success) return EXIT_FAILURE;
+    if (pthread_create(&threads[i], NULL, heat_room, &rooms[i]) != 0) return EXIT_FAILURE;
   }
   for (int i = 0; i < kRooms; ++i) {
-    int result = 1;
-    thrd_join(threads[i], &result);
-    failed |= result;
+    pthread_join(threads[i], NULL);
     printf("room at %.0f: %.0f\n", rooms[i].target, rooms[i].total);
   }
   qmUnloadQumel();
-  return failed;
+  return EXIT_SUCCESS;
 }
 
 /* Prints:

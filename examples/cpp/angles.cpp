@@ -1,6 +1,6 @@
 // Formulas in a C++ program: owners for handles, errors as exceptions, operators of its own, and contexts
-// with settings of their own in several threads. Build it with: c++ angles.cpp $(pkg-config --cflags --libs
-// qumel)
+// with settings of their own in several threads.
+// Build it with: c++ angles.cpp -pthread $(pkg-config --cflags --libs qumel)
 #include <qumel/qumel.h>
 
 #include <algorithm>

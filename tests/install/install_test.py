@@ -76,7 +76,7 @@ class InstallTest(unittest.TestCase):
             for source in sources:
                 with self.subTest(source.name):
                     program = self.scratch / f"{source.stem}_by_pkg_config"
-                    run(compiler, *flags, source, "-o", program, *package)
+                    run(compiler, *flags, source, "-o", program, "-pthread", *package)
                     self.expect_output(program, source, LD_LIBRARY_PATH=str(self.lib))
 
     def test_command_finds_its_library(self):
