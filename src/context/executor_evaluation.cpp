@@ -225,11 +225,13 @@ char* CQMExecutor::AnnotateExpression(CQMExpression* expression) {
 }
 
 char* CQMExecutor::RevertExpression(char const* postfix) {
+  m_reversion.clear();
   m_lastError = CodeOf([&] { return Revert(TextOf(postfix)); });
   return m_reversion.data();
 }
 
 char* CQMExecutor::RevertExpression(CQMExpression* expression) {
+  m_reversion.clear();
   m_lastError = CodeOf([&] {
     return expression != nullptr ? Revert(expression->GetParsedText()) : static_cast<long>(Error::NotFound);
   });
