@@ -2,6 +2,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "base/conversions.h"
 #include "operators/numeric_function.h"
 #include "operators/numeric_utilities.h"
 #include "operators/operator_tables.h"
@@ -32,14 +33,14 @@ struct SQMIntegerRule : SQMOnRealPart<SQMIntegerRule> {
   static double Real(double x) { return x > 0.0 ? std::floor(x) : std::ceil(x); }
 };
 
-/** Halves go to the even neighbour, whatever the rounding mode of the host. */
+/** Halves go to the even neighbour, whatever the rounding mode of the host. The neighbour towards zero is a
+ * signed 32-bit integer, so that numbers beyond those come out next to the smallest one. */
 struct SQMNearestIntegerRule : SQMOnRealPart<SQMNearestIntegerRule> {
   static double Real(double x) {
     constexpr double kHalf = 0.5;
-    double const truncated = SQMIntegerRule::Real(x);
-    double const whole = truncated == 0.0 ? 0.0 : truncated;  // never a negative zero
-    double const rest = std::fabs(x - whole);
-    if (rest < kHalf || (rest == kHalf && std::fmod(whole, 2.0) == 0.0)) return whole;
+    std::int32_t const whole = TruncateToInt32(x);
+    double const rest = x > 0.0 ? x - whole : whole - x;
+    if (rest < kHalf || (rest == kHalf && whole % 2 == 0)) return whole;
     return x > 0.0 ? whole + 1.0 : whole - 1.0;
   }
 };
