@@ -102,8 +102,9 @@ std::string CQMInfixWriter::NumberText(std::string_view number) const {
       !text.empty() &&
       (IsDigit(text[0]) || (text[0] == kPoint && hasPoint && text.size() > 1 && IsDigit(text[1])));
   if (!hasPoint) std::ranges::replace(text, kPoint, m_rules.radixMark);
-  if (number.front() != 'd' || !begins) text.insert(0, BaseMark(number.front()));
-  return text;
+  if (number.front() == 'd' && begins) return text;
+  if (text.starts_with('0')) text.erase(0, 1);  // that of the base mark
+  return text.insert(0, BaseMark(number.front()));
 }
 
 }  // namespace qumel

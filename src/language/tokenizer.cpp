@@ -118,11 +118,10 @@ SQMToken CQMTokenizer::TakeWhile(EQMItemClass itemClass, Test belongs) {
 // number = ["0" base mark] {digit | exponent mark ["+" | "-"] | radix mark}, each mark once, no radix mark
 // behind the exponent mark; E is a digit in bases h and t
 SQMToken CQMTokenizer::ReadNumber() {
-  SQMBase const* base = &kDecimalBase;
-  if (SQMBase const* const marked = Peek() == '0' ? FindBase(Peek(1)) : nullptr; marked != nullptr) {
-    base = marked;
-    m_position += 2;
-  }
+  SQMBase const* const marked = Peek() == '0' ? FindBase(Peek(1)) : nullptr;
+  bool const hasBaseMark = marked != nullptr;
+  SQMBase const* const base = hasBaseMark ? marked : &kDecimalBase;
+  if (hasBaseMark) m_position += 2;
   std::size_t const start = m_position;
   bool hasExponent = false;
   bool hasRadixMark = false;
@@ -140,6 +139,7 @@ SQMToken CQMTokenizer::ReadNumber() {
   }
   SQMToken token = Take(EQMItemClass::Number, start);
   token.baseLetter = base->letter;
+  token.hasBaseMark = hasBaseMark;
   return token;
 }
 
@@ -158,6 +158,7 @@ SQMToken CQMTokenizer::ReadString() {
 
 void AppendNumber(SQMToken const& number, char radixMark, std::string& out) {
   out += number.baseLetter;
+  if (number.hasBaseMark) out += '0';
   std::size_t const start = out.size();
   out += number.text;
   if (radixMark == kPoint) return;

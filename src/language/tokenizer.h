@@ -15,6 +15,7 @@ struct SQMToken {
   std::string_view
       text;  // of a number, what follows its base mark; of a string, what stands between its quote marks
   char baseLetter = '\0';  // of numbers
+  bool hasBaseMark = false;
 };
 
 class CQMTokenizer {
@@ -47,7 +48,8 @@ class CQMTokenizer {
   std::size_t m_position = 0;
 };
 
-/** Appends the base letter and the characters of a number, with '.' for the radix mark. */
+/** Appends the base letter and the characters of a number, with '.' for the radix mark. Of a base mark the 0
+ * stays. */
 void AppendNumber(SQMToken const& number, char radixMark, std::string& out);
 /** Appends the characters of a string token, escapes applied. */
 void AppendUnescaped(std::string_view text, std::string& out);
