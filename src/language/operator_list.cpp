@@ -119,7 +119,8 @@ Result CQMOperatorList::ReadDefined(Result none, Read read) const {
 }
 
 void CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication) {
-  SetDefaults(*info, m_shared, impliedMultiplication);
+  if (!m_frozen) m_impliedMultiplication = impliedMultiplication;
+  SetDefaults(*info, m_shared, m_impliedMultiplication);
   auto const lock = LockForChange();
   if (m_table->AppendRow() <= 0) throw std::bad_alloc();
   m_table->SetValue(kTokenColumn, info->token.c_str());

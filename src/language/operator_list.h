@@ -50,8 +50,8 @@ class CQMOperatorList {
   ~CQMOperatorList();
 
   /** Appends a row; default context masks by fix type, and for a shared list the letter rule: a word prefix
-   * encloses, and may follow an operand or a closing parenthesis when impliedMultiplication is set. Ids are
-   * not checked. */
+   * encloses, and may follow an operand or a closing parenthesis when impliedMultiplication is set. What the
+   * standard rows were loaded with holds for a host's too. Ids are not checked. */
   void Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication);
   /** Ends the loading of the standard rows: from now on they never change, and new rows are the host's. */
   void Freeze() { m_frozen = true; }
@@ -99,6 +99,7 @@ class CQMOperatorList {
 
   bool const m_shared;
   bool m_frozen = false;
+  bool m_impliedMultiplication = false;  // of the context that loaded the standard rows
   std::vector<std::unique_ptr<CQMOpInfo>> m_standardInfos;
   SQMRows m_standard;
   mutable std::shared_mutex m_mutex;  // of m_defined and, once frozen, of m_table

@@ -91,6 +91,12 @@ TEST(OperatorList, LetterRuleOfTheSharedListOnly) {
     EXPECT_EQ(row->leftContext, left) << op.token;
     EXPECT_EQ(row->enclose, enclose) << op.token;
   }
+  // the context that loaded the list decides, not the one that defines
+  auto info = std::make_unique<CQMOpInfo>("later");
+  info->id = OpId::FirstExternal + 99;
+  info->fix = EQMFix::Prefix;
+  dialect.shared.Load(std::move(info), false);
+  EXPECT_EQ(dialect.shared.FindByToken("later")->leftContext, 63);
 }
 
 TEST(OperatorList, RowsOfOneTokenKeepTheirOrder) {
