@@ -23,27 +23,46 @@ Value OnExpression(Handle handle, Value failure, Call call) noexcept {
   return OnUsedContext(use, failure, onContext);
 }
 
+/** call, refused with OutOfMemory where it nests too deep. What may call the host back needs it; what does
+ * not, such as asking for that error, stays possible. */
+template <class Value, class Call>
+auto Bounded(Value failure, Call call) {
+  return [=](CQMExecutor& context, auto&... expression) {
+    if (!CQMContextUse::IsTooDeep()) return static_cast<Value>(call(context, expression...));
+    context.SetLastError(Error::OutOfMemory);
+    return failure;
+  };
+}
+template <class Value, class Call>
+Value Evaluate(Value failure, Call call) noexcept {
+  return OnContext(failure, Bounded(failure, call));
+}
+template <class Value, class Call>
+Value EvaluateExpression(Handle handle, Value failure, Call call) noexcept {
+  return OnExpression(handle, failure, Bounded(failure, call));
+}
+
 }  // namespace
 
 // ---- from text ----
 char qmEvalExpStr(char const* text) {
-  return OnContext(TypeLetter::kNone, [=](CQMExecutor& context) { return context.Evaluate(text); });
+  return Evaluate(TypeLetter::kNone, [=](CQMExecutor& context) { return context.Evaluate(text); });
 }
 double qmEvalExpStrToNum(char const* text) {
-  return OnContext(0.0, [=](CQMExecutor& context) { return context.EvaluateToNumber(text); });
+  return Evaluate(0.0, [=](CQMExecutor& context) { return context.EvaluateToNumber(text); });
 }
 double qmEvalExpStrToComp(char const* text, double* imaginary) {
-  return OnContext(0.0, [=](CQMExecutor& context) { return context.EvaluateToComplex(text, imaginary); });
+  return Evaluate(0.0, [=](CQMExecutor& context) { return context.EvaluateToComplex(text, imaginary); });
 }
 bool qmEvalExpStrToBool(char const* text) {
-  return OnContext(false, [=](CQMExecutor& context) { return context.EvaluateToBoolean(text); });
+  return Evaluate(false, [=](CQMExecutor& context) { return context.EvaluateToBoolean(text); });
 }
 char const* qmEvalExpStrToStr(char const* text) {
-  return OnContext(static_cast<char const*>(nullptr),
-                   [=](CQMExecutor& context) { return context.EvaluateToString(text); });
+  return Evaluate(static_cast<char const*>(nullptr),
+                  [=](CQMExecutor& context) { return context.EvaluateToString(text); });
 }
 unsigned long long qmParseExp(char const* text) {
-  return OnContext(Handle{0}, [=](CQMExecutor& context) { return context.ParseExpression(text); });
+  return Evaluate(Handle{0}, [=](CQMExecutor& context) { return context.ParseExpression(text); });
 }
 char const* qmAnnotateExp(char const* text) {
   return OnContext(static_cast<char const*>(nullptr),
@@ -56,27 +75,27 @@ char const* qmCheckExp(char const* text) {
 
 // ---- by handle ----
 char qmEvalExpHndl(unsigned long long handle) {
-  return OnExpression(handle, TypeLetter::kNone, [](CQMExecutor& context, CQMExpression& expression) {
+  return EvaluateExpression(handle, TypeLetter::kNone, [](CQMExecutor& context, CQMExpression& expression) {
     return context.Evaluate(&expression);
   });
 }
 double qmEvalExpHndlToNum(unsigned long long handle) {
-  return OnExpression(handle, 0.0, [](CQMExecutor& context, CQMExpression& expression) {
+  return EvaluateExpression(handle, 0.0, [](CQMExecutor& context, CQMExpression& expression) {
     return context.EvaluateToNumber(&expression);
   });
 }
 double qmEvalExpHndlToComp(unsigned long long handle, double* imaginary) {
-  return OnExpression(handle, 0.0, [=](CQMExecutor& context, CQMExpression& expression) {
+  return EvaluateExpression(handle, 0.0, [=](CQMExecutor& context, CQMExpression& expression) {
     return context.EvaluateToComplex(&expression, imaginary);
   });
 }
 bool qmEvalExpHndlToBool(unsigned long long handle) {
-  return OnExpression(handle, false, [](CQMExecutor& context, CQMExpression& expression) {
+  return EvaluateExpression(handle, false, [](CQMExecutor& context, CQMExpression& expression) {
     return context.EvaluateToBoolean(&expression);
   });
 }
 char const* qmEvalExpHndlToStr(unsigned long long handle) {
-  return OnExpression(
+  return EvaluateExpression(
       handle, static_cast<char const*>(nullptr),
       [](CQMExecutor& context, CQMExpression& expression) { return context.EvaluateToString(&expression); });
 }

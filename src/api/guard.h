@@ -24,10 +24,6 @@ template <class Value, class Call>
 Value OnUsedContext(CQMContextUse const& use, Value failure, Call& call) {
   CQMExecutor* const context = use.GetExecutor();
   if (context == nullptr) return failure;
-  if (use.IsTooDeep()) {
-    context->SetLastError(Error::OutOfMemory);
-    return failure;
-  }
   try {
     Value const value = call(*context);
     // a text of a context that a callback destroyed is about to go

@@ -1,6 +1,7 @@
 // Calls announce what they use; whoever destroys a context or a record looks at these announcements.
 #include "context/context_use.h"
 
+#include "base/stack_room.h"
 #include "context/library.h"
 #include "context/library_state.h"
 
@@ -110,7 +111,7 @@ void CQMContextUse::EnterCurrent() {
   announcement.store(nullptr);
 }
 
-bool CQMContextUse::IsTooDeep() const { return t_nesting > kMostNestedCalls; }
+bool CQMContextUse::IsTooDeep() { return t_nesting > kMostNestedCalls || (t_nesting > 1 && IsStackLow()); }
 
 void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor) {
   CQMExecutor* const dying = executor.get();

@@ -12,7 +12,7 @@ namespace qumel {
  * live on until the last call that uses them has returned. */
 class CQMContextUse {
  public:
-  /** More calls than these, one within the other, are refused: each takes stack of the thread. */
+  /** Evaluations that callbacks ask for nest this deep: each takes stack of the thread. */
   static constexpr int kMostNestedCalls = 200;
 
   /** A call that uses the current context. Without create there need not be one, else only for want of memory
@@ -26,7 +26,9 @@ class CQMContextUse {
 
   CQMThreadInfo* GetRecord() const { return m_record; }
   CQMExecutor* GetExecutor() const { return m_executor; }
-  bool IsTooDeep() const;
+  /** Whether the calling thread's calls nest too deep, or its stack is too small, for one that may call the
+   * host back. */
+  static bool IsTooDeep();
 
  private:
   void EnterCurrent();

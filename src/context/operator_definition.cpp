@@ -62,10 +62,12 @@ std::string_view TakeWord(std::string_view& text) {
 long ReadFile(char const* path, std::string& text) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return Error::NotFound;
-  std::array<char, 1 << 16> block;
-  while (file.read(block.data(), block.size()), file.gcount() > 0) {
-    text.append(block.data(), static_cast<std::size_t>(file.gcount()));
-    if (text.size() > CQMOperatorDefiner::kLargestFile) return Error::OutOfMemory;
+  constexpr std::size_t kBlock = 1 << 16;
+  for (std::size_t length = 0; file; text.resize(length)) {
+    text.resize(length + kBlock);
+    file.read(text.data() + length, kBlock);
+    length += static_cast<std::size_t>(file.gcount());
+    if (length > CQMOperatorDefiner::kLargestFile) return Error::OutOfMemory;
   }
   if (!file.eof()) return Error::NotFound;  // a folder, say: opened but not readable
   text.resize(std::min(text.size(), text.find('\0')));

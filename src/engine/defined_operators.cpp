@@ -3,6 +3,7 @@
 
 #include <span>
 
+#include "base/stack_room.h"
 #include "engine/expression.h"
 #include "engine/operator_context.h"
 
@@ -19,7 +20,7 @@ class CQMNesting {
   ~CQMNesting() { --nestedBodies; }
   CQMNesting(CQMNesting const&) = delete;
   CQMNesting& operator=(CQMNesting const&) = delete;
-  bool IsTooDeep() const { return nestedBodies > kMostNestedBodies; }
+  bool IsTooDeep() const { return nestedBodies > kMostNestedBodies || IsStackLow(); }
 };
 
 /** The letter of an operand in a signature. */
@@ -130,7 +131,11 @@ long CQMExpressionOperator::VerifyOperands() {
   return m_body->GetErrorState();
 }
 
-long CQMExpressionOperator::DoOperation(long& position) { return RunBody(*m_body, position); }
+long CQMExpressionOperator::DoOperation(long& position) {
+  // an operand may have been a real number when the body was compiled, and complex now
+  if (!m_body->IsInComplexMode() && HasComplexOperand()) m_body->EnterComplexMode();
+  return RunBody(*m_body, position);
+}
 
 long CQMRecursiveOperator::VerifyOperands() {
   long const code = CheckParameters();

@@ -12,7 +12,8 @@ namespace qumel {
 
 class CQMExpression;
 
-/** Bodies of host operators may nest this deep, at compilation and at run time, before OutOfMemory. */
+/** Bodies of host operators may nest this deep, at compilation and at run time, before OutOfMemory; less deep
+ * where the thread's stack is small. */
 constexpr int kMostNestedBodies = 1000;
 
 /** The operator object that runs a definition; null for one that has neither a body nor a callback. */

@@ -61,6 +61,8 @@ class CQMExpression : public CQMLinkedObject {
   /** The datum that holds the result of the last run, or null. It lives as long as the expression. */
   CQMDatum* GetResult() const;
   bool IsInComplexMode() const { return m_complexMode; }
+  /** For good. */
+  void EnterComplexMode();
 
   long GetErrorState() const { return m_errorState; }
   void SetErrorState(long code) { m_errorState = code; }
@@ -95,7 +97,6 @@ class CQMExpression : public CQMLinkedObject {
   long Finalize();
   long Link();
   long Substitute(long index);
-  void EnterComplexMode();
   long Fail(long code) { return m_errorState = code; }
 
   CQMOperatorContext& m_context;

@@ -1,5 +1,7 @@
 // Operators that hosts define: by an expression, from a file, by a callback; their errors, their recursion,
 // their access to parameters.
+#include <pthread.h>
+
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -195,6 +197,22 @@ TEST_F(Operators, ComplexBodiesSwitchTheEvaluationOnce) {
   EXPECT_EQ(qmGetNumVarValue('G', "count"), 1.0) << "the body's effects happen once";
 }
 
+// The result of "|_" is complex only when it runs, after the body was compiled.
+TEST_F(Operators, BodiesComputeWithOperandsThatBecomeComplex) {
+  qmSetAllowComplexResults(true);
+  for (char const* text : {"x*x", static_cast<char const*>(nullptr)}) {
+    SCOPED_TRACE(text != nullptr ? "kept" : "recursive");
+    ASSERT_EQ(qmDefineExpOp('G', "square", "prefix", "complex", "complex x", nullptr, text), kNone);
+    if (text == nullptr) {
+      ASSERT_EQ(qmDefineExpOpStr('G', "square", "x*x"), kNone);
+    }
+    EXPECT_EQ(ToText("square(1 |_ 2)"), "( -3.000000000000 |_ 4.000000000000 )");
+    EXPECT_EQ(ToText("square(3) + square(1 |_ 2)"), "( 6.000000000000 |_ 4.000000000000 )");
+    EXPECT_EQ(ToText("square 3"), "9.000000000000");
+    EXPECT_EQ(qmDeleteOp('G', "square"), kNone);
+  }
+}
+
 // ---- callbacks ----
 
 struct Seen {
@@ -255,6 +273,29 @@ int DeleteItself(Handle op) {
   return static_cast<int>(qmSetNumResult(op, 1.0));
 }
 
+/** Calls itself without end, and hands on the error that ends it. */
+int CallAgain(Handle op) {
+  double const value = qmEvalExpStrToNum("through 1");
+  long const code = qmGetLastErrorID();
+  return static_cast<int>(code != kNone ? code : qmSetNumResult(op, value));
+}
+
+/** Runs call on a thread with a stack of that size. */
+template <class Call>
+void WithStackOf(std::size_t size, Call call) {
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_attr_init(&attributes), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, size), 0);
+  auto const run = [](void* argument) -> void* {
+    (*static_cast<Call*>(argument))();
+    return nullptr;
+  };
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &call), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
 class Callbacks : public Operators {
  protected:
   static long Link(char const* name, char const* returns, char const* parameters, int (*callback)(Handle)) {
@@ -309,6 +350,42 @@ TEST_F(Callbacks, ComplexResultsNeedPermission) {
   qmSetAllowComplexResults(true);
   EXPECT_EQ(ToText("imagine 2 + 1"), "( 2.000000000000 |_ 2.000000000000 )");
   EXPECT_EQ(ToText("imagine 0"), "1.000000000000");
+}
+
+TEST_F(Callbacks, NestingWithoutEndFailsOnStacksOfAnySize) {
+  struct Case {
+    char const* what;
+    std::size_t stack;
+    long longChain;  // what a chain of 900 bodies ends in
+  };
+  constexpr Case kCases[] = {
+      {"small", 96UL << 10, kOutOfMemory},
+      {"of a worker thread", 256UL << 10, kOutOfMemory},
+      {"usual", 8UL << 20, kNone},
+  };
+  for (Case const& c : kCases) {
+    SCOPED_TRACE(c.what);
+    WithStackOf(c.stack, [&c] {
+      qmClearContext();
+      qmCreatePrivateContext("nested");
+      qmSetContext("nested", false);
+      Link("again", "number", "number x", &CallAgain);
+      Define("through", "number n", "again n");
+      Define("forever", "number n", nullptr);
+      qmDefineExpOpStr('G', "forever", "if (n > 0) then return (1 + forever(n + 1)); end return 0");
+      Define("c0", "number n", "n + 1");
+      for (int i = 1; i <= 1100; ++i) {
+        Define(("c" + std::to_string(i)).c_str(), "number n", ("c" + std::to_string(i - 1) + " n").c_str());
+      }
+      EXPECT_EQ(ErrorOf("again 1"), kOutOfMemory);
+      EXPECT_EQ(ErrorOf("through 1"), kOutOfMemory);
+      EXPECT_EQ(ErrorOf("forever 1"), kOutOfMemory);
+      EXPECT_EQ(ErrorOf("c1100 1"), kOutOfMemory);
+      EXPECT_EQ(ErrorOf("c900 1"), c.longChain);
+      EXPECT_EQ(Number("c10 1"), 2.0) << "what failed left nothing behind";
+      uDropThreadInfo();
+    });
+  }
 }
 
 TEST_F(Callbacks, MayEvaluateParseDefineAndDelete) {
