@@ -37,15 +37,15 @@ CQMDatum* CQMVariables::Find(char scope, char const* name, EQMLookup lookup) con
   return found != nullptr && found->HasTypeTag(CQMDatum::kTypeTag) ? static_cast<CQMDatum*>(found) : nullptr;
 }
 
-CQMDatum* CQMVariables::Enter(char scope, char const* name, EQMExistence existence,
-                              SQMNewVariable const& wanted) {
+CQMVariables::NewDatum CQMVariables::Make(char scope, char const* name, EQMExistence existence,
+                                          SQMNewVariable const& wanted) {
   if (name == nullptr || *name == '\0') return Refuse(Error::NotDefined), nullptr;
   if (IsTaken(scope, name, existence)) return Refuse(Error::AlreadyExists), nullptr;
-  return Add(scope, name, wanted, nullptr);
+  return MakeDatum(scope, name, wanted, nullptr);
 }
 
-CQMDatum* CQMVariables::EnterArray(char scope, char const* name, SQMNewVariable const& wanted,
-                                   SQMIndices const& extents) {
+CQMVariables::NewDatum CQMVariables::MakeArray(char scope, char const* name, SQMNewVariable const& wanted,
+                                               SQMIndices const& extents) {
   if (name == nullptr || *name == '\0') return Refuse(Error::NotDefined), nullptr;
   if (IsTaken(scope, name, EQMExistence::ByScope)) return Refuse(Error::AlreadyExists), nullptr;
   // a host must clear an older error before it makes arrays
@@ -54,11 +54,11 @@ CQMDatum* CQMVariables::EnterArray(char scope, char const* name, SQMNewVariable 
       std::ranges::any_of(extents.Used(), [](long extent) { return extent < 1; })) {
     return Refuse(Error::IndexOutOfBounds), nullptr;
   }
-  return Add(scope, name, wanted, &extents);
+  return MakeDatum(scope, name, wanted, &extents);
 }
 
-CQMDatum* CQMVariables::Add(char scope, char const* name, SQMNewVariable const& wanted,
-                            SQMIndices const* extents) {
+CQMVariables::NewDatum CQMVariables::MakeDatum(char scope, char const* name, SQMNewVariable const& wanted,
+                                               SQMIndices const* extents) {
   if (wanted.isLink && wanted.memory == nullptr) return Refuse(Error::NotFound), nullptr;
   bool const isText = wanted.type == EQMDataType::String;
   if (isText && wanted.textLength < 1) return Refuse(Error::IndexOutOfBounds), nullptr;
@@ -79,11 +79,22 @@ CQMDatum* CQMVariables::Add(char scope, char const* name, SQMNewVariable const& 
       return Refuse(code), nullptr;
     }
   }
-  long const code = TableOf(scope)->AddSymbol(datum.get());
-  m_context.SetLastError(code);
-  if (code != Error::None) return nullptr;
   if (wanted.isLink) datum->SetValuePointer(wanted.memory);
-  return datum.release();  // the table's from now on
+  return datum;
+}
+
+bool CQMVariables::Enter(char scope, NewDatum datum) {
+  if (datum == nullptr) return false;
+  long const code = TableOf(scope)->AddNewSymbol(*datum);
+  m_context.SetLastError(code);
+  if (code != Error::None) return false;
+  static_cast<void>(datum.release());  // the table's from now on
+  return true;
+}
+
+Handle CQMVariables::EnterWithHandle(char scope, NewDatum datum) {
+  Handle const handle = datum != nullptr ? datum->GetObjectHandle() : 0;
+  return Enter(scope, std::move(datum)) ? handle : 0;
 }
 
 long CQMVariables::CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataType)) {

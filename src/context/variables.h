@@ -3,8 +3,10 @@
 #pragma once
 
 #include <complex>
+#include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "context/executor.h"
 #include "engine/datum.h"
@@ -117,25 +119,23 @@ class CQMVariables {
   // ---- creating: a handle with a reference, or 0 ----
   template <class Kind, class Access>
   Handle Create(char scope, char const* name, typename Access::Value initial, long textLength = 0) {
-    CQMDatum* const datum = Enter(scope, name, Kind::kExistence, {Kind::kType, textLength, nullptr, false});
-    if (datum == nullptr) return 0;
-    Access::Store(*datum, initial);
-    return datum->GetObjectHandle();
+    auto datum = Make(scope, name, Kind::kExistence, {Kind::kType, textLength, nullptr, false});
+    if (datum != nullptr) Access::Store(*datum, initial);
+    return EnterWithHandle(scope, std::move(datum));
   }
   template <class Kind>
   Handle CreateArray(char scope, char const* name, SQMIndices const& extents, long textLength = 0) {
-    CQMDatum* const datum = EnterArray(scope, name, {Kind::kType, textLength, nullptr, false}, extents);
-    return datum != nullptr ? datum->GetObjectHandle() : 0;
+    return EnterWithHandle(scope, MakeArray(scope, name, {Kind::kType, textLength, nullptr, false}, extents));
   }
 
   // ---- linking: the host's memory is the value; it is neither cleared nor freed ----
   template <class Kind>
   bool Link(char scope, char const* name, void* memory, long textLength = 0) {
-    return Enter(scope, name, Kind::kExistence, {Kind::kType, textLength, memory, true}) != nullptr;
+    return Enter(scope, Make(scope, name, Kind::kExistence, {Kind::kType, textLength, memory, true}));
   }
   template <class Kind>
   bool LinkArray(char scope, char const* name, void* memory, SQMIndices const& extents, long textLength = 0) {
-    return EnterArray(scope, name, {Kind::kType, textLength, memory, true}, extents) != nullptr;
+    return Enter(scope, MakeArray(scope, name, {Kind::kType, textLength, memory, true}, extents));
   }
 
   // ---- writing: true when the last error is 0 afterwards; an older error is not cleared ----
@@ -211,9 +211,15 @@ class CQMVariables {
   CQMSymbolTable* TableOf(char scope) const;
   bool IsTaken(char scope, char const* name, EQMExistence existence) const;
   CQMDatum* Find(char scope, char const* name, EQMLookup lookup) const;
-  CQMDatum* Enter(char scope, char const* name, EQMExistence existence, SQMNewVariable const& wanted);
-  CQMDatum* EnterArray(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const& extents);
-  CQMDatum* Add(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const* extents);
+  // A new variable is complete, with its value and its handle, before other threads can find it.
+  using NewDatum = std::unique_ptr<CQMDatum>;
+  NewDatum Make(char scope, char const* name, EQMExistence existence, SQMNewVariable const& wanted);
+  NewDatum MakeArray(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const& extents);
+  NewDatum MakeDatum(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const* extents);
+  /** Hands datum over to the table of scope; the table's answer becomes the last error. False for null, too.
+   */
+  bool Enter(char scope, NewDatum datum);
+  Handle EnterWithHandle(char scope, NewDatum datum);
   static long CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataType));
   /** Makes the element at indices current, or tells why not. */
   static long SelectElement(CQMDatum& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices);

@@ -10,6 +10,18 @@
 
 namespace qumel {
 
+namespace {
+
+/** Marks a name as a variable that stands in the table of scope. */
+void SettleSymbol(CQMDatum& name, char scope) {
+  name.SetPending(false);
+  name.SetTemporary(false);
+  name.SetOwningExpression(nullptr);
+  name.SetScope(scope);
+}
+
+}  // namespace
+
 CQMExpression::CQMExpression(CQMOperatorContext& context) : m_context(context) { SetTypeTag(kTypeTag); }
 
 CQMExpression::~CQMExpression() {
@@ -107,32 +119,42 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
                                 : scope == Scope::kGlobal ? m_globalTable
                                                           : nullptr;
   // The same name may have been confirmed earlier in this statement: `x = (x = 5) + 1` has one x.
-  CQMDatum* const known =
-      table == nullptr ? GetSymbol(datum->Name()) : ReserveTableSymbol(*table, datum->Name());
-  datum->SetPending(false);
+  CQMDatum* known = nullptr;
+  if (table == nullptr) {
+    known = GetSymbol(datum->Name());
+  } else if (long const code = EnterTableSymbol(*table, scope, *datum, known); code != Error::None) {
+    return code;
+  }
   if (known != nullptr) {
+    datum->SetPending(false);
     *datum = *known;
     return Error::None;
   }
-  datum->SetTemporary(false);
-  datum->SetOwningExpression(nullptr);
   if (table == nullptr) {
-    datum->SetScope(Scope::kLocal);
+    SettleSymbol(*datum, Scope::kLocal);
     AddSymbol(std::move(*owned));
   } else {
-    datum->SetScope(scope);
-    m_references.push_back(datum);
-    datum->ReserveRef();  // before another thread can find the symbol and delete it
-    if (long const code = table->AddSymbol(datum); code != Error::None) {
-      m_references.pop_back();
-      datum->ReleaseRef();
-      datum->SetPending(true);
-      datum->SetTemporary(true);
-      return code;
-    }
     static_cast<void>(owned->release());  // the table owns it now
   }
   m_temporaries.erase(std::next(owned).base());
+  return Error::None;
+}
+
+long CQMExpression::EnterTableSymbol(CQMSymbolTable& table, char scope, CQMDatum& datum, CQMDatum*& known) {
+  while ((known = ReserveTableSymbol(table, datum.Name())) == nullptr) {
+    m_references.push_back(&datum);
+    // before another thread can find the symbol, and delete it
+    SettleSymbol(datum, scope);
+    datum.ReserveRef();
+    long const code = table.AddNewSymbol(datum);
+    if (code == Error::None) break;
+    m_references.pop_back();
+    datum.ReleaseRef();
+    datum.SetPending(true);
+    datum.SetTemporary(true);
+    if (code != Error::AlreadyExists) return code;
+    // another thread entered the name meanwhile; its variable is this one too
+  }
   return Error::None;
 }
 

@@ -89,6 +89,9 @@ class CQMExpression : public CQMLinkedObject {
   /** The symbol, with a reference that this expression gives back; null where the table has none. */
   CQMDatum* ReserveTableSymbol(CQMSymbolTable& table, std::string_view name);
   CQMDatum* FindTableSymbol(std::string_view name);
+  /** Enters datum in table, with a reference of this expression; where the table has the name, known is its
+   * symbol instead. */
+  long EnterTableSymbol(CQMSymbolTable& table, char scope, CQMDatum& datum, CQMDatum*& known);
   void DestroyTokenLists();
   // verifying, optimising, finalising, linking (expression_verification.cpp, linking.cpp)
   long Verify(long first);

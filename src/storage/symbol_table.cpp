@@ -250,6 +250,13 @@ long CQMSymbolTable::AddSymbol(CQMObject* object) {
   return m_rows->Add(*object);
 }
 
+long CQMSymbolTable::AddNewSymbol(CQMObject& object) {
+  auto const lock = m_rows->LockForChange();
+  SQMSymbolEntry const* const entry = m_rows->FindFirst(object.Name());
+  if (entry != nullptr && !entry->object->IsMarkedForDeletion()) return Error::AlreadyExists;
+  return m_rows->Add(object);
+}
+
 long CQMSymbolTable::AddVariableSymbol(char const* name, EQMDataType type, void const* value) {
   if (m_variables == nullptr) return Error::InvocationFailed;
   std::string_view const text = name != nullptr ? name : "";
@@ -258,9 +265,7 @@ long CQMSymbolTable::AddVariableSymbol(char const* name, EQMDataType type, void 
   if (variable == nullptr) return Error::OutOfMemory;
   // The value is there before another thread can see the variable.
   if (value != nullptr) m_variables->setValue(*variable, value);
-  auto const lock = m_rows->LockForChange();
-  if (m_rows->FindFirst(text) != nullptr) return Error::AlreadyExists;  // another thread was first
-  long const code = m_rows->Add(*variable);
+  long const code = AddNewSymbol(*variable);                       // another thread may have been first
   if (code == Error::None) static_cast<void>(variable.release());  // the table owns it now
   return code;
 }

@@ -33,6 +33,9 @@ class CQMSymbolTable : public CQMLinkedObject {
    * it stays the caller's. Null is ignored, and so is an object that is entered already; names may be in the
    * table before. A name longer than kLongestName is refused with Overflow. */
   long AddSymbol(CQMObject* object);
+  /** As AddSymbol, but AlreadyExists when GetSymbol finds the name in this table: of threads that enter one
+   * name at once, one succeeds. */
+  long AddNewSymbol(CQMObject& object);
   /** AlreadyExists when the name is known anywhere on the chain, InvocationFailed in a table that makes no
    * variables. value may be null. */
   long AddVariableSymbol(char const* name, EQMDataType type, void const* value);
