@@ -27,15 +27,13 @@ class CQMTextOperator : public CQMOperator {
   EQMDataType GetReturnType() override { return returnType; }
   long VerifyOperands() override {
     static constexpr std::array<EQMWanted, sizeof...(wanted)> kWanted{wanted...};
-    if (long const code = CheckOperandCounts(); code != Error::None) return code;
+    if (long const code = CheckOperands(); code != Error::None) return code;
     for (long i = 0; i < GetOperandCount(); ++i) {
-      CQMDatum const* const operand = GetOperandByIndex(i);
-      if (long const code = CheckDefined(operand); code != Error::None) return code;
       EQMWanted const want = kWanted[static_cast<std::size_t>(i)];
       EQMTypeClass const wantedClass =
           want == EQMWanted::Count ? EQMTypeClass::Numeric : EQMTypeClass::String;
-      if (GetTypeClass(operand->GetType()) != wantedClass) return Error::TypeMismatch;
-      if (want == EQMWanted::TextTarget && operand->IsLiteral()) return LiteralTargetCode();
+      if (GetTypeClass(Operand(i).GetType()) != wantedClass) return Error::TypeMismatch;
+      if (want == EQMWanted::TextTarget && Operand(i).IsLiteral()) return LiteralTargetCode();
     }
     return Error::None;
   }

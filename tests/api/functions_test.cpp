@@ -48,6 +48,8 @@ constexpr Row kTextRows[] = {
     {"length 4", nullptr, 3090},
     {"length nothing", nullptr, 3060},
     {"left(5, 5)", nullptr, 3090},
+    {"left(5, nothing)", nullptr, 3060},
+    {"insert(\"abc\", nothing, 0)", nullptr, 3060},
     {"\"a\" + 1", nullptr, 3090},
     {"\"abc\" < \"abd\"", "true"},
     {"\"b\" >= \"abd\"", "true"},
