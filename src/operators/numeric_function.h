@@ -5,6 +5,7 @@
 
 #include "base/complex_arithmetic.h"
 #include "engine/operator.h"
+#include "engine/operator_context.h"
 
 namespace qumel {
 
@@ -24,6 +25,9 @@ struct SQMOutcome {
 using RealOutcome = SQMOutcome<double>;
 using ComplexOutcome = SQMOutcome<Complex>;
 
+/** What the angle unit of the context applies to; to real and imaginary parts alike, on purpose. */
+enum class EQMAngle { None, Operand, Result };
+
 /** A Rule is a struct of static functions that take as many numbers as there are operands:
  *  - Real, of doubles, gives a double or a RealOutcome; NeedsComplex sends the operation to complex
  * evaluation.
@@ -31,8 +35,9 @@ using ComplexOutcome = SQMOutcome<Complex>;
  * RealOutcome, the result stays real.
  *  - WantsComplex, where a rule has it, says of real operands that complex evaluation takes them by OfComplex
  * although they have a real value. Operands that are all real are computed by Real in complex evaluation too,
- * and by OfComplex where that has no value. A failed operation leaves 0 in the result and the position on
- * itself. */
+ * and by OfComplex where that has no value.
+ *  - kAngle, where a rule has it, says what is an angle. Rules compute in radians.
+ * A failed operation leaves 0 in the result and the position on itself. */
 template <class Rule, class Indices>
 class CQMNumericFunction;
 
@@ -41,19 +46,41 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
  public:
   long GetOperandsNeeded() override { return sizeof...(index); }
 
-  long DoOperation(long& position) override {
-    return Finish(RealOutcome(Rule::Real(Real(index)...)), position);
-  }
+  long DoOperation(long& position) override { return Finish(OfReals(), position); }
 
   long DoComplexOperation(long& position) override {
     if (!(Operand(index).IsComplex() || ...) && !RealsWantComplex()) {
-      RealOutcome const outcome(Rule::Real(Real(index)...));
+      RealOutcome const outcome = OfReals();
       if (outcome.status != Status::NeedsComplex) return Finish(outcome, position);
     }
-    return Finish(OutcomeOf(Rule::OfComplex(Complex(Real(index), Imaginary(index))...)), position);
+    double const in = OperandFactor();
+    auto outcome = OutcomeOf(Rule::OfComplex(Complex(Real(index) * in, Imaginary(index) * in)...));
+    outcome.value *= ResultFactor();
+    return Finish(outcome, position);
   }
 
  private:
+  RealOutcome OfReals() const {
+    RealOutcome outcome(Rule::Real(Real(index) * OperandFactor()...));
+    outcome.value *= ResultFactor();
+    return outcome;
+  }
+  static constexpr EQMAngle AngleOfRule() {
+    if constexpr (requires { Rule::kAngle; }) {
+      return Rule::kAngle;
+    } else {
+      return EQMAngle::None;
+    }
+  }
+  double OperandFactor() const {
+    bool const applies = AngleOfRule() == EQMAngle::Operand && GetContext() != nullptr;
+    return applies ? GetContext()->GetAngleFactorToRadians() : 1.0;
+  }
+  double ResultFactor() const {
+    bool const applies = AngleOfRule() == EQMAngle::Result && GetContext() != nullptr;
+    return applies ? GetContext()->GetAngleFactorFromRadians() : 1.0;
+  }
+
   bool RealsWantComplex() const {
     if constexpr (requires { Rule::WantsComplex(Real(index)...); }) {
       return Rule::WantsComplex(Real(index)...);

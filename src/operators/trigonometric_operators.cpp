@@ -1,52 +1,24 @@
-// Circular and hyperbolic operators and their inverses: one template, a line a function.
-#include "engine/operator_context.h"
+// Circular and hyperbolic operators and their inverses: one rule, a line a function.
 #include "operators/circular_functions.h"
+#include "operators/numeric_function.h"
 #include "operators/operator_tables.h"
 
 namespace qumel {
 
 namespace {
 
-/** Where the angle unit of the context applies; to real and imaginary parts alike, on purpose. */
-enum class EQMAngle { None, Operand, Result };
-
-/** A function of one number. In complex evaluation a real operand keeps the real function where that has a
- * value. */
 template <EQMAngle angle, RealOrNone (*ofReal)(double), Complex (*ofComplex)(Complex)>
-class CQMFunctionOfOne final : public CQMOperator {
- public:
-  long GetOperandsNeeded() override { return 1; }
-
-  long DoOperation(long& position) override {
-    if (StoreOfReal()) return Advance(position);
-    StoreReal(0.0);
-    return Status::NeedsComplex;
+struct SQMCircularRule {
+  static constexpr EQMAngle kAngle = angle;
+  static RealOutcome Real(double x) {
+    if (RealOrNone const value = ofReal(x); value.has_value()) return *value;
+    return SQMFailure{Status::NeedsComplex};
   }
-
-  long DoComplexOperation(long& position) override {
-    if (!Operand(0).IsComplex() && StoreOfReal()) return Advance(position);
-    double const in = OperandFactor();
-    double const out = ResultFactor();
-    Complex const value = ofComplex({Real(0) * in, Imaginary(0) * in});
-    StoreComplex(value.real() * out, value.imag() * out);
-    return Advance(position);
-  }
-
- private:
-  bool StoreOfReal() {
-    RealOrNone const value = ofReal(Real(0) * OperandFactor());
-    if (value.has_value()) StoreReal(*value * ResultFactor());
-    return value.has_value();
-  }
-  double OperandFactor() const {
-    return angle == EQMAngle::Operand && GetContext() != nullptr ? GetContext()->GetAngleFactorToRadians()
-                                                                 : 1.0;
-  }
-  double ResultFactor() const {
-    return angle == EQMAngle::Result && GetContext() != nullptr ? GetContext()->GetAngleFactorFromRadians()
-                                                                : 1.0;
-  }
+  static Complex OfComplex(Complex z) { return ofComplex(z); }
 };
+
+template <EQMAngle angle, RealOrNone (*ofReal)(double), Complex (*ofComplex)(Complex)>
+using CQMFunctionOfOne = CQMUnaryFunction<SQMCircularRule<angle, ofReal, ofComplex>>;
 
 using CQMSineOperator = CQMFunctionOfOne<EQMAngle::Operand, &Sine, &Sine>;
 using CQMCosineOperator = CQMFunctionOfOne<EQMAngle::Operand, &Cosine, &Cosine>;
