@@ -199,8 +199,9 @@ long CQMOperatorDefiner::Load(SQMOperatorDeclaration const& declaration, SQMChec
   info->bodyPending = !checked.definition.hasBody && checked.definition.callback == nullptr;
   info->returnType = checked.definition.returnType;
   info->definition = std::make_shared<SQMOperatorDefinition const>(std::move(checked.definition));
-  ListOf(declaration.scope).Load(std::move(info), m_context.GetSettings().allowImpliedMultiplication);
-  return Error::None;
+  bool const isFirst =
+      ListOf(declaration.scope).Load(std::move(info), m_context.GetSettings().allowImpliedMultiplication);
+  return isFirst ? Error::None : Error::OperatorExists;
 }
 
 }  // namespace qumel

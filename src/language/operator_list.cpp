@@ -118,10 +118,11 @@ Result CQMOperatorList::ReadDefined(Result none, Read read) const {
   return read(m_defined);
 }
 
-void CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication) {
+bool CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication) {
   if (!m_frozen) m_impliedMultiplication = impliedMultiplication;
   SetDefaults(*info, m_shared, m_impliedMultiplication);
   auto const lock = LockForChange();
+  if (m_frozen && m_defined.Find(info->token) != nullptr) return false;
   if (m_table->AppendRow() <= 0) throw std::bad_alloc();
   m_table->SetValue(kTokenColumn, info->token.c_str());
   m_table->SetValue(kIdColumn, DecimalText(info->id).c_str());
@@ -133,6 +134,7 @@ void CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultipli
     CQMOpInfo const* const row = m_standardInfos.emplace_back(std::move(info)).get();
     m_standard.Add(CQMOpInfoRef(std::shared_ptr<void>(), row));
   }
+  return true;
 }
 
 void CQMOperatorList::SetContext(long id, std::uint8_t left, std::uint8_t right) {

@@ -51,8 +51,9 @@ class CQMOperatorList {
 
   /** Appends a row; default context masks by fix type, and for a shared list the letter rule: a word prefix
    * encloses, and may follow an operand or a closing parenthesis when impliedMultiplication is set. What the
-   * standard rows were loaded with holds for a host's too. Ids are not checked. */
-  void Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication);
+   * standard rows were loaded with holds for a host's too. False when a host's row of that token is there:
+   * another thread may have been first. Ids are not checked. */
+  bool Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication);
   /** Ends the loading of the standard rows: from now on they never change, and new rows are the host's. */
   void Freeze() { m_frozen = true; }
 

@@ -2,9 +2,13 @@
 // their access to parameters.
 #include <pthread.h>
 
+#include <atomic>
+#include <barrier>
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "api/interface_test.h"
 
@@ -213,6 +217,29 @@ TEST_F(Operators, BodiesComputeWithOperandsThatBecomeComplex) {
   }
 }
 
+TEST_F(Operators, OfThreadsThatDefineAProcessWideOneOnlyOneIsFirst) {
+  constexpr int kRounds = 300;
+  constexpr int kThreads = 4;
+  std::atomic<int> defined{0};
+  std::barrier meeting(kThreads);
+  auto const define = [&](int number) {
+    qmClearContext();
+    qmCreatePrivateContext(std::to_string(number).c_str());
+    qmSetContext(std::to_string(number).c_str(), false);
+    for (int i = 0; i < kRounds; ++i) {
+      meeting.arrive_and_wait();
+      defined += qmDefineExpOp('C', "contested", "prefix", "number", "number x", nullptr, "x+1") == kNone;
+      EXPECT_EQ(qmEvalExpStrToNum("contested 1"), 2.0);
+      meeting.arrive_and_wait();
+      if (number == 0) qmDeleteOp('C', "contested");
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) threads.emplace_back(define, i);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(defined, kRounds);
+}
+
 // ---- callbacks ----
 
 struct Seen {
@@ -383,7 +410,6 @@ TEST_F(Callbacks, NestingWithoutEndFailsOnStacksOfAnySize) {
       EXPECT_EQ(ErrorOf("c1100 1"), kOutOfMemory);
       EXPECT_EQ(ErrorOf("c900 1"), c.longChain);
       EXPECT_EQ(Number("c10 1"), 2.0) << "what failed left nothing behind";
-      uDropThreadInfo();
     });
   }
 }

@@ -223,7 +223,7 @@ TEST_F(Programs, ParsedExpressionsHoldTheirNames) {
 }
 
 TEST_F(Programs, ThreadsThatDeclareOneNameShareOneVariable) {
-  constexpr int kThreads = 4, kTurns = 50;
+  constexpr int kThreads = 4, kTurns = 500;
   std::barrier turn(kThreads);
   std::array<std::vector<Handle>, kThreads> created;
   std::array<int, kThreads> failures{};
