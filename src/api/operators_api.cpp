@@ -1,4 +1,5 @@
-// Exported functions by which hosts define operators, and by which their callbacks read parameters and set results.
+// Exported functions by which hosts define operators, and by which their callbacks read parameters and set
+// results.
 #include "api/guard.h"
 #include "context/operator_definition.h"
 #include "engine/defined_operators.h"
@@ -16,8 +17,8 @@ long OnDefiner(Call call) noexcept {
   });
 }
 
-/** Runs call on the callback operator that handle names; missing for any other handle. Needs no current context: the
- *  operator knows its own. */
+/** Runs call on the callback operator that handle names; missing for any other handle. Needs no current
+ * context: the operator knows its own. */
 template <class Value, class Call>
 Value OnOperator(Handle handle, Value missing, Call call) noexcept {
   try {
@@ -50,8 +51,8 @@ long qmReadExpOp(char scope, char const* name, char const* fix, char const* retu
 long qmReadExpOpStr(char scope, char const* name, char const* path) {
   return OnDefiner([&](CQMOperatorDefiner& definer) { return definer.ReadBody(scope, name, path); });
 }
-long qmLinkCallbackOp(char scope, char const* name, char const* fix, char const* returns, char const* parameters,
-                      char const* precedence, OperatorCallback callback) {
+long qmLinkCallbackOp(char scope, char const* name, char const* fix, char const* returns,
+                      char const* parameters, char const* precedence, OperatorCallback callback) {
   return OnDefiner([&](CQMOperatorDefiner& definer) {
     return definer.Attach({scope, name, fix, returns, parameters, precedence}, callback);
   });
@@ -61,32 +62,35 @@ long qmDeleteOp(char scope, char const* name) {
 }
 
 // ---- callback access: each function has a name for hosts and a name among the utilities ----
-#define QM_ACCESS(Type, name, utility, missing, call, ...)                                            \
-  Type name(__VA_ARGS__) {                                                                            \
+#define QM_ACCESS(Type, name, utility, missing, call, ...)                                              \
+  Type name(__VA_ARGS__) {                                                                              \
     return OnOperator(handle, Type{missing}, [&](CQMCallbackOperator& op) -> Type { return op.call; }); \
-  }                                                                                                   \
-  Type utility(__VA_ARGS__) {                                                                         \
+  }                                                                                                     \
+  Type utility(__VA_ARGS__) {                                                                           \
     return OnOperator(handle, Type{missing}, [&](CQMCallbackOperator& op) -> Type { return op.call; }); \
   }
 using ConstText = char const*;
 QM_ACCESS(long, qmGetParmCount, QMU_GetParameterCount, 0, GetParameterCount(), Handle handle)
 QM_ACCESS(ConstText, qmGetParmSig, QMU_GetParameterSignature, nullptr, GetParameterSignature(), Handle handle)
 QM_ACCESS(char, qmGetParmType, QMU_GetParameterType, '\0', GetParameterType(index), Handle handle, long index)
-QM_ACCESS(double, qmGetNumParm, QMU_GetNumericParameter, 0.0, GetRealParameter(index), Handle handle, long index)
-QM_ACCESS(double, qmGetRealParm, QMU_GetRealParameter, 0.0, GetRealParameter(index), Handle handle, long index)
+QM_ACCESS(double, qmGetNumParm, QMU_GetNumericParameter, 0.0, GetRealParameter(index), Handle handle,
+          long index)
+QM_ACCESS(double, qmGetRealParm, QMU_GetRealParameter, 0.0, GetRealParameter(index), Handle handle,
+          long index)
 QM_ACCESS(double, qmGetImagParm, QMU_GetImaginaryParameter, 0.0, GetImaginaryParameter(index), Handle handle,
           long index)
-QM_ACCESS(bool, qmGetBoolParm, QMU_GetBooleanParameter, false, GetBooleanParameter(index), Handle handle, long index)
+QM_ACCESS(bool, qmGetBoolParm, QMU_GetBooleanParameter, false, GetBooleanParameter(index), Handle handle,
+          long index)
 QM_ACCESS(ConstText, qmGetStrParm, QMU_GetStringParameter, nullptr, GetStringParameter(index), Handle handle,
           long index)
 QM_ACCESS(long, qmSetNumResult, QMU_SetNumericResult, Error::NotFound, SetNumericResult(value), Handle handle,
           double value)
 QM_ACCESS(long, qmSetRealResult, QMU_SetRealResult, Error::NotFound, SetRealResult(value), Handle handle,
           double value)
-QM_ACCESS(long, qmSetImagResult, QMU_SetImaginaryResult, Error::NotFound, SetImaginaryResult(value), Handle handle,
-          double value)
-QM_ACCESS(long, qmSetBoolResult, QMU_SetBooleanResult, Error::NotFound, SetBooleanResult(value), Handle handle,
-          bool value)
+QM_ACCESS(long, qmSetImagResult, QMU_SetImaginaryResult, Error::NotFound, SetImaginaryResult(value),
+          Handle handle, double value)
+QM_ACCESS(long, qmSetBoolResult, QMU_SetBooleanResult, Error::NotFound, SetBooleanResult(value),
+          Handle handle, bool value)
 QM_ACCESS(long, qmSetStrResult, QMU_SetStringResult, Error::NotFound, SetStringResult(value), Handle handle,
           char const* value)
 #undef QM_ACCESS

@@ -82,18 +82,18 @@ bool qmLinkStrArray(char scope, char const* name, char* buffer, long length, QM_
 }
 
 // ---- writing: one row a value, four functions a row ----
-#define QM_SETTERS(scalar, element, Access, Type)                                                                    \
-  bool scalar(char scope, char const* name, Type value) {                                                            \
-    QM_ON_VARIABLES(false) { return v.Set<Access>(scope, name, value); });                                           \
-  }                                                                                                                  \
-  bool scalar##ByHandle(Handle handle, Type value) {                                                                 \
-    QM_ON_VARIABLES(false) { return v.SetByHandle<Access>(handle, value); });                                        \
-  }                                                                                                                  \
-  bool element(char scope, char const* name, Type value, QM_INDEX_PARAMETERS) {                                      \
-    QM_ON_VARIABLES(false) { return v.SetElement<Access>(scope, name, value, QM_INDICES); });                        \
-  }                                                                                                                  \
-  bool element##ByHandle(Handle handle, Type value, QM_INDEX_PARAMETERS) {                                           \
-    QM_ON_VARIABLES(false) { return v.SetElementByHandle<Access>(handle, value, QM_INDICES); });                     \
+#define QM_SETTERS(scalar, element, Access, Type)                                                \
+  bool scalar(char scope, char const* name, Type value) {                                        \
+    QM_ON_VARIABLES(false) { return v.Set<Access>(scope, name, value); });                       \
+  }                                                                                              \
+  bool scalar##ByHandle(Handle handle, Type value) {                                             \
+    QM_ON_VARIABLES(false) { return v.SetByHandle<Access>(handle, value); });                    \
+  }                                                                                              \
+  bool element(char scope, char const* name, Type value, QM_INDEX_PARAMETERS) {                  \
+    QM_ON_VARIABLES(false) { return v.SetElement<Access>(scope, name, value, QM_INDICES); });    \
+  }                                                                                              \
+  bool element##ByHandle(Handle handle, Type value, QM_INDEX_PARAMETERS) {                       \
+    QM_ON_VARIABLES(false) { return v.SetElementByHandle<Access>(handle, value, QM_INDICES); }); \
   }
 QM_SETTERS(qmSetNumVar, qmSetNumArrayElement, NumberAccess, double)
 QM_SETTERS(qmSetRealVar, qmSetRealArrayElement, RealPartAccess, double)
@@ -108,26 +108,29 @@ bool qmSetComplexVar(char scope, char const* name, double real, double imaginary
 bool qmSetComplexVarByHandle(Handle handle, double real, double imaginary) {
   QM_ON_VARIABLES(false) { return v.SetByHandle<ComplexAccess>(handle, {real, imaginary}); });
 }
-bool qmSetComplexArrayElement(char scope, char const* name, double real, double imaginary, QM_INDEX_PARAMETERS) {
+bool qmSetComplexArrayElement(char scope, char const* name, double real, double imaginary,
+                              QM_INDEX_PARAMETERS) {
   QM_ON_VARIABLES(false) { return v.SetElement<ComplexAccess>(scope, name, {real, imaginary}, QM_INDICES); });
 }
 bool qmSetComplexArrayElementByHandle(Handle handle, double real, double imaginary, QM_INDEX_PARAMETERS) {
-  QM_ON_VARIABLES(false) { return v.SetElementByHandle<ComplexAccess>(handle, {real, imaginary}, QM_INDICES); });
+  QM_ON_VARIABLES(false) {
+    return v.SetElementByHandle<ComplexAccess>(handle, {real, imaginary}, QM_INDICES);
+  });
 }
 
 // ---- reading ----
-#define QM_GETTERS(scalar, element, Access, Type)                                                                    \
-  Type scalar(char scope, char const* name) {                                                                        \
-    QM_ON_VARIABLES(Type{}) { return v.Get<Access>(scope, name); });                                                 \
-  }                                                                                                                  \
-  Type scalar##ByHandle(Handle handle) {                                                                             \
-    QM_ON_VARIABLES(Type{}) { return v.GetByHandle<Access>(handle); });                                              \
-  }                                                                                                                  \
-  Type element(char scope, char const* name, QM_INDEX_PARAMETERS) {                                                  \
-    QM_ON_VARIABLES(Type{}) { return v.GetElement<Access>(scope, name, QM_INDICES); });                              \
-  }                                                                                                                  \
-  Type element##ByHandle(Handle handle, QM_INDEX_PARAMETERS) {                                                       \
-    QM_ON_VARIABLES(Type{}) { return v.GetElementByHandle<Access>(handle, QM_INDICES); });                           \
+#define QM_GETTERS(scalar, element, Access, Type)                                          \
+  Type scalar(char scope, char const* name) {                                              \
+    QM_ON_VARIABLES(Type{}) { return v.Get<Access>(scope, name); });                       \
+  }                                                                                        \
+  Type scalar##ByHandle(Handle handle) {                                                   \
+    QM_ON_VARIABLES(Type{}) { return v.GetByHandle<Access>(handle); });                    \
+  }                                                                                        \
+  Type element(char scope, char const* name, QM_INDEX_PARAMETERS) {                        \
+    QM_ON_VARIABLES(Type{}) { return v.GetElement<Access>(scope, name, QM_INDICES); });    \
+  }                                                                                        \
+  Type element##ByHandle(Handle handle, QM_INDEX_PARAMETERS) {                             \
+    QM_ON_VARIABLES(Type{}) { return v.GetElementByHandle<Access>(handle, QM_INDICES); }); \
   }
 using ConstText = char const*;
 QM_GETTERS(qmGetNumVarValue, qmGetNumArrayElement, NumberAccess, double)
@@ -136,19 +139,21 @@ QM_GETTERS(qmGetStrVarValue, qmGetStrArrayElement, StringAccess, ConstText)
 #undef QM_GETTERS
 
 void qmGetComplexVarValue(char scope, char const* name, double* real, double* imaginary) {
-  StoreComplexParts(OnVariables(std::complex<double>(),
-                                [&](CQMVariables& v) { return v.Get<ComplexAccess>(scope, name); }),
-                    real, imaginary);
+  StoreComplexParts(
+      OnVariables(std::complex<double>(), [&](CQMVariables& v) { return v.Get<ComplexAccess>(scope, name); }),
+      real, imaginary);
 }
 void qmGetComplexVarValueByHandle(Handle handle, double* real, double* imaginary) {
   StoreComplexParts(OnVariables(std::complex<double>(),
                                 [&](CQMVariables& v) { return v.GetByHandle<ComplexAccess>(handle); }),
                     real, imaginary);
 }
-void qmGetComplexArrayElement(char scope, char const* name, double* real, double* imaginary, QM_INDEX_PARAMETERS) {
-  StoreComplexParts(OnVariables(std::complex<double>(),
-                                [&](CQMVariables& v) { return v.GetElement<ComplexAccess>(scope, name, QM_INDICES); }),
-                    real, imaginary);
+void qmGetComplexArrayElement(char scope, char const* name, double* real, double* imaginary,
+                              QM_INDEX_PARAMETERS) {
+  StoreComplexParts(
+      OnVariables(std::complex<double>(),
+                  [&](CQMVariables& v) { return v.GetElement<ComplexAccess>(scope, name, QM_INDICES); }),
+      real, imaginary);
 }
 void qmGetComplexArrayElementByHandle(Handle handle, double* real, double* imaginary, QM_INDEX_PARAMETERS) {
   StoreComplexParts(

@@ -16,8 +16,8 @@ enum EQMError : long {
 namespace Status {
 enum EQMStatus : long {
   Done = 0,
-  NeedsComplex = 200,   // this real operation has a complex result
-  Stop = Error::Stop,   // end the evaluation successfully here
+  NeedsComplex = 200,  // this real operation has a complex result
+  Stop = Error::Stop,  // end the evaluation successfully here
 };
 }  // namespace Status
 

@@ -4,6 +4,7 @@
 namespace qumel {
 
 namespace OpId {
+// clang-format off
 enum EQMOperatorId : long {
   RectangularComplex = 50, PolarComplex = 51,
   Assign = 101, AddAssign = 102, SubtractAssign = 103, MultiplyAssign = 104, DivideAssign = 105,
@@ -57,17 +58,19 @@ enum EQMOperatorId : long {
   LastStandard = 9999,
   FirstExternal = 10000,  // operators defined by hosts
 };
+// clang-format on
 }  // namespace OpId
 
 /** Mode words: they stand in a statement without a value of their own. */
 constexpr bool IsModeOperator(long id) { return id >= 4000 && id <= 4099; }
 /** Words of control flow, scope and declaration. */
 constexpr bool IsKeywordOperator(long id) { return id >= 5000 && id <= 5999; }
-/** Scope, declaration, control and mode words, the range that implied multiplication and hierarchy leave alone. */
+/** Scope, declaration, control and mode words, the range that implied multiplication and hierarchy leave
+ * alone. */
 constexpr bool IsWordOperator(long id) { return id >= 4000 && id <= 5999; }
 
-/** Whether a compiled operator leaves a value for the operators after it. "always" feeds its "do"; the type words
- *  hand on the name that they declare. */
+/** Whether a compiled operator leaves a value for the operators after it. "always" feeds its "do"; the type
+ * words hand on the name that they declare. */
 constexpr bool LeavesNothing(long id) {
   return IsModeOperator(id) || (IsKeywordOperator(id) && id != OpId::Always);
 }

@@ -106,7 +106,8 @@ class CQMOperator : public CQMLinkedObject {
   long CheckOperandCounts();
   /** NotEnoughOperands for a missing operand, NotDefined for a name never declared or untyped, else 0. */
   static long CheckDefined(CQMDatum const* operand);
-  /** CheckOperandCounts, then CheckDefined of every operand: names that nobody knows come before any check of type. */
+  /** CheckOperandCounts, then CheckDefined of every operand: names that nobody knows come before any check of
+   * type. */
   long CheckOperands();
   bool HasComplexOperand() const;
   /** ComplexOperandFound when an operand is complex, else 0: how a check that passed ends. */

@@ -14,7 +14,13 @@ class CQMSymbolTable;
 struct SQMOperatorDefinition;
 
 /** Kinds of resolvers by number; every value not named here selects the optimised real resolver. */
-enum class EQMResolverClass : long { RealOptimized = 1, RealBaseline = 2, Complex = 4, Complex5 = 5, Complex6 = 6 };
+enum class EQMResolverClass : long {
+  RealOptimized = 1,
+  RealBaseline = 2,
+  Complex = 4,
+  Complex5 = 5,
+  Complex6 = 6
+};
 
 /** The last result as the "last" operator reads it; text is NUL-terminated and lives in the context. */
 struct SQMLastResult {

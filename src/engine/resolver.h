@@ -10,7 +10,8 @@ namespace qumel {
 class CQMResolver : public CQMLinkedObject {
  public:
   /** Runs operators[position] and on, until position reaches count or a status ends the run. operands[i] and
-   *  results[i] are the operand list and the result of operators[i]. Returns the status that ended the run. */
+   *  results[i] are the operand list and the result of operators[i]. Returns the status that ended the run.
+   */
   virtual long Resolve(CQMOperator** operators, CQMDatum*** operands, CQMDatum** results, long count,
                        long& position) = 0;
 };
@@ -21,8 +22,8 @@ class CQMRealBaselineResolver final : public CQMResolver {
                long& position) override;
 };
 
-/** Computes the commonest real operations itself; all others through their objects. The angle factor is read once, at
- *  the start of a run, so a mode word inside an expression does not reach its sin, cos and tan. */
+/** Computes the commonest real operations itself; all others through their objects. The angle factor is read
+ * once, at the start of a run, so a mode word inside an expression does not reach its sin, cos and tan. */
 class CQMRealOptimizedResolver final : public CQMResolver {
  public:
   explicit CQMRealOptimizedResolver(CQMOperatorContext const& context) : m_context(context) {}

@@ -99,7 +99,8 @@ Handle CQMLinkedObject::GetObjectHandle() {
 
 bool CQMLinkedObject::ReleaseObjectHandle() {
   long count = m_handleReferences.load(std::memory_order_relaxed);
-  while (count > 0 && !m_handleReferences.compare_exchange_weak(count, count - 1, std::memory_order_relaxed)) {
+  while (count > 0 &&
+         !m_handleReferences.compare_exchange_weak(count, count - 1, std::memory_order_relaxed)) {
   }
   if (count <= 0) return false;
   ReleaseRef();

@@ -26,7 +26,8 @@ class CQMLinkedObject : public CQMObject {
   /** Issues the handle at the first call; every call takes a reference. 0, and no reference, when no handle
    * can be issued. */
   Handle GetObjectHandle();
-  /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay. */
+  /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay.
+   */
   bool ReleaseObjectHandle();
   /** The handle, if there is one, names nothing from now on. */
   void DeleteHandle();
@@ -107,7 +108,7 @@ class CQMLinkedObject : public CQMObject {
 
   bool m_destroyChildren = true;
   long m_childCount = 0;
-  std::atomic<Handle> m_handle{0};  // several threads may ask a shared context for its handle
+  std::atomic<Handle> m_handle{0};          // several threads may ask a shared context for its handle
   std::atomic<long> m_handleReferences{0};  // those that ReleaseObjectHandle may give back
   CQMLinkedObject* m_rootCache = nullptr;
   CQMLinkedObject* m_parent = nullptr;
