@@ -70,7 +70,10 @@ void CQMExpression::DestroyTokenLists() {
   m_operators.clear();  // before the datums: results may be proxies of them
   m_operands.clear();
   m_temporaries.clear();
-  for (CQMDatum* symbol : m_references) symbol->ReleaseRef();
+  for (CQMDatum* symbol : m_references) {
+    if (symbol != nullptr)
+      symbol->ReleaseRef();  // a place stays empty when memory runs out before its symbol
+  }
   m_references.clear();
 }
 
