@@ -511,7 +511,7 @@ QM_API bool qmIsArray(char scope, char const* name);
  * Scopes. 'C' is process-wide. 'G' is the current context; any other letter creates there as well, but
  *   looks in the process-wide names too, when it looks a name up and when it asks whether a name is taken.
  *   Texts differ on purpose: a text cannot be created with 'G' either where its name is process-wide, and
- *   qmGetStrVarValue looks process-wide first.
+ *   qmGetStrVarValue looks process-wide first and then in the context, also for 'C'.
  * Created variables belong to the library and hold one reference for the handle that was returned; while
  *   there is a reference, qmDeleteVar refuses (3440). Give it back with qmReleaseVarHandle.
  * Linked variables are the host's memory, which must stay in place until the variable is deleted or its

@@ -16,9 +16,15 @@ Value OnVariables(Value failure, Call call) noexcept {
   });
 }
 
-void StoreComplexParts(std::complex<double> value, double* real, double* imaginary) {
-  if (real != nullptr) *real = value.real();
-  if (imaginary != nullptr) *imaginary = value.imag();
+/** Hands the parts out that read gives; without a context nothing is written. */
+template <class Read>
+void ReadComplexParts(double* real, double* imaginary, Read read) noexcept {
+  OnVariables(false, [&](CQMVariables& variables) {
+    std::complex<double> const value = read(variables);
+    if (real != nullptr) *real = value.real();
+    if (imaginary != nullptr) *imaginary = value.imag();
+    return true;
+  });
 }
 
 }  // namespace
@@ -138,29 +144,21 @@ QM_GETTERS(qmGetBoolVarValue, qmGetBoolArrayElement, BooleanAccess, bool)
 QM_GETTERS(qmGetStrVarValue, qmGetStrArrayElement, StringAccess, ConstText)
 #undef QM_GETTERS
 
+#define QM_READ_COMPLEX ReadComplexParts(real, imaginary, [&](CQMVariables & v)
 void qmGetComplexVarValue(char scope, char const* name, double* real, double* imaginary) {
-  StoreComplexParts(
-      OnVariables(std::complex<double>(), [&](CQMVariables& v) { return v.Get<ComplexAccess>(scope, name); }),
-      real, imaginary);
+  QM_READ_COMPLEX { return v.Get<ComplexAccess>(scope, name); });
 }
 void qmGetComplexVarValueByHandle(Handle handle, double* real, double* imaginary) {
-  StoreComplexParts(OnVariables(std::complex<double>(),
-                                [&](CQMVariables& v) { return v.GetByHandle<ComplexAccess>(handle); }),
-                    real, imaginary);
+  QM_READ_COMPLEX { return v.GetByHandle<ComplexAccess>(handle); });
 }
 void qmGetComplexArrayElement(char scope, char const* name, double* real, double* imaginary,
                               QM_INDEX_PARAMETERS) {
-  StoreComplexParts(
-      OnVariables(std::complex<double>(),
-                  [&](CQMVariables& v) { return v.GetElement<ComplexAccess>(scope, name, QM_INDICES); }),
-      real, imaginary);
+  QM_READ_COMPLEX { return v.GetElement<ComplexAccess>(scope, name, QM_INDICES); });
 }
 void qmGetComplexArrayElementByHandle(Handle handle, double* real, double* imaginary, QM_INDEX_PARAMETERS) {
-  StoreComplexParts(
-      OnVariables(std::complex<double>(),
-                  [&](CQMVariables& v) { return v.GetElementByHandle<ComplexAccess>(handle, QM_INDICES); }),
-      real, imaginary);
+  QM_READ_COMPLEX { return v.GetElementByHandle<ComplexAccess>(handle, QM_INDICES); });
 }
+#undef QM_READ_COMPLEX
 
 // ---- queries and removal ----
 Handle qmGetVarHandle(char scope, char const* name) {

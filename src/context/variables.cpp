@@ -31,9 +31,12 @@ bool CQMVariables::IsTaken(char scope, char const* name, EQMExistence existence)
 CQMDatum* CQMVariables::Find(char scope, char const* name, EQMLookup lookup) const {
   if (name == nullptr || TableOf(scope) == nullptr) return nullptr;
   CQMObject* found = nullptr;
-  if (lookup == EQMLookup::CosmicFirst)
+  CQMSymbolTable* table = TableOf(scope);
+  if (lookup == EQMLookup::CosmicFirst) {
     found = m_context.GetCosmicSymbolTable()->GetSymbol(std::string_view(name), true);
-  if (found == nullptr) found = TableOf(scope)->GetSymbol(std::string_view(name), scope == Scope::kGlobal);
+    table = m_context.GetGlobalSymbolTable();  // for 'C', too
+  }
+  if (found == nullptr) found = table->GetSymbol(std::string_view(name), scope == Scope::kGlobal);
   return found != nullptr && found->HasTypeTag(CQMDatum::kTypeTag) ? static_cast<CQMDatum*>(found) : nullptr;
 }
 

@@ -26,7 +26,7 @@ struct SQMIndices {
 /** Where a name is looked for in a scope that is neither 'C' nor, when it names the own table alone, 'G'. */
 enum class EQMLookup {
   ByScope,      // 'C' the process-wide table, 'G' the context's table, any other both, the context's first
-  CosmicFirst,  // the process-wide table before the context's, also for 'G'; on purpose, for reading texts
+  CosmicFirst,  // the process-wide table before the context's, in every scope; on purpose, for reading texts
 };
 
 /** Which tables a new name must not stand in. */

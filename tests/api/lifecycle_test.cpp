@@ -124,6 +124,10 @@ void ExpectNothingWorks() {
   EXPECT_FALSE(qmDefineError('C', 10001, const_cast<char*>("text")));
   EXPECT_FALSE(qmSetErrorCallback(nullptr));
   EXPECT_FALSE(qmIsOp('C', "sin"));
+  double parts[] = {5.0, 6.0};
+  qmGetComplexVarValue('C', "x", &parts[0], &parts[1]);
+  EXPECT_EQ(parts[0], 5.0) << "nothing is written";
+  EXPECT_EQ(parts[1], 6.0);
   EXPECT_EQ(qmGetQumelObjectCount(), 0);
 }
 

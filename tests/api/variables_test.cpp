@@ -356,6 +356,10 @@ TEST_F(Variables, ScopesOfNames) {
   Handle const sharedText = qmCreateStrVar('C', "s", 8, "shared");
   ASSERT_NE(sharedText, 0U);
   EXPECT_STREQ(qmGetStrVarValue('G', "s"), "shared") << "reading texts begins with the process-wide ones";
+  ASSERT_NE(qmCreateStrVar('G', "mine", 8, "mine"), 0U);
+  EXPECT_STREQ(qmGetStrVarValue('C', "mine"), "mine") << "and goes on to the context's in every scope";
+  EXPECT_FALSE(qmSetStrVar('C', "mine", "other"));
+  ExpectError(kNotDefined);
   EXPECT_TRUE(qmSetStrVar('G', "s", "changed"));
   EXPECT_STREQ(qmGetStrVarValue('C', "s"), "shared");
   ASSERT_NE(qmCreatePrivateContext("other"), 0U);
