@@ -127,6 +127,13 @@ CQMExpressionOperator::~CQMExpressionOperator() = default;
 
 long CQMExpressionOperator::VerifyOperands() {
   if (long const code = CheckParameters(); code != Error::None) return code;
+  // A mismatch is asked about again. What failed fails again while the operands are as they were, and trying
+  // would double the work at every level of nesting.
+  std::vector<EQMDataType> types;
+  for (long i = 0; i < GetOperandCount(); ++i) types.push_back(Operand(i).GetType());
+  bool const failedBefore = m_body != nullptr && m_body->GetErrorState() != Error::None;
+  if (failedBefore && types == m_bodyTypes) return m_body->GetErrorState();
+  m_bodyTypes = std::move(types);
   m_body = CompileBody();
   return m_body->GetErrorState();
 }

@@ -52,6 +52,7 @@ class CQMExpressionOperator final : public CQMDefinedOperator {
 
  private:
   std::unique_ptr<CQMExpression> m_body;
+  std::vector<EQMDataType> m_bodyTypes;  // of the operands when the body was compiled
 };
 
 /** Compiles a fresh body at every run, so that each level of a recursion has its own bindings. */

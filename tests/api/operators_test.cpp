@@ -159,6 +159,13 @@ TEST_F(Operators, ALongChainOfBodiesFailsCleanly) {
   }
   EXPECT_EQ(Number("c100 1"), 2.0);
   EXPECT_EQ(ErrorOf("c2999 1"), kOutOfMemory);
+  // a fault at the bottom is looked for once at each level, not twice
+  ASSERT_EQ(Define("m0", "number n", "n + \"a\""), kNone);
+  for (int i = 1; i <= 60; ++i) {
+    std::string const body = "m" + std::to_string(i - 1) + " n";
+    ASSERT_EQ(Define(("m" + std::to_string(i)).c_str(), "number n", body.c_str()), kNone);
+  }
+  EXPECT_EQ(ErrorOf("m60 1"), 3090);
 }
 
 TEST_F(Operators, BodiesAreReadFromFiles) {
