@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstring>
 #include <memory>
 #include <string_view>
 
@@ -61,7 +62,7 @@ class CQMObject {
   char* GetObjectName(char* destination = nullptr);
   std::string_view Name() const { return m_name != nullptr ? m_name.get() : ""; }
 
-  bool HasTypeTag(std::string_view tag) const { return tag == m_typeTag; }
+  bool HasTypeTag(char const* tag) const { return tag == m_typeTag || std::strcmp(tag, m_typeTag) == 0; }
   char const* GetTypeTag() const { return m_typeTag; }
   long GetSerialNumber() const { return m_serialNumber; }
 
