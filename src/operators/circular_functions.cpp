@@ -16,7 +16,10 @@ constexpr double kHalfPi = std::numbers::pi / 2.0;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /** x * y where a zero wins against an infinity: sin(0 + 1000i) has no real part. */
-double Product(double x, double y) { return x == 0.0 || y == 0.0 ? 0.0 : x * y; }
+double Product(double x, double y) {
+  double const product = x * y;
+  return std::isnan(product) && !std::isnan(x) && !std::isnan(y) ? 0.0 : product;
+}
 
 /** 1/x with the zero of either sign taken as the positive one. */
 double Reciprocal(double x) { return x == 0.0 ? kInfinity : 1.0 / x; }

@@ -13,8 +13,9 @@ namespace {
 
 constexpr double kThird = 1.0 / 3.0;
 
-/** modulus e^(angle i) */
+/** modulus e^(angle i); without an angle there is no imaginary part, however large the modulus. */
 Complex FromPolar(double modulus, double angle) {
+  if (angle == 0.0) return {modulus, angle};
   return {modulus * std::cos(angle), modulus * std::sin(angle)};
 }
 
@@ -101,9 +102,14 @@ struct SQMRootRule {
   static bool WantsComplex(double n, double x) { return n != 0.0 && x < 0.0; }
   static ComplexOutcome OfComplex(Complex n, Complex z) {
     if (z == 0.0) return Complex();
-    Complex logarithm;
-    Complex const ofRadicand(ComplexLogAbs(z.real(), z.imag()), ComplexArg(z.real(), z.imag()));
-    if (!DivideComplex(ofRadicand, n, logarithm)) return SQMFailure{Error::ResultIsInfinite};
+    if (n == 0.0) return SQMFailure{Error::ResultIsInfinite};
+    Complex logarithm(ComplexLogAbs(z.real(), z.imag()), ComplexArg(z.real(), z.imag()));
+    // a real degree divides each part, so that an infinite one leaves nothing of them
+    if (n.imag() == 0.0) {
+      logarithm /= n.real();
+    } else {
+      DivideComplex(logarithm, n, logarithm);
+    }
     return FromPolar(std::exp(logarithm.real()), logarithm.imag());
   }
   /** Whether the integer part of n is odd. */

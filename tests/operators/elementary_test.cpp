@@ -77,6 +77,7 @@ TEST(Elementary, TakesRoots) {
           {OpId::CubeRoot, {-0.0}, 0.0, 0.0},
           {OpId::CubeRoot, {Complex(0.0, 8.0)}, 0.0, Complex(std::sqrt(3.0), 1.0)},
           {OpId::CubeRoot, {Complex(0.0, 0.0)}, 0.0, Complex(0.0, 0.0)},
+          {OpId::CubeRoot, {Complex(kInfinity, 0.0)}, kInfinity, Complex(kInfinity, 0.0)},
 
           {OpId::Root, {3.0, 27.0}, 3.0, 3.0},
           {OpId::Root, {3.0, -8.0}, -2.0, Complex(1.0, std::sqrt(3.0))},
@@ -97,6 +98,8 @@ TEST(Elementary, TakesRoots) {
            Complex(std::exp(kPi / 2.0), 0.0)},
           {OpId::Root, {Complex(0.0, 0.0), z}, complexWanted, infinite},
           {OpId::Root, {Complex(0.0, 0.0), Complex()}, complexWanted, Complex()},
+          {OpId::Root, {kInfinity, -2.0}, complexWanted, Complex(1.0, 0.0)},
+          {OpId::Root, {2.0, Complex(kInfinity, 0.0)}, complexWanted, Complex(kInfinity, 0.0)},
       },
       1e-14);
 }
