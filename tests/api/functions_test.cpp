@@ -68,10 +68,13 @@ constexpr Row kNumberRows[] = {
     {"min(3, 1, 2) + 10 * max(3, 1, 2)", "31"},
     {"range(3, 1, 7)", "6"},
     {"sum()", nullptr, 3190},
+    {"sum(\"a\", nothing)", nullptr, 3060},
+    {"roll(6, 1, 1)", nullptr, 3200},
     {"comb(5, 2) + comb(5, 5) + comb(2, 5)", "11"},
     {"perm(5, 2)", "20"},
     {"comb(171, 1)", nullptr, 3100},
     {"comb(0-1, 999)", nullptr, 3150},
+    {"comb(5.9, 5.1) + perm(2, 5)", "1"},
     {"roll(6, 0)", "0"},
     {"randseed(0-7.9)", "-7.9"},
     {"sqrt 16 + cbrt(0-8)", "2"},
@@ -130,6 +133,7 @@ constexpr Row kArrayRows[] = {
     {"a[3]; a[0] = 5; a[1] = 7; a[2] = 9; return (sum(a[1], 1))", "8"},
     {"f[4]; f[0] = 3; f[1] = 7; f[2] = 7; f[3] = 7; return (roll(f, 3))", "21"},
     {"f[2]; f[0] = 3; return (roll f)", nullptr, 3210},
+    {"m[2, 2]; m[0, 0] = 5; m[0, 1] = 7; return (sum(m, 1))", "6"},
 };
 
 constexpr Row kComplexRows[] = {
@@ -153,6 +157,8 @@ constexpr Row kComplexRows[] = {
     {"-(0 |_ 1)", "( 0 |_ -1 )"},
     {"(1 |_ 2) |_ (3 |_ 4)", "( -3 |_ 5 )"},
     {"sum(1 |_ 5, 2)", "3"},
+    {"complex z; z = (2 |_ 9); return (left(\"abc\", z))", "ab"},
+    {"comb((5 |_ 1), (2 |_ 1)) + max((1 |_ 9), 3)", "13"},
     {"z = (1 |_ 2); z++; return z", "( 2 |_ 2 )"},
     {"(3 |_ 4) < (6 |_ 8)", "true"},
     {"length \"abc\" + (0 |_ 1)", "( 3 |_ 1 )"},
