@@ -151,6 +151,61 @@ TEST_F(Settings, AngleUnitsUseTheShortStoredFactors) {
   EXPECT_EQ(qmEvalExpStrToNum("asin 1"), 1.5707963267948966);
 }
 
+/** Angle unit, base, coordinates, allow, force, digits of the current context. */
+std::string Live() {
+  return std::string{qmGetAngleUnit(),
+                     qmGetOutputBase(),
+                     qmGetCoordinateFormat(),
+                     qmGetAllowComplexResults() ? 'a' : '-',
+                     qmGetForceComplexResults() ? 'f' : '-',
+                     ' '} +
+         std::to_string(qmGetFormattedResultPrecisionLimit());
+}
+
+TEST_F(Settings, WordsOfExpressionsChangeOneSettingEachAndForGood) {
+  constexpr long kPrecisionIsNegative = 3470;
+  struct SQMWord {
+    char const* text;
+    char const* live;
+    long code = kNone;
+  };
+  // each row begins with what the row before it left behind
+  constexpr SQMWord kWords[] = {
+      {"radians", "RDR-- 12"},
+      {"grads; 1/0", "GDR-- 12", kDivisionByZero},
+      {"millicles", "MDR-- 12"},
+      {"degrees sin 90", "DDR-- 12"},
+      {"1/0; radians", "DDR-- 12", kDivisionByZero},
+      {"radians; unknown+1", "DDR-- 12", kNotDefined},
+      {"polar", "DDP-- 12"},
+      {"hex", "DHP-- 12"},
+      {"duodec", "DTP-- 12"},
+      {"octal", "DOP-- 12"},
+      {"binary", "DBP-- 12"},
+      {"decimal; rect", "DDR-- 12"},
+      {"precision 2.9", "DDR-- 2"},
+      {"precision -1", "DDR-- 2", kPrecisionIsNegative},
+      {"precision 3000000000", "DDR-- 2", kPrecisionIsNegative},
+      {"precision -0.5", "DDR-- 0"},
+      {"forcecomplex", "DDR-f 0"},
+      {"realonly", "DDR-f 0"},
+      {"allowcomplex", "DDRaf 0"},
+      {"forcecomplex", "DDRaf 0"},
+      {"realonly", "DDR-f 0"},
+  };
+  for (auto const& [text, live, code] : kWords) {
+    SCOPED_TRACE(text);
+    qmEvalExpStr(text);
+    EXPECT_EQ(qmGetLastErrorID(), code);
+    EXPECT_EQ(Live(), live);
+  }
+  EXPECT_NE(qmParseExp("grads; 1+1"), 0U);
+  EXPECT_EQ(Live(), "DDR-f 0") << "words act when they run";
+  // the host's own setters follow other rules
+  qmSetAllowComplexResults(false);
+  EXPECT_EQ(Live(), "DDR-- 0");
+}
+
 // Each kind of context takes over a part of the settings of the thread that makes it.
 TEST_F(Settings, CopiesOfEachKindOfContext) {
   auto const choose = [] {
