@@ -118,9 +118,13 @@ long CQMOperatorDefiner::DefineBody(char scope, char const* name, char const* te
   auto definition = std::make_shared<SQMOperatorDefinition>(*info.definition);
   if (long const code = Convert(text, definition->body); code != Error::None) return Conclude(code);
   definition->hasBody = true;  // it stays recursive: its body may name the operator itself
-  bool const stored =
-      ListOf(scope).ChangeDefined(info.id, [&](CQMOpInfo& row) { row.definition = std::move(definition); });
-  return Conclude(stored ? Error::None : Error::NotFound);
+  bool isFirst = false;        // of the threads that give a process-wide one its body
+  bool const isThere = ListOf(scope).ChangeDefined(info.id, [&](CQMOpInfo& row) {
+    isFirst = !row.definition->hasBody;
+    if (isFirst) row.definition = std::move(definition);
+  });
+  if (!isThere) return Conclude(Error::NotFound);
+  return Conclude(isFirst ? Error::None : Error::OperatorExists);
 }
 
 long CQMOperatorDefiner::Read(SQMOperatorDeclaration const& declaration, char const* path) {

@@ -228,6 +228,7 @@ TEST_F(Operators, OfThreadsThatDefineAProcessWideOneOnlyOneIsFirst) {
   constexpr int kRounds = 300;
   constexpr int kThreads = 4;
   std::atomic<int> defined{0};
+  std::atomic<int> given{0};
   std::barrier meeting(kThreads);
   auto const define = [&](int number) {
     qmClearContext();
@@ -237,14 +238,21 @@ TEST_F(Operators, OfThreadsThatDefineAProcessWideOneOnlyOneIsFirst) {
       meeting.arrive_and_wait();
       defined += qmDefineExpOp('C', "contested", "prefix", "number", "number x", nullptr, "x+1") == kNone;
       EXPECT_EQ(qmEvalExpStrToNum("contested 1"), 2.0);
+      qmDefineExpOp('C', "promised", "prefix", "number", "number x", nullptr, nullptr);
+      given += qmDefineExpOpStr('C', "promised", "x+2") == kNone;
+      EXPECT_EQ(qmEvalExpStrToNum("promised 1"), 3.0);
       meeting.arrive_and_wait();
-      if (number == 0) qmDeleteOp('C', "contested");
+      if (number == 0) {
+        qmDeleteOp('C', "contested");
+        qmDeleteOp('C', "promised");
+      }
     }
   };
   std::vector<std::thread> threads;
   for (int i = 0; i < kThreads; ++i) threads.emplace_back(define, i);
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(defined, kRounds);
+  EXPECT_EQ(given, kRounds);
 }
 
 // ---- callbacks ----
