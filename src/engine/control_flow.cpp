@@ -159,7 +159,8 @@ class CQMDefaultOperator final : public CQMFlowOperator<0> {
   long DoOperation(long& position) override {
     CQMOperator& select = *GetTopLinkOperator();
     if (!select.GetFirstFlag()) {
-      if (select.GetCountdown() != 0) return Jump(position, GetSkipLink());
+      // below zero after a jump past the select into its cases
+      if (select.GetCountdown() > 0) return Jump(position, GetSkipLink());
       select.SetFirstFlag(true);
     }
     return Advance(position);
@@ -169,11 +170,16 @@ class CQMDefaultOperator final : public CQMFlowOperator<0> {
 class CQMEndOperator final : public CQMFlowOperator<0> {
  public:
   long DoOperation(long& position) override {
-    CQMOperator const& block = *GetTopLinkOperator();
+    CQMOperator& block = *GetTopLinkOperator();
     // a default that stands before other cases has its turn when all of them failed; an otherwise has not
     bool const returnsToDefault = block.GetId() == OpId::Select && !block.GetFirstFlag() &&
                                   block.GetFalseLink() != CQMOperator::kNoLink;
-    return returnsToDefault ? Jump(position, block.GetFalseLink()) : Advance(position);
+    if (!returnsToDefault) return Advance(position);
+    // behind a default that stands last there are no cases to test: those that a break or a jump passed by
+    // count as failed, or control would go round between the two for ever
+    CQMOperator const& byDefault = *GetExpression()->GetOperatorByIndex(block.GetFalseLink());
+    if (byDefault.GetSkipLink() == position) block.SetCountdown(0);
+    return Jump(position, block.GetFalseLink());
   }
 };
 

@@ -66,6 +66,7 @@ void CQMExpression::DestroyTokenLists() {
   m_steps.clear();
   m_stepOperands.clear();
   m_stepResults.clear();
+  m_openersToReset.clear();
   m_unverified.clear();
   m_operators.clear();  // before the datums: results may be proxies of them
   m_operands.clear();
@@ -167,6 +168,7 @@ long CQMExpression::Resolve() {
   m_stopPosition = kNoPosition;
   if (!m_runnable)
     return m_errorState != Error::None ? m_errorState : static_cast<long>(Error::BadExpression);
+  for (CQMOperator* const opener : m_openersToReset) opener->ResetBlock();
   long const count = static_cast<long>(m_steps.size());
   long position = 0;
   long status = Status::NeedsComplex;

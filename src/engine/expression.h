@@ -127,6 +127,7 @@ class CQMExpression : public CQMLinkedObject {
   std::vector<CQMOperator*> m_steps;
   std::vector<CQMDatum**> m_stepOperands;
   std::vector<CQMDatum*> m_stepResults;
+  std::vector<CQMOperator*> m_openersToReset;  // of blocks that a run may enter without them
 };
 
 }  // namespace qumel

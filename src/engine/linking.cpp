@@ -1,6 +1,7 @@
 // Linking: one pass over the operators of an expression finds its blocks and sets the links that the words of
 // control flow follow at run time. Every fault of structure is InvocationFailed.
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -22,6 +23,8 @@ class CQMLinker {
  public:
   explicit CQMLinker(std::span<CQMOperator* const> operators) : m_operators(operators) {}
   long Link();
+  /** The openers of blocks that a goto may enter past them; none where there is no goto. */
+  std::vector<CQMOperator*> OpenersThatMayBePassedBy() const;
 
  private:
   struct SQMBlock {
@@ -74,6 +77,14 @@ long CQMLinker::Link() {
   return LinkBreaksAndEnds() ? LinkGotos() : static_cast<long>(Error::InvocationFailed);
 }
 
+std::vector<CQMOperator*> CQMLinker::OpenersThatMayBePassedBy() const {
+  std::vector<CQMOperator*> openers;
+  if (m_gotos.empty()) return openers;
+  std::copy_if(m_operators.begin(), m_operators.end(), std::back_inserter(openers),
+               [](CQMOperator const* op) { return IsLoop(op->GetId()) || IsSelect(op->GetId()); });
+  return openers;
+}
+
 bool CQMLinker::LinkOperator(long position) {
   switch (At(position).GetId()) {
     case OpId::If:
@@ -118,7 +129,7 @@ bool CQMLinker::LinkThen(long position) {
 }
 
 bool CQMLinker::LinkElse(long position) {
-  if (!IsInside(IsBranch) || !HasChain() || At(m_blocks.back().chain).GetId() != OpId::Then) return false;
+  if (!IsInside(IsBranch) || !HasChain()) return false;
   Opener().SetFalseLink(position + 1);
   SkipFromChain(position);
   m_blocks.back().chain = position;
@@ -127,7 +138,7 @@ bool CQMLinker::LinkElse(long position) {
 }
 
 bool CQMLinker::LinkDo(long position) {
-  if (!IsInside(IsLoop) || HasChain()) return false;
+  if (!IsInside(IsLoop)) return false;
   if (Opener().GetId() == OpId::Until) At(position).SetSecondFlag(false);
   m_blocks.back().chain = position;
   Join(position, m_blocks.back().opener);
@@ -244,8 +255,10 @@ long CQMLinker::FirstOfOperands(long position) const {
 }  // namespace
 
 long CQMExpression::Link() {
-  long const code = CQMLinker(m_steps).Link();
-  return code == Error::None ? code : Fail(code);
+  CQMLinker linker(m_steps);
+  if (long const code = linker.Link(); code != Error::None) return Fail(code);
+  m_openersToReset = linker.OpenersThatMayBePassedBy();
+  return Error::None;
 }
 
 }  // namespace qumel

@@ -96,6 +96,11 @@ class CQMOperator : public CQMLinkedObject {
   void SetCaseCount(long count) { m_caseCount = count; }
   long GetCountdown() const { return m_countdown; }
   void SetCountdown(long count) { m_countdown = count; }
+  /** Forgets what an earlier run left in an opener. */
+  void ResetBlock() {
+    m_firstFlag = false;
+    m_countdown = 0;
+  }
 
  protected:
   static long Advance(long& position) {

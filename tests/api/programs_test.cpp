@@ -380,6 +380,15 @@ TEST_F(Programs, BranchesLoopsAndSelects) {
       {"n = 0; when 7; is 1; n = 1; break; otherwise; n = 9; end; return n", "9"},
       {"n = 0; select \"b\"; case \"a\"; n = 1; break; case \"b\"; n = 2; end; return n", "2"},
       {"n = 0; select 3; case (1 + 1); n = 1; break; case (1 + 2); n = 2; end; return n", "2"},
+      // cases passed by on the way to the end count as failed
+      {"n = 0; select 7; break; case 1; n = 1; default; n += 9; end; return n", "9"},
+      {"n = 0; select 1; break; default; n = 9; case 1; n = 2; end; return n", "2"},
+      {"n = 0; goto in; select 9; case 1; label in; n = 5; case 2; n = 7; default; n += 10; end; return n",
+       "15"},
+      // the last "else" counts, and a second "do" leaves the program when its predecessor's condition fails
+      {"x = 0; if (1 < 2) then; x = 1; else; x = 2; else; x = 3; end; return x", "1"},
+      {"x = 0; if (2 < 1) then; x = 1; else; x = 2; else; x = 3; end; return x", "3"},
+      {"x = 0; while (x < 9) do; x += 1; (x < 3) do; x += 10; next; return x", "0"},
       // what is open at the end runs to the end
       {"x = 0; if (1 < 2) then; x = 3; return x", "3"},
       {"x = 0; while (x < 9) do; x += 1; return x", "1"},
@@ -401,6 +410,8 @@ TEST_F(Programs, JumpsToLabels) {
        "+= 8; "
        "label b; return x",
        "6"},
+      // "do" does not test before a loop that was entered past its opener comes round; so in every run
+      {"x = 0; goto in; while (x < 0) do; label in; x += 1; next; return x", "2"},
       {"goto nowhere", "error 3270"},
       {"goto There; label there", "error 3270"},
       {"x = 1; goto x", "error 3270"},
