@@ -168,9 +168,16 @@ long CQMCallbackOperator::DoOperation(long& position) {
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
   long const status = Definition().callback(m_handle);
   ++position;  // whatever the status is, the callback is not repeated
-  bool const switches =
-      status == Status::Done && Result().Imaginary() != 0.0 && !GetExpression()->IsInComplexMode();
-  return switches ? static_cast<long>(Status::NeedsComplex) : status;
+  if (GetExpression()->IsInComplexMode()) return status;
+  if (Result().Imaginary() != 0.0)
+    return status == Status::Done ? static_cast<long>(Status::NeedsComplex) : status;
+  // a number again, of which this or an earlier run had set the imaginary part
+  if (Result().IsComplex() && GetReturnType() == EQMDataType::Number) {
+    double const real = Result().Real();
+    Result().SetDatumType(EQMDataType::Number);
+    Result().SetReal(real);
+  }
+  return status;
 }
 
 void CQMCallbackOperator::Report(long code) {

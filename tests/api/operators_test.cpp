@@ -389,6 +389,12 @@ TEST_F(Callbacks, StatusesSteerTheEvaluationWithoutRepeatingTheCall) {
 TEST_F(Callbacks, ComplexResultsNeedPermission) {
   ASSERT_EQ(Link("imagine", "number", "number x", &MakeImaginary), kNone);
   EXPECT_EQ(ErrorOf("imagine 2"), kResultIsComplex);
+  ASSERT_NE(qmCreateNumVar('G', "part", 2.0), 0U);
+  Handle const handle = qmParseExp("imagine part");
+  qmEvalExpHndl(handle);
+  EXPECT_EQ(qmGetLastErrorID(), kResultIsComplex);
+  qmSetNumVar('G', "part", 0.0);
+  EXPECT_EQ(qmEvalExpHndl(handle), 'N') << "nothing of the refused result is left";
   qmSetAllowComplexResults(true);
   EXPECT_EQ(ToText("imagine 2 + 1"), "( 2.000000000000 |_ 2.000000000000 )");
   EXPECT_EQ(ToText("imagine 0"), "1.000000000000");
