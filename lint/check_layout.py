@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks that the sources keep to the layout: includes point downwards, nothing goes in circles, the command and the
-examples see the public header only, and no file outgrows a reader."""
+examples see the public header only, no file outgrows a reader, and every exported function is named in a test."""
 
 import pathlib
 import re
@@ -117,9 +117,19 @@ def check_files(complain):
                     complain(f"{name}:{number}: {match[0].strip()}: {why}")
 
 
+def check_exports(complain):
+    header = without_comments((ROOT / "include" / PUBLIC_HEADER).read_text())
+    exported = re.findall(r"^QM_API [^;(]*?\b(\w+)\(", header, re.MULTILINE)
+    tests = "\n".join((ROOT / name).read_text() for name in tracked("tests/*.c", "tests/*.cpp", "tests/*.h"))
+    named = set(re.findall(r"\w+", tests))
+    for function in exported:
+        if function not in named:
+            complain(f"include/{PUBLIC_HEADER}: no test calls {function}")
+
+
 def main():
     complaints = []
-    for check in (check_floors, check_outside, check_files):
+    for check in (check_floors, check_outside, check_files, check_exports):
         check(complaints.append)
     print("\n".join(complaints) if complaints else "layout: nothing found")
     return 1 if complaints else 0

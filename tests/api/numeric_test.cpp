@@ -57,6 +57,30 @@ TEST(NumericHelpers, InverseHyperbolicFunctionsAreAccurateOnEachSideOfTheirLimit
   EXPECT_EQ(QMU_ArcHyperTangent(-2e-16), -2e-16);
 }
 
+TEST(NumericHelpers, ElementaryOnesHoldToTheirFormulas) {
+  struct Case {
+    char const* what;
+    double actual, expected;
+  };
+  Case const cases[] = {
+      {"hypotenuse", QMU_Hypotenuse(3.0, -4.0), 5.0},
+      {"hypotenuse without overflow", QMU_Hypotenuse(3e200, 4e200), 5e200},
+      {"hypotenuse of nothing", QMU_Hypotenuse(0.0, -7.0), 7.0},
+      {"argument", QMU_ComplexArg(-1.0, 0.0), 3.141592653589793},
+      {"argument, y second", QMU_ComplexArg(0.0, -2.0), -1.5707963267948966},
+      {"logarithm beside 1", QMU_Log1P(1e-17), 1e-17},
+      {"logarithm of 1 more", QMU_Log1P(1.0), 0.6931471805599453},
+      {"logarithm of a modulus", QMU_ComplexLogAbs(3.0, -4.0), 1.6094379124341003},
+      {"the same without overflow", QMU_ComplexLogAbs(-3e300, 4e300), 692.3849658106478},
+      {"factorial", QMU_Factorial(6.0), 720.0},
+      {"factorial of nothing", QMU_Factorial(-3.0), 1.0},
+      {"factorial of a fraction", QMU_Factorial(4.5), 4.5 * 3.5 * 2.5 * 1.5},
+      {"factorial beyond doubles", QMU_Factorial(171.0), kInfinity},
+      {"factorial without end", QMU_Factorial(kInfinity), kInfinity},
+  };
+  for (Case const& c : cases) EXPECT_DOUBLE_EQ(c.actual, c.expected) << c.what;
+}
+
 TEST(NumericHelpers, ReciprocalIsInPlaceAndTakesNull) {
   double real = 3.0, imaginary = 4.0;
   QMU_ComplexReciprocal(&real, nullptr);

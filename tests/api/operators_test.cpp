@@ -365,6 +365,75 @@ TEST_F(Callbacks, ReadParametersAndSetResults) {
   EXPECT_EQ(qmDefineExpOpStr('G', "greet", "1"), 3390) << "a callback operator awaits no body";
 }
 
+/** Each access has two names. */
+struct Accesses {
+  decltype(&qmGetParmCount) count;
+  decltype(&qmGetParmSig) signature;
+  decltype(&qmGetParmType) type;
+  decltype(&qmGetNumParm) number, real, imaginary;
+  decltype(&qmGetBoolParm) boolean;
+  decltype(&qmGetStrParm) text;
+  decltype(&qmSetNumResult) setNumber, setReal, setImaginary;
+  decltype(&qmSetBoolResult) setBoolean;
+  decltype(&qmSetStrResult) setText;
+};
+constexpr Accesses kAccesses[] = {
+    {&qmGetParmCount, &qmGetParmSig, &qmGetParmType, &qmGetNumParm, &qmGetRealParm, &qmGetImagParm,
+     &qmGetBoolParm, &qmGetStrParm, &qmSetNumResult, &qmSetRealResult, &qmSetImagResult, &qmSetBoolResult,
+     &qmSetStrResult},
+    {&QMU_GetParameterCount, &QMU_GetParameterSignature, &QMU_GetParameterType, &QMU_GetNumericParameter,
+     &QMU_GetRealParameter, &QMU_GetImaginaryParameter, &QMU_GetBooleanParameter, &QMU_GetStringParameter,
+     &QMU_SetNumericResult, &QMU_SetRealResult, &QMU_SetImaginaryResult, &QMU_SetBooleanResult,
+     &QMU_SetStringResult},
+};
+Accesses const* access = nullptr;
+
+/** What access reads of the parameters, as a text. */
+int Tell(Handle op) {
+  std::string told = std::to_string(access->count(op)) + access->signature(op);
+  for (long i = 0; i < access->count(op); ++i) {
+    switch (char const letter = access->type(op, i)) {
+      case 'N': told += " N" + std::to_string(access->number(op, i)); break;
+      case 'C':
+        told += " C" + std::to_string(access->real(op, i)) + "," + std::to_string(access->imaginary(op, i));
+        break;
+      case 'B': told += access->boolean(op, i) ? " true" : " false"; break;
+      case 'S': told += std::string(" ") + access->text(op, i); break;
+      default: told += letter;
+    }
+  }
+  return static_cast<int>(access->setText(op, told.c_str()));
+}
+int SetTwice(Handle op) { return static_cast<int>(access->setNumber(op, 2 * access->number(op, 0))); }
+int SetOpposite(Handle op) { return static_cast<int>(access->setBoolean(op, !access->boolean(op, 0))); }
+int SetExchanged(Handle op) {
+  long const code = access->setReal(op, access->imaginary(op, 0));
+  return static_cast<int>(code != kNone ? code : access->setImaginary(op, access->real(op, 0)));
+}
+
+TEST_F(Callbacks, AccessesUnderBothNames) {
+  qmSetAllowComplexResults(true);
+  ASSERT_EQ(Link("tell", "string", "number a, complex b, boolean c, string d", &Tell), kNone);
+  ASSERT_EQ(Link("twice", "number", "number x", &SetTwice), kNone);
+  ASSERT_EQ(Link("opposite", "boolean", "boolean x", &SetOpposite), kNone);
+  ASSERT_EQ(Link("exchanged", "complex", "complex z", &SetExchanged), kNone);
+  for (Accesses const& accesses : kAccesses) {
+    access = &accesses;
+    EXPECT_EQ(ToText("tell(1.5, 2 |_ -3, 1 < 2, \"text\")"), "4NCBS N1.500000 C2.000000,-3.000000 true text");
+    EXPECT_EQ(Number("twice 4"), 8.0);
+    EXPECT_EQ(ToText("opposite(1 < 2)"), "false");
+    EXPECT_EQ(ToText("exchanged(1 |_ 2)"), "( 2.000000000000 |_ 1.000000000000 )");
+    for (Handle const stale : {Handle{0}, Handle{12345}}) {
+      EXPECT_EQ(accesses.count(stale), 0);
+      EXPECT_EQ(accesses.signature(stale), nullptr);
+      EXPECT_EQ(accesses.number(stale, 0), 0.0);
+      EXPECT_EQ(accesses.text(stale, 0), nullptr);
+      EXPECT_EQ(accesses.setNumber(stale, 1.0), kNotFound);
+      EXPECT_EQ(accesses.setText(stale, "text"), kNotFound);
+    }
+  }
+}
+
 TEST_F(Callbacks, StatusesSteerTheEvaluationWithoutRepeatingTheCall) {
   ASSERT_EQ(Link("status", "number", "number x", &StatusOf), kNone);
   struct Case {

@@ -80,10 +80,7 @@ std::vector<Kind> const& Kinds() {
        [](char s, char const* n, int i) { return qmCreateComplexVar(s, n, kNumbers[i], kNumbers[1 - i]); },
        [](char s, char const* n, void* m) { return qmLinkComplexVar(s, n, static_cast<double*>(m)); },
        [](char s, char const* n, int i) { return qmSetComplexVar(s, n, kNumbers[i], kNumbers[1 - i]); },
-       [](Handle h, int i) {
-         bool const real = qmSetRealVarByHandle(h, kNumbers[i]);
-         return qmSetImagVarByHandle(h, kNumbers[1 - i]) && real;
-       },
+       [](Handle h, int i) { return qmSetComplexVarByHandle(h, kNumbers[i], kNumbers[1 - i]); },
        [](char s, char const* n) {
          double re = 9, im = 9;
          qmGetComplexVarValue(s, n, &re, &im);
@@ -104,8 +101,7 @@ std::vector<Kind> const& Kinds() {
          return qmSetComplexArrayElement(s, n, kNumbers[i], kNumbers[1 - i], d, a, b, NO_MORE);
        },
        [](Handle h, int i, long d, long a, long b) {
-         bool const real = qmSetRealArrayElementByHandle(h, kNumbers[i], d, a, b, NO_MORE);
-         return qmSetImagArrayElementByHandle(h, kNumbers[1 - i], d, a, b, NO_MORE) && real;
+         return qmSetComplexArrayElementByHandle(h, kNumbers[i], kNumbers[1 - i], d, a, b, NO_MORE);
        },
        [](char s, char const* n, long d, long a, long b) {
          double re = 9, im = 9;
@@ -264,6 +260,41 @@ TEST_F(Variables, ArraysOfEveryKindByNameAndHandleInEveryScope) {
   }
 }
 
+TEST_F(Variables, PartsOfComplexNumbersByNameAndHandle) {
+  Handle const scalar = qmCreateComplexVar('G', "z", 1.0, 2.0);
+  Handle const array = qmCreateComplexArray('G', "zs", 1, 2, -1, NO_MORE);
+  struct Setter {
+    char const* title;
+    std::function<bool(double)> set;
+    bool setsReal, isElement;
+  };
+  Setter const setters[] = {
+      {"real", [](double x) { return qmSetRealVar('G', "z", x); }, true, false},
+      {"imaginary", [](double x) { return qmSetImagVar('G', "z", x); }, false, false},
+      {"real by handle", [=](double x) { return qmSetRealVarByHandle(scalar, x); }, true, false},
+      {"imaginary by handle", [=](double x) { return qmSetImagVarByHandle(scalar, x); }, false, false},
+      {"real of element", [](double x) { return qmSetRealArrayElement('G', "zs", x, 1, 1, -1, NO_MORE); },
+       true, true},
+      {"imaginary of element",
+       [](double x) { return qmSetImagArrayElement('G', "zs", x, 1, 1, -1, NO_MORE); }, false, true},
+      {"real of element by handle",
+       [=](double x) { return qmSetRealArrayElementByHandle(array, x, 1, 1, -1, NO_MORE); }, true, true},
+      {"imaginary of element by handle",
+       [=](double x) { return qmSetImagArrayElementByHandle(array, x, 1, 1, -1, NO_MORE); }, false, true},
+  };
+  Kind const& complex = Kinds()[1];
+  for (Setter const& setter : setters) {
+    SCOPED_TRACE(setter.title);
+    ASSERT_TRUE(qmSetComplexVar('G', "z", 1.0, 2.0));
+    ASSERT_TRUE(qmSetComplexArrayElement('G', "zs", 1.0, 2.0, 1, 1, -1, NO_MORE));
+    EXPECT_TRUE(setter.set(-7.0));
+    std::string const changed = setter.setsReal ? Text(-7.0, 2.0) : Text(1.0, -7.0);
+    EXPECT_EQ(complex.get('G', "z"), setter.isElement ? Text(1.0, 2.0) : changed);
+    EXPECT_EQ(complex.getElement('G', "zs", 1, 1, -1), setter.isElement ? changed : Text(1.0, 2.0));
+  }
+  EXPECT_EQ(complex.getElement('G', "zs", 1, 0, -1), complex.emptyValue);
+}
+
 TEST_F(Variables, BadDimensionsMakeNoArray) {
   struct Case {
     long dims, e1, e2;
@@ -370,6 +401,42 @@ TEST_F(Variables, ScopesOfNames) {
   qmSetContext("test", false);
   for (Handle const handle : {sharedNumber, sharedText}) EXPECT_TRUE(qmReleaseVarHandle(handle));
   for (char const* name : {"x", "s"}) EXPECT_EQ(qmDeleteVar('C', name), kNone);
+}
+
+TEST_F(Variables, LinksOfEveryKindInEveryScopeReachTheHostsMemoryAndNoMore) {
+  constexpr long kElements = 3;
+  constexpr std::size_t kLargestElement = 16;
+  constexpr char kGuard = '#';
+  static_assert(kTextLength <= kLargestElement && 2 * sizeof(double) <= kLargestElement);
+  for (Kind const& kind : Kinds()) {
+    for (char const scope : {'C', 'G', 'L'}) {
+      SCOPED_TRACE(std::string(kind.title) + " " + scope);
+      std::size_t const element = kind.letter == 'B'   ? sizeof(bool)
+                                  : kind.letter == 'N' ? sizeof(double)
+                                                       : kLargestElement;
+      alignas(double) char memory[2][(kElements + 1) * kLargestElement];
+      for (std::size_t i = 0; i < 2; ++i) {
+        std::size_t const used = i == 0 ? element : kElements * element;
+        std::memset(memory[i], 0, used);
+        std::memset(memory[i] + used, kGuard, sizeof memory[i] - used);
+      }
+      ASSERT_TRUE(kind.link(scope, "v", memory[0]));
+      ASSERT_TRUE(kind.linkArray(scope, "a", memory[1], kElements));
+      EXPECT_EQ(qmGetVarType(scope, "a"), kind.letter);
+      EXPECT_TRUE(kind.set(scope, "v", 1));
+      EXPECT_EQ(kind.get(scope, "v"), kind.samples[1]);
+      EXPECT_TRUE(kind.setElement(scope, "a", 0, 1, 0, -1));
+      EXPECT_TRUE(kind.setElement(scope, "a", 1, 1, kElements - 1, -1));
+      std::memcpy(memory[1] + element, memory[1], element);
+      EXPECT_EQ(kind.getElement(scope, "a", 1, 1, -1), kind.samples[0]) << "what the host writes is read";
+      EXPECT_EQ(std::memcmp(memory[1] + (kElements - 1) * element, memory[0], element), 0);
+      EXPECT_FALSE(kind.setElement(scope, "a", 0, 1, kElements, -1));
+      ExpectError(kIndexOutOfBounds);
+      EXPECT_EQ(memory[0][element], kGuard);
+      EXPECT_EQ(memory[1][kElements * element], kGuard);
+      for (char const* name : {"v", "a"}) EXPECT_EQ(qmDeleteVar(scope, name), kNone);
+    }
+  }
 }
 
 TEST_F(Variables, LinkedMemoryIsTheValue) {

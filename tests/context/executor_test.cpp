@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "context/variables.h"
 #include "engine/expression.h"
 #include "engine/resolver.h"
 #include "support/failing_allocation.h"
@@ -49,6 +50,49 @@ TEST(Executor, ParsingSettingsAreFixedByInitialization) {
   EXPECT_FALSE(settings.invertArrayIndices);
   EXPECT_EQ(executor.GetArrayBase(), 1);
   EXPECT_EQ(executor.EvaluateToNumber("1+2*3"), 9.0);
+}
+
+TEST(Executor, TheArrayBaseReachesArraysOfHostsAndExpressions) {
+  CQMExecutor executor;
+  executor.SetArrayBase(1);
+  ASSERT_TRUE(executor.Initialize());
+  CQMVariables variables(executor);
+  ASSERT_NE(variables.CreateArray<NumberKind>(Scope::kGlobal, "hosts", {1, {3, -1, -1, -1, -1, -1}}), 0U);
+  EXPECT_EQ(executor.EvaluateToNumber("global made[3]; made[1] = 7; made[3] = 9"), 9.0);
+  for (char const* name : {"hosts", "made"}) {
+    SCOPED_TRACE(name);
+    for (long const index : {1L, 3L}) {
+      SQMIndices const element{1, {index, -1, -1, -1, -1, -1}};
+      EXPECT_TRUE(variables.SetElement<NumberAccess>(Scope::kGlobal, name, 10.0 * static_cast<double>(index),
+                                                     element));
+      std::string const read = std::string(name) + "[" + std::to_string(index) + "]";
+      EXPECT_EQ(executor.EvaluateToNumber(read.c_str()), 10.0 * static_cast<double>(index));
+    }
+    for (long const index : {0L, 4L}) {
+      SQMIndices const element{1, {index, -1, -1, -1, -1, -1}};
+      EXPECT_FALSE(variables.SetElement<NumberAccess>(Scope::kGlobal, name, 5.0, element));
+      executor.EvaluateToNumber((std::string(name) + "[" + std::to_string(index) + "]").c_str());
+      EXPECT_EQ(executor.GetLastErrorID(), Error::IndexOutOfBounds);
+      executor.ClearLastError();
+    }
+  }
+}
+
+TEST(Executor, VariablesAreDeletedByHandleFromTheTableOfTheirScope) {
+  CQMExecutor executor;
+  ASSERT_TRUE(executor.Initialize());
+  CQMVariables variables(executor);
+  for (char const scope : {Scope::kCosmic, Scope::kGlobal}) {
+    SCOPED_TRACE(scope);
+    Handle const handle = variables.Create<NumberKind, NumberAccess>(scope, "x", 1.0);
+    executor.SetLastError(Error::DivisionByZero);
+    EXPECT_EQ(variables.DeleteByHandle(handle), Error::VariableInUse) << "the handle holds a reference";
+    EXPECT_TRUE(CQMVariables::ReleaseHandle(handle));
+    EXPECT_EQ(variables.DeleteByHandle(handle), Error::None);
+    EXPECT_EQ(executor.GetLastErrorID(), Error::None);
+    EXPECT_FALSE(variables.IsVariable(scope, "x"));
+    EXPECT_EQ(variables.DeleteByHandle(handle), Error::NotFound);
+  }
 }
 
 TEST(Executor, TheLastContextTakesTheSharedTablesWithIt) {
