@@ -73,7 +73,6 @@ long CQMDefinedOperator::CheckParameters() {
 std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody() {
   CQMOperatorContext& context = *GetContext();
   auto body = std::make_unique<CQMExpression>(context);
-  body->SetParentObject(this);
   CQMNesting const nesting;
   if (nesting.IsTooDeep()) {
     body->SetErrorState(Error::OutOfMemory);
@@ -84,6 +83,8 @@ std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody() {
   body->SetOperatorFactory(context.GetOperatorFactory());
   body->SetParsedExpression(m_definition, {GetOperandList(), static_cast<std::size_t>(GetOperandCount())},
                             false);
+  // only now: each operator of the body looks for its root, past all bodies that this one is nested in
+  body->SetParentObject(this);
   return body;
 }
 
