@@ -23,10 +23,12 @@
  *   process-wide.
  *   Types:  'N' number, 'C' complex, 'S' string, 'B' boolean, 'X' none.
  * Threads. Any thread may call any function. Threads that use different contexts need no care; threads that
- *   share a context take turns, by a lock of their own or by qmLockContext. Process-wide names are visible
- *   to all contexts: define and delete them while no other thread evaluates. Each thread has a record of
- *   its own that lives until qmReset, qmRelease or qmUnloadQumel, not until the thread ends: a later thread
- *   to which the system gives the same id takes it over, with its contexts and settings.
+ *   share a context take turns, by a lock of their own or by qmLockContext. Process-wide names may be
+ *   defined, used and deleted by all threads at any time; what another thread is using is not deleted
+ *   (3440). Threads that write and read the value of one take turns, and while a text that was handed out
+ *   as its own buffer is read, no other thread deletes it. Each thread has a record of its own that lives
+ *   until qmReset, qmRelease or qmUnloadQumel, not until the thread ends: a later thread to which the
+ *   system gives the same id takes it over, with its contexts and settings.
  * Exceptions. None leaves the library. A failure to allocate is error 3230.
  */
 #ifndef QUMEL_QUMEL_H

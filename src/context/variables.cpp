@@ -28,16 +28,16 @@ bool CQMVariables::IsTaken(char scope, char const* name, EQMExistence existence)
   return TableOf(scope)->IsSymbol(std::string_view(name), thisTableOnly);
 }
 
-CQMDatum* CQMVariables::Find(char scope, char const* name, EQMLookup lookup) const {
+CQMVariables::FoundDatum CQMVariables::Find(char scope, char const* name, EQMLookup lookup) const {
   if (name == nullptr || TableOf(scope) == nullptr) return nullptr;
   CQMObject* found = nullptr;
   CQMSymbolTable* table = TableOf(scope);
   if (lookup == EQMLookup::CosmicFirst) {
-    found = m_context.GetCosmicSymbolTable()->GetSymbol(std::string_view(name), true);
+    found = m_context.GetCosmicSymbolTable()->ReserveSymbol(std::string_view(name), true);
     table = m_context.GetGlobalSymbolTable();  // for 'C', too
   }
-  if (found == nullptr) found = table->GetSymbol(std::string_view(name), scope == Scope::kGlobal);
-  return found != nullptr && found->HasTypeTag(CQMDatum::kTypeTag) ? static_cast<CQMDatum*>(found) : nullptr;
+  if (found == nullptr) found = table->ReserveSymbol(std::string_view(name), scope == Scope::kGlobal);
+  return FoundDatum(static_cast<CQMDatum*>(found));  // tables of variables hold nothing else
 }
 
 CQMVariables::NewDatum CQMVariables::Make(char scope, char const* name, EQMExistence existence,
@@ -127,7 +127,7 @@ char CQMVariables::LetterOf(CQMDatum const* datum) {
 }
 
 Handle CQMVariables::GetHandle(char scope, char const* name) {
-  CQMDatum* const datum = Find(scope, name, EQMLookup::ByScope);
+  FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
   if (datum == nullptr) return Refuse(Error::NotDefined), 0;
   return datum->GetObjectHandle();
 }
@@ -138,7 +138,7 @@ bool CQMVariables::ReleaseHandle(Handle handle) {
 }
 
 bool CQMVariables::IsArray(char scope, char const* name) {
-  CQMDatum const* const datum = Find(scope, name, EQMLookup::ByScope);
+  FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
   return datum != nullptr && datum->IsArray();
 }
 

@@ -141,7 +141,7 @@ class CQMVariables {
   // ---- writing: true when the last error is 0 afterwards; an older error is not cleared ----
   template <class Access>
   bool Set(char scope, char const* name, typename Access::Value value) {
-    CQMDatum* const datum = Find(scope, name, EQMLookup::ByScope);
+    FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
     if (datum == nullptr) return Refuse(Error::NotDefined);
     long const code = CheckScalar(*datum, &Access::Accepts);
     bool const stores = code == Error::None || Access::kOnError == EQMOnError::StoreAnyway ||
@@ -159,7 +159,7 @@ class CQMVariables {
   }
   template <class Access>
   bool SetElement(char scope, char const* name, typename Access::Value value, SQMIndices const& indices) {
-    return SetElementOf<Access>(Find(scope, name, EQMLookup::ByScope), value, indices);
+    return SetElementOf<Access>(Find(scope, name, EQMLookup::ByScope).get(), value, indices);
   }
   template <class Access>
   bool SetElementByHandle(Handle handle, typename Access::Value value, SQMIndices const& indices) {
@@ -170,7 +170,7 @@ class CQMVariables {
   template <class Access>
   typename Access::Value Get(char scope, char const* name) {
     if (Access::kGetterClearsError) m_context.ClearLastError();
-    return GetOf<Access>(Find(scope, name, Access::kLookup));
+    return GetOf<Access>(Find(scope, name, Access::kLookup).get());
   }
   template <class Access>
   typename Access::Value GetByHandle(Handle handle) {
@@ -178,7 +178,7 @@ class CQMVariables {
   }
   template <class Access>
   typename Access::Value GetElement(char scope, char const* name, SQMIndices const& indices) {
-    return GetElementOf<Access>(Find(scope, name, EQMLookup::ByScope), indices);
+    return GetElementOf<Access>(Find(scope, name, EQMLookup::ByScope).get(), indices);
   }
   template <class Access>
   typename Access::Value GetElementByHandle(Handle handle, SQMIndices const& indices) {
@@ -190,7 +190,7 @@ class CQMVariables {
   Handle GetHandle(char scope, char const* name);
   static bool ReleaseHandle(Handle handle);
   /** A TypeLetter; kNone for no variable and for types that have none. */
-  char GetType(char scope, char const* name) { return LetterOf(Find(scope, name, EQMLookup::ByScope)); }
+  char GetType(char scope, char const* name) { return LetterOf(Find(scope, name, EQMLookup::ByScope).get()); }
   static char GetTypeByHandle(Handle handle) { return LetterOf(ObjectFromHandle<CQMDatum>(handle)); }
   bool IsVariable(char scope, char const* name) { return Find(scope, name, EQMLookup::ByScope) != nullptr; }
   bool IsArray(char scope, char const* name);
@@ -210,7 +210,12 @@ class CQMVariables {
 
   CQMSymbolTable* TableOf(char scope) const;
   bool IsTaken(char scope, char const* name, EQMExistence existence) const;
-  CQMDatum* Find(char scope, char const* name, EQMLookup lookup) const;
+  struct SQMRelease {
+    void operator()(CQMDatum* datum) const { datum->ReleaseRef(); }
+  };
+  /** Holds a reference, so that no other thread deletes the variable while a call uses it. */
+  using FoundDatum = std::unique_ptr<CQMDatum, SQMRelease>;
+  FoundDatum Find(char scope, char const* name, EQMLookup lookup) const;
   // A new variable is complete, with its value and its handle, before other threads can find it.
   using NewDatum = std::unique_ptr<CQMDatum>;
   NewDatum Make(char scope, char const* name, EQMExistence existence, SQMNewVariable const& wanted);

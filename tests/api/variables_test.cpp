@@ -1,7 +1,9 @@
 // Variables of hosts through the exported interface: one table of kinds drives every member of the family.
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <functional>
+#include <thread>
 #include <vector>
 
 #include "api/interface_test.h"
@@ -504,6 +506,49 @@ TEST_F(Variables, HostileNamesLengthsAndHandles) {
     EXPECT_FALSE(qmReleaseVarHandle(handle));
     EXPECT_EQ(qmGetStrVarValueByHandle(handle), nullptr);
   }
+}
+
+TEST_F(Variables, ThreadsMayUseProcessWideNamesThatAnotherMakesAndDeletes) {
+  constexpr int kRounds = 500;
+  std::atomic<bool> isOver{false};
+  auto const nameOf = [](Kind const& kind) { return std::string("shared_") + kind.title; };
+  auto const use = [&](char const* context) {
+    qmClearContext();
+    qmCreatePrivateContext(context);
+    qmSetContext(context, false);
+    while (!isOver) {
+      for (Kind const& kind : Kinds()) {
+        std::string const name = nameOf(kind);
+        EXPECT_FALSE(qmIsArray('C', name.c_str()));
+        char const letter = qmGetVarType('C', name.c_str());
+        EXPECT_TRUE(letter == kind.letter || letter == 'X') << letter;
+        if (kind.letter == 'S') continue;  // a text is read in the variable's own memory
+        std::string const value = kind.get('C', name.c_str());
+        EXPECT_TRUE(value == kind.samples[0] || value == FailureOf(kind)) << value;
+      }
+      double const doubled = qmEvalExpStrToNum("2 * shared_number");
+      EXPECT_TRUE(doubled == 2 * kNumbers[0] || qmGetLastErrorID() == kNotDefined);
+      qmClearLastError();
+    }
+  };
+  std::thread first(use, "first");
+  std::thread second(use, "second");
+  int deleted = 0;
+  for (int i = 0; i < kRounds; ++i) {
+    for (Kind const& kind : Kinds()) {
+      std::string const name = nameOf(kind);
+      if (Handle const handle = kind.create('C', name.c_str(), 0); handle != 0) qmReleaseVarHandle(handle);
+      long const code = qmDeleteVar('C', name.c_str());
+      EXPECT_TRUE(code == kNone || code == kInUse) << code;
+      deleted += code == kNone;
+      qmClearLastError();
+    }
+  }
+  isOver = true;
+  first.join();
+  second.join();
+  EXPECT_GT(deleted, 0);
+  for (Kind const& kind : Kinds()) qmDeleteVar('C', nameOf(kind).c_str());
 }
 
 TEST_F(Variables, AReferencedVariableStaysUntilItsExpressionGoes) {
