@@ -298,6 +298,7 @@ TEST_F(Programs, Arrays) {
       {"string t[2,3,6]; t[1,2] = \"x\"; return (t[1,2] + t[0,0])", "'x'"},
       {"string t[2,6]; t[2]", "error 3210"},
       {"complex number z[3]; z[1] = (1|_2); return (z[1] + z[2])", "1 |_ 2"},
+      {"a[3]; a[2] = 7; return (a[2]); 1 + 1", "7"},
       // declared by the first run, an element ever after
       {"a[5]\nreturn (a[5])", "0\n0"},
       {"global a[5]\na[4] = 6\na[5]\nreturn (a[4])", "0\n6\nerror 3210\n6"},
@@ -357,13 +358,22 @@ TEST_F(Programs, BranchesLoopsAndSelects) {
       {"x = 0; if (2 < 1) then; x = 1; else; x = 2; end; return x", "2"},
       {"x = 0; if (2 < 1) then; x = 1; end; return x", "0"},
       {"x = 0; unless (2 < 1) then; x = 1; else; x = 2; end; return x", "1"},
+      {"x = 0; unless (2 < 1) then; x = 1; end; return x", "1"},
+      {"x = 0; unless (1 < 2) then; x = 1; else; x = 2; end; return x", "2"},
       {"x = 0; while (x < 5) do; x += 1; next; return x", "5"},
       {"x = 9; while (x < 5) do; x += 1; next; return x", "9"},
       {"x = 9; until (x > 5) do; x += 1; next; return x", "10"},
+      {"x = 0; until (x > 5) do; x += 1; next; return x", "6"},
+      {"i = 0; while (i < 100000) do; i += 1; next; return i", "100000"},
       {"x = 0; always do; x += 1; if (x > 4) then; break; end; next; return x", "5"},
       {"x = 0; n = 0; while (x < 9) do; x += 1; if (x > 5) then; continue; end; n += 1; next; return n", "5"},
       // one turn more without a test, as when the loop was entered
       {"x = 0; until (x >= 2) do; x += 1; if (x == 2) then; continue; end; next; return x", "3"},
+      {"x = 0; n = 0; until (x > 2) do; x += 1; if (x == 3) then; continue; end; n += 1; next; return n",
+       "3"},
+      {"n = 0; i = 0; while (i < 3) do; j = 0; while (j < 4) do; if (j == 2) then; break; end; n += 1; "
+       "j += 1; next; i += 1; next; return n",
+       "6"},
       {"n = 0; i = 0; while (i < 3) do; j = 0; always do; if (j == i) then; break; end; n += 1; j += 1; "
        "next; "
        "i += 1; next; return n",
@@ -371,6 +381,9 @@ TEST_F(Programs, BranchesLoopsAndSelects) {
       {"i = 0; n = 0; while (i < 5) do; i += 1; select i; case 3; continue; case 4; break; end; n += i; "
        "next; return n",
        "12"},
+      {"i = 0; while (i < 5) do; i += 1; select i; case 3; break; end; next; return i", "5"},
+      {"i = 0; n = 0; while (i < 5) do; i += 1; select i; case 3; continue; end; n += 1; next; return n",
+       "4"},
       {"n = 0; select 2; case 1; n += 1; case 2; n += 2; case 3; n += 4; default; n += 8; end; return n",
        "14"},
       {"n = 0; select 7; default; n = 9; break; case 1; n = 1; end; return n", "9"},
@@ -379,6 +392,13 @@ TEST_F(Programs, BranchesLoopsAndSelects) {
       {"n = 0; when 7; otherwise; n = 9; break; is 1; n = 1; end; return n", "0"},
       {"n = 0; when 7; is 1; n = 1; break; otherwise; n = 9; end; return n", "9"},
       {"n = 0; select \"b\"; case \"a\"; n = 1; break; case \"b\"; n = 2; end; return n", "2"},
+      {"n = 0; select \"b\"; case 5; n = 1; break; default; n = 2; end; return n", "2"},
+      {"n = 0; select (1|_2); case 1; n = 1; break; case (1|_2); n = 2; end; return n", "2"},
+      {"n = 0; select 5; default; n += 1; end; return n", "1"},
+      {"n = 0; select 5; end; return n", "0"},
+      {"n = 0; select 1; case 1; select 2; case 2; n += 1; break; end; n += 2; break; case 2; n = 8; end; "
+       "return n",
+       "3"},
       {"n = 0; select 3; case (1 + 1); n = 1; break; case (1 + 2); n = 2; end; return n", "2"},
       // cases passed by on the way to the end count as failed
       {"n = 0; select 7; break; case 1; n = 1; default; n += 9; end; return n", "9"},
@@ -392,12 +412,48 @@ TEST_F(Programs, BranchesLoopsAndSelects) {
       // what is open at the end runs to the end
       {"x = 0; if (1 < 2) then; x = 3; return x", "3"},
       {"x = 0; while (x < 9) do; x += 1; return x", "1"},
+      {"if (1 < 2) then; x = 3", "3"},
+      {"x = 0; if (2 < 1) then; x = 3", "0"},
+      {"x = 0; while (x < 5) do; x += 1", "1"},
+      {"select 1; case 1; x = 7", "7"},
       {"if 1 then; end", "error 3170"},
+      {"unless \"a\" then; end", "error 3170"},
+      {"while 1 do; next", "error 3170"},
+      {"if then; end", "error 3190"},
+      {"while do; next", "error 3190"},
+      {"select 1; case u; end", "error 3060"},
       {"while \"a\" do; next", "error 3170"},
       {"if u then; end", "error 3060"},
       {"select u; end", "error 3060"},
   };
   ExpectInEveryRun(kPrograms);
+}
+
+TEST_F(Programs, SelectsOfEachOrder) {
+  struct Selection {
+    char const* text;
+    std::array<char const*, 3> outcomes;  // for 1 and 2, which have cases, and 3
+  };
+  constexpr Selection kSelections[] = {
+      {"select x; case 1; n += 1; break; case 2; n += 2; break; default; n += 9; end", {"1", "2", "9"}},
+      {"select x; default; n += 9; break; case 1; n += 1; break; case 2; n += 2; end", {"1", "2", "9"}},
+      {"select x; case 1; n += 1; break; default; n += 9; break; case 2; n += 2; end", {"1", "2", "9"}},
+      {"select x; case 1; n += 1; case 2; n += 2; default; n += 9; end", {"12", "11", "9"}},
+      {"select x; default; n += 9; case 1; n += 1; break; case 2; n += 2; end", {"1", "2", "10"}},
+      {"when x; otherwise; n += 9; break; is 1; n += 1; break; is 2; n += 2; end", {"1", "2", "0"}},
+      {"when x; is 1; n += 1; break; is 2; n += 2; break; otherwise; n += 9; end", {"1", "2", "9"}},
+      {"select x; case (0 + 1); n += 1; break; case (1 + 0 + 1); n += 2; break; default; n += 9; end",
+       {"1", "2", "9"}},
+      {"select x; case (k = 1); n += k; break; case (k = k + 1); n += k; break; default; n += 9; end",
+       {"1", "2", "9"}},
+  };
+  for (Selection const& selection : kSelections) {
+    for (std::size_t i = 0; i < selection.outcomes.size(); ++i) {
+      std::string const text = "n = 0; x = " + std::to_string(i + 1) + "; " + selection.text + "; return n";
+      Program const program[] = {{text, selection.outcomes[i]}};
+      ExpectInEveryRun(program);
+    }
+  }
 }
 
 TEST_F(Programs, JumpsToLabels) {
@@ -412,7 +468,12 @@ TEST_F(Programs, JumpsToLabels) {
        "6"},
       // "do" does not test before a loop that was entered past its opener comes round; so in every run
       {"x = 0; goto in; while (x < 0) do; label in; x += 1; next; return x", "2"},
+      {"x = 0; goto a; x += 1; label a; x += 2; if (x > 9) then; 1; else; goto b; end; label a; x += 4; "
+       "label b; return x",
+       "2"},
       {"goto nowhere", "error 3270"},
+      {"x = 0; goto nowhere; return x", "error 3270"},
+      {"x = 0; label x; goto x", "error 3270"},
       {"goto There; label there", "error 3270"},
       {"x = 1; goto x", "error 3270"},
       {"goto 5", "error 3270"},
@@ -425,6 +486,7 @@ TEST_F(Programs, JumpsToLabels) {
 TEST_F(Programs, LeavingEarly) {
   static constexpr Program kPrograms[] = {
       {"return 5; 6", "5"},
+      {"x = 1; return (x + 2); x = 9", "3"},
       {"return \"text\"; 6", "'text'"},
       {"return (1 < 2); 6", "true"},
       {"return (1|_2); 6", "1 |_ 2"},
@@ -435,11 +497,16 @@ TEST_F(Programs, LeavingEarly) {
       {"seterror 0; return 5", "5"},
       {"seterror 3110; return 5", "error 3110"},
       {"seterror 12345.9; return 5", "error 12345"},
+      {"seterror 77.9; return 5", "error 77"},
       {"if (2 < 1) then; seterror 3110; end; return 5", "5"},
       {"clearerror; return 5", "5"},
       {"seterror \"a\"", "error 3160"},
+      {"seterror (1 < 2)", "error 3160"},
   };
   ExpectInEveryRun(kPrograms);
+  SetUpFresh();
+  std::string const text(600, 'y');
+  EXPECT_EQ(Evaluate("return \"" + text + "\"; 6"), "'" + text + "'");
 }
 
 TEST_F(Programs, FaultsOfStructureAreFoundBeforeAnythingRuns) {
@@ -470,6 +537,14 @@ TEST_F(Programs, FaultsOfStructureAreFoundBeforeAnythingRuns) {
            "select 1; case 1; continue; end",
            "select 1; default; default; end",
            "when 1; otherwise; otherwise; end",
+           "if (1 < 2)",
+           "if (1 < 2) else; end",
+           "if (1 < 2) then; then; end",
+           "while next",
+           "always next",
+           "while (1 < 2) do; if (1 < 2) then; next; end",
+           "select 1; case 1; next",
+           "select 1; (1 < 2) do; end",
        }) {
     EXPECT_EQ(Evaluate(std::string("ran = 1; ") + fault), "error 3130") << fault;
     EXPECT_EQ(qmParseExp(fault), 0U) << fault;

@@ -1,11 +1,11 @@
 // Postfix text shown one item a line.
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <string_view>
 
 #include "language/dialect.h"
+#include "language/hostile_postfix.h"
 
 namespace qumel {
 namespace {
@@ -62,33 +62,9 @@ bool HoldsInOrder(std::string_view text, std::string_view part) {
 }
 
 TEST(Annotation, HostileTextsAreCopiedAndOnlyAddedTo) {
-  static constexpr std::string_view kTexts[] = {
-      "$999999999999999999999:x;",
-      "$5:ab",
-      "$:",
-      "$",
-      "#",
-      "@",
-      "!",
-      "&",
-      "!.",
-      "!1101.",
-      "!99999999999999999999.2;",
-      "plain",
-      ";plain",
-      "!-5.2;",
-      "\xff\xfe",
-      "$-3:abc;",
-  };
   CQMDialect const dialect;
-  for (std::string_view const text : kTexts) EXPECT_TRUE(HoldsInOrder(Annotate(dialect, text), text)) << text;
-  std::mt19937 random(11);
-  static constexpr std::string_view kBytes = "!#$@&;.:0123456789dx\n\t ";
-  for (int i = 0; i < 2'000; ++i) {
-    std::string text;
-    for (unsigned count = random() % 40; count > 0; --count) text += kBytes[random() % kBytes.size()];
-    EXPECT_TRUE(HoldsInOrder(Annotate(dialect, text), text)) << text;
-  }
+  ForEachHostilePostfix(
+      [&](std::string_view text) { EXPECT_TRUE(HoldsInOrder(Annotate(dialect, text), text)) << text; });
 }
 
 }  // namespace
