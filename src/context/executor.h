@@ -116,8 +116,8 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   void SetCoordinateFormat(char format) override;
   void SetDefaultVariableScope(char scope);
   void SetFormattedResultPrecisionLimit(int digits) override;
-  double GetAngleFactorToRadians() const override { return m_angle.toRadians; }
-  double GetAngleFactorFromRadians() const override { return m_angle.fromRadians; }
+  double const& GetAngleFactorToRadians() const override { return m_angle.toRadians; }
+  double const& GetAngleFactorFromRadians() const override { return m_angle.fromRadians; }
   bool GetAllowComplexResults() const override { return m_settings.allowComplexResults; }
   bool GetForceComplexResults() const override { return m_settings.forceComplexResults; }
   char GetDefaultVariableScope() const override { return m_settings.defaultVariableScope; }

@@ -166,10 +166,10 @@ void CQMExecutor::Retire() {
 
 CQMResolver* CQMExecutor::GetResolver(EQMResolverClass kind) {
   enum : std::size_t { Optimized, Baseline, Complex };
-  auto const obtain = [this]<class Resolver>(std::size_t index, auto const&... arguments) {
+  auto const obtain = [this]<class Resolver>(std::size_t index) {
     CQMResolver*& place = m_resolvers[index];
     if (place == nullptr) {
-      auto made = std::make_unique<Resolver>(arguments...);
+      auto made = std::make_unique<Resolver>();
       made->SetParentObject(this);
       AddChildObject(made.get());
       place = made.release();
@@ -181,9 +181,7 @@ CQMResolver* CQMExecutor::GetResolver(EQMResolverClass kind) {
     case EQMResolverClass::Complex:
     case EQMResolverClass::Complex5:
     case EQMResolverClass::Complex6: return obtain.template operator()<CQMComplexBaselineResolver>(Complex);
-    default:
-      return obtain.template operator()<CQMRealOptimizedResolver>(
-          Optimized, static_cast<CQMOperatorContext const&>(*this));
+    default: return obtain.template operator()<CQMRealOptimizedResolver>(Optimized);
   }
 }
 

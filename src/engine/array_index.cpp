@@ -2,8 +2,10 @@
 #include <array>
 #include <span>
 
+#include "base/conversions.h"
 #include "engine/declarations.h"
 #include "engine/operator_context.h"
+#include "engine/program.h"
 #include "engine/structural_tables.h"
 
 namespace qumel {
@@ -29,8 +31,11 @@ class CQMArrayIndexOperator final : public CQMOperator {
 
   long VerifyOperands() override;
   long DoOperation(long& position) override;
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override;
 
  private:
+  template <EQMSource source>
+  static SQMStep const* Select(SQMStep const* step, SQMFrame& frame, double carried);
   CQMDatum& Array() const { return Operand(0).FinalTarget(); }
   long Dimension(std::span<double const> extents);
 
@@ -70,6 +75,30 @@ long CQMArrayIndexOperator::DoOperation(long& position) {
   }
   if (long const code = Result().SetCurrentElement(element); code != Error::None) return code;
   return Advance(position);
+}
+
+// One index of an array of numbers.
+template <EQMSource source>
+SQMStep const* CQMArrayIndexOperator::Select(SQMStep const* step, SQMFrame& frame, double carried) {
+  if (!step->element->SelectElement(TruncateToInt32(qumel::Operand<source>(step->first, carried)))) {
+    frame.position = step - frame.begin;
+    frame.status = Error::IndexOutOfBounds;
+    return nullptr;
+  }
+  return GoOn(step + 1, frame, 0.0);
+}
+
+bool CQMArrayIndexOperator::MakeStep(CQMStepMaker& maker, SQMStep& step) {
+  CQMDatum& array = Array();
+  bool const isSimple = GetOperandCount() == 2 && array.GetDimensionCount() == 1 &&
+                        array.GetType() == EQMDataType::Number && array.GetValue() != nullptr &&
+                        Result().GetProxyTarget() == &array;
+  SQMStepOperand index;
+  if (!isSimple || !maker.FindNumber(*this, 1, false, index)) return false;
+  array.SetBound();
+  step.first = index.address;
+  step.element = &Result();
+  return maker.Use({index.source == EQMSource::Indirect ? &Select<EQMSource::Indirect> : &Select<EQMSource::Direct>});
 }
 
 // The last extent of a string is the length of its buffer. The memory of a host is as large as the host said.

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "engine/expression.h"
+#include "engine/numeric_steps.h"
 #include "engine/structural_tables.h"
 
 namespace qumel {
@@ -104,6 +105,13 @@ class CQMAssignOperator final : public CQMTargetOperator {
     if (!IsComplexOperation()) return DoOperation(position);
     StoreComplexInBoth(Value().Real(), Value().Imaginary());
     return Advance(position);
+  }
+
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    struct SQMWork {
+      static double Of(double, double value) { return value; }
+    };
+    return MakeAssignmentStep<SQMWork>(maker, *this, step);
   }
 };
 

@@ -2,6 +2,7 @@
 #include "base/complex_arithmetic.h"
 #include "base/conversions.h"
 #include "engine/assignment.h"
+#include "engine/numeric_steps.h"
 #include "engine/structural_tables.h"
 
 namespace qumel {
@@ -82,6 +83,17 @@ class CQMCompoundAssignment final : public CQMTargetOperator {
     if (long const code = Rule::Apply(target, Parts(Value())); code != Error::None) return Refuse(code);
     StoreComplexInBoth(target.real(), target.imag());
     return Advance(position);
+  }
+
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    struct SQMWork {
+      static RealOutcome Of(double target, double value) {
+        long const code = Rule::Apply(target, value);
+        if (code != Error::None) return SQMFailure{code};
+        return target;
+      }
+    };
+    return MakeAssignmentStep<SQMWork>(maker, *this, step);
   }
 
  private:

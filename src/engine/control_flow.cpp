@@ -6,6 +6,7 @@
 #include "base/conversions.h"
 #include "engine/declarations.h"
 #include "engine/expression.h"
+#include "engine/program.h"
 #include "engine/structural_tables.h"
 
 namespace qumel {
@@ -43,13 +44,32 @@ class CQMConditionOperator : public CQMFlowOperator<1, returnType> {
 
 // ---- if, unless ----
 
+/** Goes on where the step says for the condition that it finds. */
+template <std::uint8_t wanted>
+SQMStep const* RunBranch(SQMStep const* step, SQMFrame& frame, double) {
+  return GoOn(BooleanAt(step->first) == wanted ? step->whenTrue : step->whenFalse, frame, 0.0);
+}
+
+SQMStep const* RunJump(SQMStep const* step, SQMFrame& frame, double) {
+  return GoOn(step->whenTrue, frame, 0.0);
+}
+
 template <std::uint8_t wanted>
 class CQMBranchOperator final : public CQMConditionOperator<EQMDataType::Boolean> {
  public:
   long DoOperation(long& position) override {
-    if (Condition() == wanted) return Jump(position, GetTrueLink());
-    return Jump(position, GetFalseLink() >= 1 ? GetFalseLink() : GetSkipLink());
+    return Jump(position, Condition() == wanted ? GetTrueLink() : OtherLink());
   }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!CQMStepMaker::FindBoolean(*this, 0, step.first)) return false;
+    step.whenTrue = maker.StepAt(GetTrueLink());
+    step.whenFalse = maker.StepAt(OtherLink());
+    if (wanted == 1) maker.JoinWithComparison(*this);
+    return maker.Use({&RunBranch<wanted>});
+  }
+
+ private:
+  long OtherLink() const { return GetFalseLink() >= 1 ? GetFalseLink() : GetSkipLink(); }
 };
 using CQMIfOperator = CQMBranchOperator<1>;
 using CQMUnlessOperator = CQMBranchOperator<0>;
@@ -59,6 +79,10 @@ using CQMUnlessOperator = CQMBranchOperator<0>;
 class CQMSkipOperator : public CQMFlowOperator<0> {
  public:
   long DoOperation(long& position) override { return Jump(position, GetSkipLink()); }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.whenTrue = maker.StepAt(GetSkipLink());
+    return maker.Use({&RunJump});
+  }
 };
 class CQMThenOperator final : public CQMSkipOperator {};
 class CQMElseOperator final : public CQMSkipOperator {};
@@ -81,6 +105,7 @@ class CQMLabelWord : public CQMFlowOperator<1> {
 class CQMLabelOperator final : public CQMLabelWord {
  public:
   long DoOperation(long& position) override { return Advance(position); }
+  bool MakeStep(CQMStepMaker& maker, SQMStep&) override { return maker.Use({&RunNothing}); }
 };
 
 class CQMGotoOperator final : public CQMLabelWord {
@@ -90,6 +115,10 @@ class CQMGotoOperator final : public CQMLabelWord {
     return Operand(0).GetType() == EQMDataType::Label ? Error::None : Error::NoGotoTarget;
   }
   long DoOperation(long& position) override { return Jump(position, GetSkipLink()); }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.whenTrue = maker.StepAt(GetSkipLink());
+    return maker.Use({&RunJump});
+  }
 };
 
 // ---- loops: the first flag of the opener tells "do" to test its condition ----
@@ -101,6 +130,16 @@ class CQMLoopOperator final : public CQMFlowOperator<0> {
     SetFirstFlag(testsAtOnce);
     return Advance(position);
   }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.first = reinterpret_cast<std::byte*>(&FirstFlag());
+    return maker.Use({&Run});
+  }
+
+ private:
+  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
+    *reinterpret_cast<bool*>(step->first) = testsAtOnce;
+    return GoOn(step + 1, frame, 0.0);
+  }
 };
 using CQMWhileOperator = CQMLoopOperator<true>;
 using CQMUntilOperator = CQMLoopOperator<false>;
@@ -111,6 +150,18 @@ class CQMAlwaysOperator final : public CQMFlowOperator<0, EQMDataType::Boolean> 
     SetFirstFlag(true);
     Result().SetBoolean(true);
     return Advance(position);
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.first = reinterpret_cast<std::byte*>(&FirstFlag());
+    step.result = Result().Current();
+    return maker.Use({&Run});
+  }
+
+ private:
+  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
+    *reinterpret_cast<bool*>(step->first) = true;
+    BooleanAt(step->result) = 1;
+    return GoOn(step + 1, frame, 0.0);
   }
 };
 
@@ -124,6 +175,26 @@ class CQMDoOperator final : public CQMConditionOperator<> {
     }
     bool const enters = Condition() == (GetSecondFlag() ? 1 : 0);
     return enters ? Advance(position) : Jump(position, GetSkipLink());
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!CQMStepMaker::FindBoolean(*this, 0, step.first)) return false;
+    step.second = reinterpret_cast<std::byte*>(&GetTopLinkOperator()->FirstFlag());
+    step.whenTrue = maker.StepAt(maker.Position() + 1);
+    step.whenFalse = maker.StepAt(GetSkipLink());
+    if (!GetSecondFlag()) return maker.Use({&RunDo<0>});
+    // where no jump leads past the opener, the condition counts whenever control comes here
+    if (GetExpression()->HasPassedByOpeners()) return maker.Use({&RunDo<1>});
+    maker.JoinWithComparison(*this);
+    return maker.Use({&RunBranch<1>});
+  }
+
+ private:
+  template <std::uint8_t wanted>
+  static SQMStep const* RunDo(SQMStep const* step, SQMFrame& frame, double) {
+    bool& tests = *reinterpret_cast<bool*>(step->second);
+    bool const enters = !tests || BooleanAt(step->first) == wanted;
+    tests = true;
+    return GoOn(enters ? step->whenTrue : step->whenFalse, frame, 0.0);
   }
 };
 

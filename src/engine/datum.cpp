@@ -7,6 +7,8 @@
 
 namespace qumel {
 
+constinit std::atomic<std::uint32_t> CQMDatum::sm_storageEpoch{0};
+
 CQMDatum::CQMDatum() : m_current(m_inline) { SetTypeTag(kTypeTag); }
 
 CQMDatum::CQMDatum(EQMDataType type, char const* name) : CQMDatum() {
@@ -55,6 +57,7 @@ void CQMDatum::SetValuePointer(void* memory) {
   }
   datum.RefreshCurrent();
   datum.UpdateProxyDatums();
+  datum.MoveEpoch();
 }
 
 void CQMDatum::ClearValue() {
@@ -81,6 +84,7 @@ void CQMDatum::SetDatumType(EQMDataType type) {
   datum.m_class = traits.datumClass;
   if (!datum.m_ownsStorage || !datum.StoreElements(1, datum.m_elementSize)) datum.DropStorage();
   datum.UpdateProxyDatums();
+  datum.MoveEpoch();
 }
 
 EQMDataType CQMDatum::ChangeDatumType(EQMDataType type) {
@@ -111,6 +115,7 @@ EQMDataType CQMDatum::ChangeDatumType(EQMDataType type) {
   datum.m_ownsStorage = true;
   datum.m_callerWord = 0;
   datum.UpdateProxyDatums();
+  datum.MoveEpoch();
   return datum.m_type;
 }
 

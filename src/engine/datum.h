@@ -2,6 +2,7 @@
 // objects.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -88,6 +89,8 @@ class CQMDatum : public CQMLinkedObject {
   // ---- the current element, for operators and resolvers ----
   /** Address of the current element; always valid, and aligned for doubles in owned storage. */
   std::byte* Current() const { return m_current; }
+  /** Where that address stands, for programs that follow a proxy from element to element. */
+  std::byte** CurrentPlace() { return &m_current; }
   double& Real() const { return *reinterpret_cast<double*>(m_current); }
   /** 0 unless the datum is complex. */
   double Imaginary() const { return IsComplex() ? reinterpret_cast<double*>(m_current)[1] : 0.0; }
@@ -184,6 +187,23 @@ class CQMDatum : public CQMLinkedObject {
   void UpdateProxyDatums();
   void UpdateFromProxyTarget();
 
+  // ---- programs that hold addresses ----
+  /** Marks the datum as one whose addresses a program holds. */
+  void SetBound() {
+    if (!m_bound.load(std::memory_order_relaxed)) m_bound.store(true, std::memory_order_relaxed);
+  }
+  /** Moves on whenever the type, the storage or the dimensions of a bound datum change. */
+  static std::uint32_t StorageEpoch() { return sm_storageEpoch.load(std::memory_order_relaxed); }
+  /** In a proxy of an array of one dimension: makes the element at index current, unless it is out of bounds. */
+  bool SelectElement(std::int32_t index) {
+    CQMDatum const& array = *m_target;
+    std::int64_t const position = std::int64_t{index} - array.m_arrayBase;
+    if (position < 0 || position >= array.m_dimensions[0]) return false;
+    m_currentElement = static_cast<std::int32_t>(position);
+    m_value = m_current = array.m_value + position * array.m_elementSize;
+    return true;
+  }
+
   static constexpr long kMaximumArrayBytes = 1L << 30;
 
  private:
@@ -194,6 +214,9 @@ class CQMDatum : public CQMLinkedObject {
   static constexpr std::size_t kReadMargin = 16;
 
   // storage
+  void MoveEpoch() const {
+    if (m_bound.load(std::memory_order_relaxed)) sm_storageEpoch.fetch_add(1, std::memory_order_relaxed);
+  }
   bool HoldsOwnStorage() const {
     return m_value == m_inline || (m_storage != nullptr && m_value == m_storage.get());
   }
@@ -255,6 +278,9 @@ class CQMDatum : public CQMLinkedObject {
   std::unique_ptr<std::byte[]> m_storage;        // owned elements that do not fit m_inline
   alignas(double) std::byte m_inline[kInlineBytes] = {};
   double m_zeroImaginary = 0.0;
+  std::atomic<bool> m_bound{false};
+
+  static std::atomic<std::uint32_t> sm_storageEpoch;
 };
 
 }  // namespace qumel

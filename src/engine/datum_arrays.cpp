@@ -56,6 +56,7 @@ void CQMDatum::SetIsArray(long count) {
   if (count <= 0 || !datum.StoreElements(count, datum.m_elementSize)) return;
   datum.m_ownsStorage = true;
   datum.UpdateProxyDatums();
+  datum.MoveEpoch();
 }
 
 long CQMDatum::SetIsArray(std::span<long const> extents) {
@@ -106,6 +107,7 @@ long CQMDatum::SetIsArray(std::span<long const> extents) {
   m_dimensionCount = static_cast<std::int32_t>(extents.size());
   m_dimensions = m_dimensionCount > 0 ? std::move(dimensions) : nullptr;
   UpdateProxyDatums();
+  MoveEpoch();
   return Error::None;
 }
 

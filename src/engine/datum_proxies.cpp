@@ -45,6 +45,7 @@ CQMDatum& CQMDatum::operator=(CQMDatum& source) {
   LeaveTarget();
   DropStorage();
   AttachTo(source);
+  MoveEpoch();
   {
     // Whoever owns a proxy of this datum goes on using it.
     auto const links = LockLinks(isShared);
@@ -150,6 +151,7 @@ void CQMDatum::BecomeOwner() {
   m_currentElement = 0;
   m_ownsStorage = true;
   if (!StoreElements(1, m_elementSize)) DropStorage();
+  MoveEpoch();
 }
 
 }  // namespace qumel

@@ -3,6 +3,7 @@
 #include "engine/declarations.h"
 
 #include "engine/expression.h"
+#include "engine/program.h"
 #include "engine/structural_tables.h"
 
 namespace qumel {
@@ -27,6 +28,7 @@ class CQMDeclarationWord : public CQMOperator {
     return code != Error::None ? code : Declare();
   }
   long DoOperation(long& position) override { return Advance(position); }
+  bool MakeStep(CQMStepMaker& maker, SQMStep&) override { return maker.Use({&RunNothing}); }
 
  private:
   virtual long Declare() = 0;

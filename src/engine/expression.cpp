@@ -57,15 +57,15 @@ long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize
   if (m_context.GetForceComplexResults()) m_complexMode = true;
   m_resolver =
       m_context.GetResolver(m_complexMode ? EQMResolverClass::Complex : EQMResolverClass::RealOptimized);
-  return code == Error::None ? code : Fail(code);
+  if (code != Error::None) return Fail(code);
+  m_program.Make(m_operators, m_context, m_resolver->GetJoining());
+  return code;
 }
 
 void CQMExpression::DestroyTokenLists() {
   m_runnable = false;
   m_stopPosition = kNoPosition;
-  m_steps.clear();
-  m_stepOperands.clear();
-  m_stepResults.clear();
+  m_program.Clear();
   m_openersToReset.clear();
   m_unverified.clear();
   m_operators.clear();  // before the datums: results may be proxies of them
@@ -169,22 +169,17 @@ long CQMExpression::Resolve() {
   if (!m_runnable)
     return m_errorState != Error::None ? m_errorState : static_cast<long>(Error::BadExpression);
   for (CQMOperator* const opener : m_openersToReset) opener->ResetBlock();
-  long const count = static_cast<long>(m_steps.size());
   long position = 0;
   long status = Status::NeedsComplex;
   if (!m_complexMode) {
-    status =
-        m_resolver->Resolve(m_steps.data(), m_stepOperands.data(), m_stepResults.data(), count, position);
+    status = m_resolver->Resolve(m_program, position);
     if (status == Status::NeedsComplex) {
       if (!m_context.GetAllowComplexResults() && !m_context.GetForceComplexResults())
         return Error::ResultIsComplex;
       EnterComplexMode();  // for good, and from the operator that asked for it on
     }
   }
-  if (status == Status::NeedsComplex) {
-    status =
-        m_resolver->Resolve(m_steps.data(), m_stepOperands.data(), m_stepResults.data(), count, position);
-  }
+  if (status == Status::NeedsComplex) status = m_resolver->Resolve(m_program, position);
   if (status != Status::Stop) return status;
   m_stopPosition = position;
   return Error::None;

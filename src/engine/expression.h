@@ -13,6 +13,7 @@
 #include "engine/operator.h"
 #include "engine/operator_context.h"
 #include "engine/operator_definition.h"
+#include "engine/program.h"
 
 namespace qumel {
 
@@ -69,6 +70,8 @@ class CQMExpression : public CQMLinkedObject {
   long GetOperatorCount() const { return static_cast<long>(m_operators.size()); }
   CQMOperator* GetOperatorByIndex(long index) const;
   CQMDatum* GetOperandByIndex(long index) const;
+  /** Whether a goto may enter a block past its opener. */
+  bool HasPassedByOpeners() const { return !m_openersToReset.empty(); }
 
  private:
   struct SQMWorkItem {
@@ -123,10 +126,7 @@ class CQMExpression : public CQMLinkedObject {
   std::vector<CQMDatum*> m_operands;    // one an operand token
   std::vector<std::unique_ptr<CQMOperator>> m_operators;  // in execution order
   std::vector<long> m_unverified;                         // positions of operators, ascending
-  // the program as resolvers take it, made by Finalize
-  std::vector<CQMOperator*> m_steps;
-  std::vector<CQMDatum**> m_stepOperands;
-  std::vector<CQMDatum*> m_stepResults;
+  CQMProgram m_program;
   std::vector<CQMOperator*> m_openersToReset;  // of blocks that a run may enter without them
 };
 

@@ -139,14 +139,8 @@ long CQMExpression::Optimize() {
 }
 
 long CQMExpression::Finalize() {
-  m_steps.reserve(m_operators.size());
-  m_stepOperands.reserve(m_operators.size());
-  m_stepResults.reserve(m_operators.size());
   for (auto const& op : m_operators) {
     if (long const code = op->Finalize(); code != Error::None) return Fail(code);
-    m_steps.push_back(op.get());
-    m_stepOperands.push_back(op->GetOperandList());
-    m_stepResults.push_back(op->GetResultOperand());
   }
   return Error::None;
 }

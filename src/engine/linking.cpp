@@ -1,7 +1,6 @@
 // Linking: one pass over the operators of an expression finds its blocks and sets the links that the words of
 // control flow follow at run time. Every fault of structure is InvocationFailed.
-#include <algorithm>
-#include <iterator>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -21,7 +20,7 @@ constexpr bool IsScopeWord(long id) { return id >= OpId::CosmicScope && id <= Op
 
 class CQMLinker {
  public:
-  explicit CQMLinker(std::span<CQMOperator* const> operators) : m_operators(operators) {}
+  explicit CQMLinker(std::span<std::unique_ptr<CQMOperator> const> operators) : m_operators(operators) {}
   long Link();
   /** The openers of blocks that a goto may enter past them; none where there is no goto. */
   std::vector<CQMOperator*> OpenersThatMayBePassedBy() const;
@@ -61,7 +60,7 @@ class CQMLinker {
   long LinkGotos();
   long FirstOfOperands(long position) const;
 
-  std::span<CQMOperator* const> m_operators;
+  std::span<std::unique_ptr<CQMOperator> const> m_operators;
   std::vector<SQMBlock> m_blocks;
   std::vector<long> m_breakTargets;
   std::vector<long> m_continueTargets;
@@ -80,8 +79,9 @@ long CQMLinker::Link() {
 std::vector<CQMOperator*> CQMLinker::OpenersThatMayBePassedBy() const {
   std::vector<CQMOperator*> openers;
   if (m_gotos.empty()) return openers;
-  std::copy_if(m_operators.begin(), m_operators.end(), std::back_inserter(openers),
-               [](CQMOperator const* op) { return IsLoop(op->GetId()) || IsSelect(op->GetId()); });
+  for (auto const& op : m_operators) {
+    if (IsLoop(op->GetId()) || IsSelect(op->GetId())) openers.push_back(op.get());
+  }
   return openers;
 }
 
@@ -202,7 +202,7 @@ bool CQMLinker::LinkBreaksAndEnds() {
   for (long const position : m_breaks) {
     At(position).SetSkipLink(At(position).GetTopLinkOperator()->GetSkipLink());
   }
-  for (CQMOperator* const op : m_operators) {
+  for (auto const& op : m_operators) {
     if (op->GetSkipLink() == CQMOperator::kNoLink) op->SetSkipLink(static_cast<long>(m_operators.size()));
   }
   return true;
@@ -255,7 +255,7 @@ long CQMLinker::FirstOfOperands(long position) const {
 }  // namespace
 
 long CQMExpression::Link() {
-  CQMLinker linker(m_steps);
+  CQMLinker linker(m_operators);
   if (long const code = linker.Link(); code != Error::None) return Fail(code);
   m_openersToReset = linker.OpenersThatMayBePassedBy();
   return Error::None;

@@ -9,6 +9,8 @@ CQMOperator::CQMOperator() { SetTypeTag(kTypeTag); }
 
 CQMOperator::~CQMOperator() = default;
 
+bool CQMOperator::MakeStep(CQMStepMaker&, SQMStep&) { return false; }
+
 long CQMOperator::Finalize() {
   m_finalized = true;
   return Error::None;

@@ -8,12 +8,13 @@
 #include "base/errors.h"
 #include "base/operator_ids.h"
 #include "engine/datum.h"
-#include "engine/fast_operations.h"
 
 namespace qumel {
 
 class CQMExpression;
 class CQMOperatorContext;
+class CQMStepMaker;
+struct SQMStep;
 
 /** One occurrence of an operator in one expression. Made by the factory, then, in this order:
  * CreateOperandList, AssignOperand once an operand, SetResultOperand, VerifyOperands (perhaps again),
@@ -30,6 +31,9 @@ class CQMOperator : public CQMLinkedObject {
   /** Writes the result and moves position (normally by Advance). Returns 0, an error code, or a Status. */
   virtual long DoOperation(long& position) = 0;
   virtual long DoComplexOperation(long& position) { return DoOperation(position); }
+  /** Makes step one that does in real evaluation what DoOperation does, without the operator. False where there is
+   * none for operands like these; then the program calls DoOperation. */
+  virtual bool MakeStep(CQMStepMaker& maker, SQMStep& step);
   virtual long GetOperandsNeeded() = 0;
   virtual long GetOperandsMaximum() { return GetOperandsNeeded(); }
   /** 0, UseSubstitute (after SetSubstituteId), OptimizeAgain, or an error code. Literal operands may be
@@ -60,11 +64,7 @@ class CQMOperator : public CQMLinkedObject {
 
   // ---- identity and state, kept by the factory and the expression ----
   long GetId() const { return m_id; }
-  void SetId(long id) {
-    m_id = id;
-    m_fastOperation = FastOperationOf(id);
-  }
-  EQMFastOperation GetFastOperation() const { return m_fastOperation; }
+  void SetId(long id) { m_id = id; }
   long GetSubstituteId() const { return m_substituteId; }
   bool IsVerified() const { return m_verified; }
   void SetVerified(bool verified) { m_verified = verified; }
@@ -90,6 +90,7 @@ class CQMOperator : public CQMLinkedObject {
   CQMOperator* GetTopLinkOperator() const { return m_topLinkOperator; }
   bool GetFirstFlag() const { return m_firstFlag; }
   void SetFirstFlag(bool flag) { m_firstFlag = flag; }
+  bool& FirstFlag() { return m_firstFlag; }
   bool GetSecondFlag() const { return m_secondFlag; }
   void SetSecondFlag(bool flag) { m_secondFlag = flag; }
   long GetCaseCount() const { return m_caseCount; }
@@ -146,7 +147,6 @@ class CQMOperator : public CQMLinkedObject {
   CQMExpression* m_expression = nullptr;
   CQMOperator* m_topLinkOperator = nullptr;
   long m_id = 0;
-  EQMFastOperation m_fastOperation = EQMFastOperation::None;
   long m_substituteId = 0;
   long m_topLink = kNoLink;
   long m_skipLink = kNoLink;

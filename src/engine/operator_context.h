@@ -36,9 +36,9 @@ class CQMOperatorContext {
  public:
   virtual ~CQMOperatorContext() = default;
 
-  // angles
-  virtual double GetAngleFactorToRadians() const = 0;
-  virtual double GetAngleFactorFromRadians() const = 0;
+  // angles; programs keep the addresses
+  virtual double const& GetAngleFactorToRadians() const = 0;
+  virtual double const& GetAngleFactorFromRadians() const = 0;
 
   // settings that operators read
   virtual bool GetAllowComplexResults() const = 0;

@@ -1,43 +1,39 @@
-// Resolvers run a compiled expression: they walk its operators and let these steer the position.
+// Resolvers run a compiled expression, each in its way: step by step, with steps joined, or by complex numbers.
 #pragma once
 
+#include <memory>
+#include <span>
+
 #include "engine/operator.h"
-#include "engine/operator_context.h"
+#include "engine/program.h"
 
 namespace qumel {
 
 /** Stateless; one of each kind serves all expressions of a context. */
 class CQMResolver : public CQMLinkedObject {
  public:
-  /** Runs operators[position] and on, until position reaches count or a status ends the run. operands[i] and
-   *  results[i] are the operand list and the result of operators[i]. Returns the status that ended the run.
-   */
-  virtual long Resolve(CQMOperator** operators, CQMDatum*** operands, CQMDatum** results, long count,
-                       long& position) = 0;
+  /** How the steps of the program that it runs are joined. */
+  virtual EQMJoining GetJoining() const { return EQMJoining::None; }
+  /** Runs from the operator at position on, until the end or until a status ends the run. Returns the status that
+   *  ended it; position is then that of the operator that did, or of the one to go on with. */
+  virtual long Resolve(CQMProgram& program, long& position) = 0;
 };
 
+/** One operator after the other, each result stored: what the other way of real evaluation is compared with. */
 class CQMRealBaselineResolver final : public CQMResolver {
  public:
-  long Resolve(CQMOperator** operators, CQMDatum*** operands, CQMDatum** results, long count,
-               long& position) override;
+  long Resolve(CQMProgram& program, long& position) override;
 };
 
-/** Computes the commonest real operations itself; all others through their objects. The angle factor is read
- * once, at the start of a run, so a mode word inside an expression does not reach its sin, cos and tan. */
 class CQMRealOptimizedResolver final : public CQMResolver {
  public:
-  explicit CQMRealOptimizedResolver(CQMOperatorContext const& context) : m_context(context) {}
-  long Resolve(CQMOperator** operators, CQMDatum*** operands, CQMDatum** results, long count,
-               long& position) override;
-
- private:
-  CQMOperatorContext const& m_context;
+  EQMJoining GetJoining() const override { return EQMJoining::Carrying; }
+  long Resolve(CQMProgram& program, long& position) override;
 };
 
 class CQMComplexBaselineResolver final : public CQMResolver {
  public:
-  long Resolve(CQMOperator** operators, CQMDatum*** operands, CQMDatum** results, long count,
-               long& position) override;
+  long Resolve(CQMProgram& program, long& position) override;
 };
 
 }  // namespace qumel

@@ -53,6 +53,11 @@ struct SQMPowerRule {
     if (x < 0.0) return SQMFailure{Status::NeedsComplex};
     return std::pow(x, y);
   }
+  /** Here a NaN as exponent wins. */
+  static RealOutcome InRealRun(double x, double y) {
+    if (x < 0.0 && !std::isnan(y)) return SQMFailure{Status::NeedsComplex};
+    return std::pow(x, y);
+  }
   static Complex OfComplex(Complex z, Complex w) {
     double const logarithm = ComplexLogAbs(z.real(), z.imag());
     double const angle = ComplexArg(z.real(), z.imag());
@@ -170,12 +175,37 @@ class CQMStepOperator final : public CQMOperator {
     StoreReal(gives == EQMGives::OldValue ? old : Real(0));
     return Advance(position);
   }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& made) override;
 
  private:
   static bool HoldsDouble(EQMDataType type) {
     return IsBetween(type, EQMDataType::Number, EQMDataType::Real);
   }
 };
+
+template <int step, EQMGives gives, bool stores, EQMSource target>
+SQMStep const* StepStep(SQMStep const* at, SQMFrame& frame, double) {
+  double& place = Target<target>(at->first);
+  double const old = place;
+  place = old + step;
+  double const result = gives == EQMGives::OldValue ? old : place;
+  if constexpr (stores) NumberAt(at->result) = result;
+  return GoOn(at + 1, frame, result);
+}
+
+template <int step, EQMGives gives>
+bool CQMStepOperator<step, gives>::MakeStep(CQMStepMaker& maker, SQMStep& made) {
+  SQMStepOperand target;
+  if (!CQMStepMaker::HasNumberResult(*this) || !maker.FindNumber(*this, 0, false, target)) return false;
+  made.first = target.address;
+  made.result = Result().Current();
+  if (target.source == EQMSource::Indirect) {
+    return maker.Use({&StepStep<step, gives, true, EQMSource::Indirect>,
+                      &StepStep<step, gives, false, EQMSource::Indirect>});
+  }
+  return maker.Use(
+      {&StepStep<step, gives, true, EQMSource::Direct>, &StepStep<step, gives, false, EQMSource::Direct>});
+}
 
 using CQMPreIncrementOperator = CQMStepOperator<1, EQMGives::NewValue>;
 using CQMPreDecrementOperator = CQMStepOperator<-1, EQMGives::NewValue>;

@@ -1,6 +1,7 @@
 // Operators without operands that give a value: constants, folded constants, the last result.
 #include "engine/expression.h"
 #include "engine/operator_context.h"
+#include "engine/program.h"
 #include "operators/operator_tables.h"
 #include "operators/standalone_operator.h"
 
@@ -19,6 +20,18 @@ class CQMNumberConstant final : public CQMStandaloneOperator {
   long DoOperation(long& position) override {
     StoreReal(value);
     return Advance(position);
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!CQMStepMaker::HasNumberResult(*this)) return false;
+    step.result = Result().Current();
+    return maker.Use({&Run<true>, &Run<false>});
+  }
+
+ private:
+  template <bool stores>
+  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
+    if constexpr (stores) NumberAt(step->result) = value;
+    return GoOn(step + 1, frame, value);
   }
 };
 
@@ -52,6 +65,7 @@ class CQMNumericConstantOperator final : public CQMOperator {
     return result;
   }
   long DoOperation(long& position) override { return Advance(position); }
+  bool MakeStep(CQMStepMaker& maker, SQMStep&) override { return maker.Use({&RunNothing}); }
 };
 
 /** Its type is that of the last result when it is compiled, and again whenever it runs. */

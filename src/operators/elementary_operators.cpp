@@ -65,6 +65,11 @@ struct SQMSquareRootRule {
     if (x >= 0.0) return std::sqrt(x);
     return SQMFailure{Status::NeedsComplex};
   }
+  /** A NaN stays one here; in complex evaluation it becomes the root of a complex number. */
+  static RealOutcome InRealRun(double x) {
+    if (x < 0.0) return SQMFailure{Status::NeedsComplex};
+    return std::sqrt(x);
+  }
   static Complex OfComplex(Complex z) {
     double const re = z.real(), im = z.imag();
     if (im == 0.0)

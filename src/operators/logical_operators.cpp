@@ -1,5 +1,6 @@
 // Operators that give a boolean: on booleans, and by comparing two values of one kind. None stops early: all
 // operands have been computed by then.
+#include "engine/numeric_steps.h"
 #include "operators/operator_tables.h"
 
 namespace qumel {
@@ -41,6 +42,20 @@ class CQMLogicalOperator final : public CQMBooleanResultOperator {
   long DoOperation(long& position) override {
     return Finish(rule(Operand(0).BooleanByte(), Operand(1).BooleanByte()), position);
   }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!CQMStepMaker::HasBooleanResult(*this) || !CQMStepMaker::FindBoolean(*this, 0, step.first) ||
+        !CQMStepMaker::FindBoolean(*this, 1, step.second)) {
+      return false;
+    }
+    step.result = Result().Current();
+    return maker.Use({&Run});
+  }
+
+ private:
+  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
+    BooleanAt(step->result) = rule(BooleanAt(step->first), BooleanAt(step->second)) ? 1 : 0;
+    return GoOn(step + 1, frame, 0.0);
+  }
 };
 
 bool BothTrue(std::uint8_t x, std::uint8_t y) { return x == kTrueByte && y == kTrueByte; }
@@ -75,6 +90,13 @@ class CQMRelationalOperator final : public CQMBooleanResultOperator {
   long VerifyOperands() override { return CheckSameClass(); }
   long DoOperation(long& position) override {
     return Finish(rule(Operand(0).CompareValue(&Operand(1))), position);
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    // Values that are not ordered count as equal, as they do when datums are compared.
+    struct SQMWork {
+      static bool Of(double x, double y) { return rule((x > y ? 1 : 0) - (x < y ? 1 : 0)); }
+    };
+    return MakeComparisonStep<SQMWork>(maker, *this, step);
   }
 };
 

@@ -4,25 +4,11 @@
 #include <utility>
 
 #include "base/complex_arithmetic.h"
-#include "engine/operator.h"
+#include "engine/numeric_steps.h"
 #include "engine/operator_context.h"
 
 namespace qumel {
 
-/** Why an operation has no value: an error code, or NeedsComplex. */
-struct SQMFailure {
-  long status;
-};
-
-/** A value, or a failure. Rules that never fail give plain values. */
-template <class Value>
-struct SQMOutcome {
-  SQMOutcome(Value result) : value(result) {}
-  SQMOutcome(SQMFailure failure) : status(failure.status) {}
-  Value value{};
-  long status = Error::None;
-};
-using RealOutcome = SQMOutcome<double>;
 using ComplexOutcome = SQMOutcome<Complex>;
 
 /** What the angle unit of the context applies to; to real and imaginary parts alike, on purpose. */
@@ -36,7 +22,9 @@ enum class EQMAngle { None, Operand, Result };
  *  - WantsComplex, where a rule has it, says of real operands that complex evaluation takes them by OfComplex
  * although they have a real value. Operands that are all real are computed by Real in complex evaluation too,
  * and by OfComplex where that has no value.
- *  - kAngle, where a rule has it, says what is an angle. Rules compute in radians.
+ *  - InRealRun, where a rule has it, takes the place of Real in real evaluation.
+ *  - kAngle, where a rule has it, says what is an angle. Rules compute in radians. kTakesFirstFactor says that the
+ * angle unit counts as it was when the run began.
  * A failed operation leaves 0 in the result and the position on itself. */
 template <class Rule, class Indices>
 class CQMNumericFunction;
@@ -46,7 +34,16 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
  public:
   long GetOperandsNeeded() override { return sizeof...(index); }
 
-  long DoOperation(long& position) override { return Finish(OfReals(), position); }
+  long DoOperation(long& position) override { return Finish(InRealRun(), position); }
+
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if constexpr (sizeof...(index) == 1) {
+      return MakeUnaryStep<SQMStepWork>(maker, *this, step, AngleFactor(maker));
+    } else {
+      static_assert(AngleOfRule() == EQMAngle::None);
+      return MakeBinaryStep<SQMStepWork>(maker, *this, step);
+    }
+  }
 
   long DoComplexOperation(long& position) override {
     if (!(Operand(index).IsComplex() || ...) && !RealsWantComplex()) {
@@ -60,6 +57,46 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
   }
 
  private:
+  /** What a step computes: the rule, on angles in the unit whose factor stands at the address. */
+  struct SQMStepWork {
+    static auto Of(double x, std::byte* factor) {
+      if constexpr (AngleOfRule() == EQMAngle::Operand) x *= NumberAt(factor);
+      auto outcome = RuleInRealRun(x);
+      if constexpr (AngleOfRule() == EQMAngle::Result) {
+        RealOutcome result(outcome);
+        result.value *= NumberAt(factor);
+        return result;
+      } else {
+        return outcome;
+      }
+    }
+    static auto Of(double x, double y) { return RuleInRealRun(x, y); }
+  };
+
+  template <class... Number>
+  static auto RuleInRealRun(Number... operands) {
+    if constexpr (requires { Rule::InRealRun(operands...); }) {
+      return Rule::InRealRun(operands...);
+    } else {
+      return Rule::Real(operands...);
+    }
+  }
+  RealOutcome InRealRun() const {
+    RealOutcome outcome(RuleInRealRun(Real(index) * OperandFactor()...));
+    outcome.value *= ResultFactor();
+    return outcome;
+  }
+  static std::byte* AngleFactor(CQMStepMaker const& maker) {
+    if constexpr (AngleOfRule() == EQMAngle::None) return nullptr;
+    if constexpr (requires { Rule::kTakesFirstFactor; }) {
+      if (Rule::kTakesFirstFactor) return maker.FirstAngleFactor();
+    }
+    double const& factor = AngleOfRule() == EQMAngle::Operand
+                               ? maker.GetContext().GetAngleFactorToRadians()
+                               : maker.GetContext().GetAngleFactorFromRadians();
+    return reinterpret_cast<std::byte*>(const_cast<double*>(&factor));
+  }
+
   RealOutcome OfReals() const {
     RealOutcome outcome(Rule::Real(Real(index) * OperandFactor()...));
     outcome.value *= ResultFactor();

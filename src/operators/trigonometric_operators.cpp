@@ -1,4 +1,6 @@
 // Circular and hyperbolic operators and their inverses: one rule, a line a function.
+#include <cmath>
+
 #include "operators/circular_functions.h"
 #include "operators/numeric_function.h"
 #include "operators/operator_tables.h"
@@ -20,9 +22,18 @@ struct SQMCircularRule {
 template <EQMAngle angle, RealOrNone (*ofReal)(double), Complex (*ofComplex)(Complex)>
 using CQMFunctionOfOne = CQMUnaryFunction<SQMCircularRule<angle, ofReal, ofComplex>>;
 
-using CQMSineOperator = CQMFunctionOfOne<EQMAngle::Operand, &Sine, &Sine>;
-using CQMCosineOperator = CQMFunctionOfOne<EQMAngle::Operand, &Cosine, &Cosine>;
-using CQMTangentOperator = CQMFunctionOfOne<EQMAngle::Operand, &Tangent, &Tangent>;
+/** Of sine, cosine and tangent, which a word in the same text that changes the angle unit does not reach. */
+template <double (*ofReal)(double), Complex (*ofComplex)(Complex)>
+struct SQMFirstCircularRule {
+  static constexpr EQMAngle kAngle = EQMAngle::Operand;
+  static constexpr bool kTakesFirstFactor = true;
+  static double Real(double x) { return ofReal(x); }
+  static Complex OfComplex(Complex z) { return ofComplex(z); }
+};
+
+using CQMSineOperator = CQMUnaryFunction<SQMFirstCircularRule<&std::sin, &Sine>>;
+using CQMCosineOperator = CQMUnaryFunction<SQMFirstCircularRule<&std::cos, &Cosine>>;
+using CQMTangentOperator = CQMUnaryFunction<SQMFirstCircularRule<&std::tan, &Tangent>>;
 using CQMCotangentOperator = CQMFunctionOfOne<EQMAngle::Operand, &Cotangent, &Cotangent>;
 using CQMSecantOperator = CQMFunctionOfOne<EQMAngle::Operand, &Secant, &Secant>;
 using CQMCosecantOperator = CQMFunctionOfOne<EQMAngle::Operand, &Cosecant, &Cosecant>;

@@ -45,14 +45,26 @@ void Less(CQMDatum& result, CQMDatum* const* operands) {
 void Same(CQMDatum& result, CQMDatum* const* operands) {
   result.SetBoolean(operands[0]->CompareValue(operands[1]) == 0);
 }
-void Root(CQMDatum& result, CQMDatum* const* operands) {
-  result.SetComplex(0.0, std::sqrt(-operands[0]->Real()));
-}
 void MakeComplex(CQMDatum& result, CQMDatum* const* operands) {
   result.SetComplex(operands[0]->Real(), operands[1]->Real());
 }
 void MakeTrue(CQMDatum& result, CQMDatum* const*) { result.SetBoolean(true); }
 void MakePi(CQMDatum& result, CQMDatum* const*) { result.SetReal(3.0); }
+
+/** Needs complex evaluation for negative numbers, and expects no others there. */
+class CQMRootOperator final : public CQMOperator {
+ public:
+  long GetOperandsNeeded() override { return 1; }
+  long DoOperation(long& position) override {
+    if (Real(0) < 0.0) return Status::NeedsComplex;
+    StoreReal(std::sqrt(Real(0)));
+    return Advance(position);
+  }
+  long DoComplexOperation(long& position) override {
+    StoreComplex(0.0, std::sqrt(-Real(0)));
+    return Advance(position);
+  }
+};
 
 template <EQMDataType type, void (*rule)(CQMDatum&, CQMDatum* const*), long operands>
 constexpr OperatorMaker kMake = &MakeOperator<CQMRuleOperator<type, rule, operands>>;
@@ -65,7 +77,7 @@ constexpr SQMMakerRow kTestOperators[] = {
     {OpId::LessThan, kMake<EQMDataType::Boolean, Less, 2>},
     {OpId::Equal, kMake<EQMDataType::Boolean, Same, 2>},
     {OpId::TightMinus, kMake<EQMDataType::Number, Negate, 1>},
-    {OpId::SquareRoot, kMake<EQMDataType::Number, Root, 1>},
+    {OpId::SquareRoot, &MakeOperator<CQMRootOperator>},
     {OpId::True, kMake<EQMDataType::Boolean, MakeTrue, 0>},
     {OpId::Pi, kMake<EQMDataType::Number, MakePi, 0>},
 };

@@ -38,10 +38,9 @@ class CQMTestContext final : public CQMOperatorContext {
   long arrayBase = 0;
   bool invertIndices = false;
   double toRadians = 1.0;
-  mutable int angleReadings = 0;
 
-  double GetAngleFactorToRadians() const override { return ++angleReadings, toRadians; }
-  double GetAngleFactorFromRadians() const override { return 1.0; }
+  double const& GetAngleFactorToRadians() const override { return toRadians; }
+  double const& GetAngleFactorFromRadians() const override { return m_fromRadians; }
   bool GetAllowComplexResults() const override { return allowComplex; }
   bool GetForceComplexResults() const override { return forceComplex; }
   char GetDefaultVariableScope() const override { return defaultScope; }
@@ -67,7 +66,8 @@ class CQMTestContext final : public CQMOperatorContext {
   CQMSymbolTable m_cosmic;
   CQMSymbolTable m_global;
   CQMOperatorFactory m_factory;
-  CQMRealOptimizedResolver m_real{*this};
+  CQMRealOptimizedResolver m_real;
+  double m_fromRadians = 1.0;
   CQMComplexBaselineResolver m_complex;
 };
 

@@ -63,7 +63,7 @@ TEST(Elementary, TakesRoots) {
       {
           {OpId::SquareRoot, {9.0}, 3.0, 3.0},
           {OpId::SquareRoot, {-4.0}, complexWanted, Complex(0.0, 2.0)},
-          {OpId::SquareRoot, {kNaN}, complexWanted, Complex(kNaN, 0.0)},
+          {OpId::SquareRoot, {kNaN}, kNaN, Complex(kNaN, 0.0)},
           {OpId::SquareRoot, {Complex(-4.0, -0.0)}, complexWanted, Complex(0.0, 2.0)},
           {OpId::SquareRoot, {Complex(0.0, 0.0)}, 0.0, Complex(0.0, 0.0)},
           {OpId::SquareRoot, {z}, std::sqrt(3.0), Complex(2.0, -1.0)},

@@ -1,6 +1,8 @@
 // Operands, runs and comparisons of the bench.
 #include "operator_bench.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -144,22 +146,30 @@ Value CQMBenchContext::Run(CQMExpression& expression) {
 
 // ---- one operator ----
 
-CQMBench::CQMBench(long id, Operands const& operands, CQMBenchContext* context) {
-  static CQMBenchContext sharedContext;
-  if (context == nullptr) context = &sharedContext;
-  m_expression = std::make_unique<CQMExpression>(*context);
-  m_operator = context->GetOperatorFactory()->GetOperator(id);
-  m_operator->SetExpression(m_expression.get());
-  m_operator->CreateOperandList(static_cast<long>(operands.size()));
+namespace {
+
+CQMBenchContext& SharedContext() {
+  static CQMBenchContext context;
+  return context;
+}
+
+}  // namespace
+
+CQMBench::CQMBench(long id, Operands const& operands, CQMBenchContext* context)
+    : m_context(context != nullptr ? *context : SharedContext()) {
+  m_expression = std::make_unique<CQMExpression>(m_context);
+  CQMOperator& op = *m_operators.emplace_back(m_context.GetOperatorFactory()->GetOperator(id));
+  op.SetExpression(m_expression.get());
+  op.CreateOperandList(static_cast<long>(operands.size()));
   for (auto operand = operands.rbegin(); operand != operands.rend(); ++operand) {
     m_operands.insert(m_operands.begin(), MakeDatum(*operand));
-    if (m_operands.front() != nullptr) m_operator->AssignOperand(m_operands.front().get());
+    if (m_operands.front() != nullptr) op.AssignOperand(m_operands.front().get());
   }
-  m_operator->SetResultOperand(nullptr);
+  op.SetResultOperand(nullptr);
 }
 
 Value CQMBench::Check(long status, long position) {
-  Value const result = ValueOf(m_operator->GetResultOperand());
+  Value const result = ValueOf(Op().GetResultOperand());
   if (status == Error::None) return position == kStart + 1 ? result : Value("position not moved by one");
   if (position != kStart) return "position moved by a failure";
   bool const isZero = AgreeNumerically(result, 0.0, 0.0);
@@ -168,13 +178,21 @@ Value CQMBench::Check(long status, long position) {
 
 Value CQMBench::RunReal() {
   long position = kStart;
-  long const status = m_operator->DoOperation(position);
+  long const status = Op().DoOperation(position);
   return Check(status, position);
+}
+
+Value CQMBench::RunProgram() {
+  CQMProgram program;
+  program.Make(m_operators, m_context, EQMJoining::Carrying);
+  long position = 0;
+  long const status = program.Run(position);
+  return Check(status, kStart + position);
 }
 
 Value CQMBench::RunComplex() {
   long position = kStart;
-  long const status = m_operator->DoComplexOperation(position);
+  long const status = Op().DoComplexOperation(position);
   return Check(status, position);
 }
 
@@ -187,6 +205,16 @@ void ExpectOperations(std::vector<SQMOperation> const& operations, double tolera
     Value const real = CQMBench(operation.id, operation.operands).RunReal();
     EXPECT_TRUE(Agree(real, operation.inReal, tolerance))
         << "real: " << Describe(real) << " instead of " << Describe(operation.inReal);
+
+    // operands that are complex never meet a program of real steps
+    bool const hasComplex = std::ranges::any_of(operation.operands, [](Operand const& operand) {
+      return std::holds_alternative<Complex>(operand);
+    });
+    if (!hasComplex) {
+      Value const program = CQMBench(operation.id, operation.operands).RunProgram();
+      EXPECT_TRUE(Agree(program, operation.inReal, tolerance))
+          << "program: " << Describe(program) << " instead of " << Describe(operation.inReal);
+    }
 
     CQMBench bench(operation.id, operation.operands);
     Value const complex = bench.RunComplex();

@@ -58,8 +58,8 @@ class CQMBenchContext final : public CQMOperatorContext {
   int precisionLimit = -1;
   SQMLastResult lastResult{TypeLetter::kNone, 0.0, 0.0, false, ""};
 
-  double GetAngleFactorToRadians() const override { return toRadians; }
-  double GetAngleFactorFromRadians() const override { return 1.0 / toRadians; }
+  double const& GetAngleFactorToRadians() const override { return toRadians; }
+  double const& GetAngleFactorFromRadians() const override { return m_fromRadians = 1.0 / toRadians; }
   bool GetAllowComplexResults() const override { return allowComplex; }
   bool GetForceComplexResults() const override { return forceComplex; }
   char GetDefaultVariableScope() const override { return Scope::kLocal; }
@@ -90,7 +90,8 @@ class CQMBenchContext final : public CQMOperatorContext {
   CQMSymbolTable m_cosmic;
   CQMSymbolTable m_global;
   CQMOperatorFactory m_factory;
-  CQMRealOptimizedResolver m_real{*this};
+  CQMRealOptimizedResolver m_real;
+  mutable double m_fromRadians = 1.0;
   CQMComplexBaselineResolver m_complex;
 };
 
@@ -99,12 +100,14 @@ class CQMBench {
  public:
   CQMBench(long id, Operands const& operands, CQMBenchContext* context = nullptr);
 
-  CQMOperator& Op() { return *m_operator; }
+  CQMOperator& Op() { return *m_operators.front(); }
   CQMDatum& Given(std::size_t index) { return *m_operands[index]; }
-  long Verify() { return m_operator->VerifyOperands(); }
+  long Verify() { return Op().VerifyOperands(); }
   /** The result, or the status. A failure must leave 0 in the result and the position alone, a success move
    * it by one; what is otherwise is told by a text. */
   Value RunReal();
+  /** The same by a program of this operator alone. */
+  Value RunProgram();
   Value RunComplex();
 
  private:
@@ -112,7 +115,8 @@ class CQMBench {
 
   std::unique_ptr<CQMExpression> m_expression;
   std::vector<std::unique_ptr<CQMDatum>> m_operands;
-  std::unique_ptr<CQMOperator> m_operator;
+  CQMBenchContext& m_context;
+  std::vector<std::unique_ptr<CQMOperator>> m_operators;  // one
 };
 
 /** An operation, and what becomes of it in real and in complex evaluation. */

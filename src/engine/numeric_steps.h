@@ -1,0 +1,189 @@
+// The steps of numbers, made from what computes them: one instance for each place that an operand may come from.
+#pragma once
+
+#include <type_traits>
+
+#include "engine/operator.h"
+#include "engine/program.h"
+
+namespace qumel {
+
+/** Why an operation has no value: an error code, or NeedsComplex. */
+struct SQMFailure {
+  long status;
+};
+
+/** A value, or a failure. What never fails gives plain values. */
+template <class Value>
+struct SQMOutcome {
+  constexpr SQMOutcome(Value result) : value(result) {}
+  constexpr SQMOutcome(SQMFailure failure) : status(failure.status) {}
+  Value value{};
+  long status = Error::None;
+};
+using RealOutcome = SQMOutcome<double>;
+
+// What these templates call Work is a struct with a static function Of that takes the values of the operands and gives
+// a double or a RealOutcome (a bool, of comparisons). Work on one operand takes the step's second address as well,
+// where the factor of an angle stands.
+
+inline bool HasFailed(double) { return false; }
+inline bool HasFailed(RealOutcome const& outcome) { return outcome.status != Error::None; }
+inline long StatusOf(double) { return Error::None; }
+inline long StatusOf(RealOutcome const& outcome) { return outcome.status; }
+inline double ValueOf(double value) { return value; }
+inline double ValueOf(RealOutcome const& outcome) { return outcome.value; }
+
+/** Ends a step: with the outcome's value, or its failure. */
+template <bool stores, bool isCarried, class Outcome>
+SQMStep const* Finish(SQMStep const* step, SQMFrame& frame, double carried, Outcome const& outcome) {
+  if (HasFailed(outcome)) return RefuseStep<isCarried>(step, frame, carried, StatusOf(outcome));
+  if constexpr (stores) NumberAt(step->result) = ValueOf(outcome);
+  return GoOn(step + 1, frame, ValueOf(outcome));
+}
+
+// ---- one operand ----
+
+template <class Work, bool stores, EQMSource source>
+SQMStep const* UnaryStep(SQMStep const* step, SQMFrame& frame, double carried) {
+  return Finish<stores, source == EQMSource::Carried>(
+      step, frame, carried, Work::Of(Operand<source>(step->first, carried), step->second));
+}
+
+template <class Work, EQMSource source>
+constexpr SQMStepFunctions kUnaryFunctions{&UnaryStep<Work, true, source>, &UnaryStep<Work, false, source>};
+
+/** Makes the step of an operator on one number. factor is what Work takes besides it. */
+template <class Work>
+bool MakeUnaryStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step, std::byte* factor) {
+  SQMStepOperand operand;
+  if (!CQMStepMaker::HasNumberResult(op) || !maker.FindNumber(op, 0, true, operand)) return false;
+  step.first = operand.address;
+  step.second = factor;
+  step.result = op.GetResultOperand()->Current();
+  switch (operand.source) {
+    case EQMSource::Direct: return maker.Use(kUnaryFunctions<Work, EQMSource::Direct>);
+    case EQMSource::Indirect: return maker.Use(kUnaryFunctions<Work, EQMSource::Indirect>);
+    case EQMSource::Carried: return maker.Use(kUnaryFunctions<Work, EQMSource::Carried>);
+  }
+  return false;
+}
+
+// ---- two operands ----
+
+template <class Work, bool stores, EQMSource first, EQMSource second>
+SQMStep const* BinaryStep(SQMStep const* step, SQMFrame& frame, double carried) {
+  constexpr bool kIsCarried = first == EQMSource::Carried || second == EQMSource::Carried;
+  return Finish<stores, kIsCarried>(
+      step, frame, carried,
+      Work::Of(Operand<first>(step->first, carried), Operand<second>(step->second, carried)));
+}
+
+/** Calls use with the two sources as template arguments. At most one operand is carried. */
+template <class Use>
+bool WithSources(EQMSource first, EQMSource second, Use use) {
+  using enum EQMSource;
+  switch (first) {
+    case Direct:
+      switch (second) {
+        case Direct: return use.template operator()<Direct, Direct>();
+        case Indirect: return use.template operator()<Direct, Indirect>();
+        case Carried: return use.template operator()<Direct, Carried>();
+      }
+      break;
+    case Indirect:
+      switch (second) {
+        case Direct: return use.template operator()<Indirect, Direct>();
+        case Indirect: return use.template operator()<Indirect, Indirect>();
+        case Carried: return use.template operator()<Indirect, Carried>();
+      }
+      break;
+    case Carried:
+      switch (second) {
+        case Direct: return use.template operator()<Carried, Direct>();
+        case Indirect: return use.template operator()<Carried, Indirect>();
+        case Carried: break;
+      }
+      break;
+  }
+  return false;
+}
+
+template <class Work>
+bool MakeBinaryStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step) {
+  SQMStepOperand first;
+  SQMStepOperand second;
+  if (!CQMStepMaker::HasNumberResult(op) || !maker.FindNumber(op, 0, true, first) ||
+      !maker.FindNumber(op, 1, true, second)) {
+    return false;
+  }
+  step.first = first.address;
+  step.second = second.address;
+  step.result = op.GetResultOperand()->Current();
+  return WithSources(first.source, second.source, [&]<EQMSource one, EQMSource two>() {
+    return maker.Use({&BinaryStep<Work, true, one, two>, &BinaryStep<Work, false, one, two>});
+  });
+}
+
+// ---- comparisons ----
+
+template <class Work, bool branches, EQMSource first, EQMSource second>
+SQMStep const* ComparisonStep(SQMStep const* step, SQMFrame& frame, double carried) {
+  bool const holds = Work::Of(Operand<first>(step->first, carried), Operand<second>(step->second, carried));
+  if constexpr (branches) {
+    return GoOn(holds ? step->whenTrue : step->whenFalse, frame, 0.0);
+  } else {
+    BooleanAt(step->result) = holds ? 1 : 0;
+    return GoOn(step + 1, frame, 0.0);
+  }
+}
+
+template <class Work>
+bool MakeComparisonStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step) {
+  SQMStepOperand first;
+  SQMStepOperand second;
+  if (!CQMStepMaker::HasBooleanResult(op) || !maker.FindNumber(op, 0, true, first) ||
+      !maker.FindNumber(op, 1, true, second)) {
+    return false;
+  }
+  step.first = first.address;
+  step.second = second.address;
+  step.result = op.GetResultOperand()->Current();
+  return WithSources(first.source, second.source, [&]<EQMSource one, EQMSource two>() {
+    return maker.Use(
+        {&ComparisonStep<Work, false, one, two>, nullptr, &ComparisonStep<Work, true, one, two>});
+  });
+}
+
+// ---- changes of a variable ----
+
+/** Work gives the new value of the target, of its old value and of the operand. */
+template <class Work, bool stores, EQMSource target, EQMSource value>
+SQMStep const* AssignmentStep(SQMStep const* step, SQMFrame& frame, double carried) {
+  double& place = Target<target>(step->first);
+  auto const outcome = Work::Of(place, Operand<value>(step->second, carried));
+  if (!HasFailed(outcome)) place = ValueOf(outcome);
+  return Finish<stores, value == EQMSource::Carried>(step, frame, carried, outcome);
+}
+
+template <class Work>
+bool MakeAssignmentStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step) {
+  SQMStepOperand target;
+  SQMStepOperand value;
+  if (!CQMStepMaker::HasNumberResult(op) || !maker.FindNumber(op, 0, false, target) ||
+      !maker.FindNumber(op, 1, true, value)) {
+    return false;
+  }
+  step.first = target.address;
+  step.second = value.address;
+  step.result = op.GetResultOperand()->Current();
+  return WithSources(target.source, value.source, [&]<EQMSource one, EQMSource two>() {
+    if constexpr (one == EQMSource::Carried) {
+      return false;
+    } else {
+      return maker.Use({&AssignmentStep<Work, true, one, two>, &AssignmentStep<Work, false, one, two>});
+    }
+  });
+}
+
+}  // namespace qumel
