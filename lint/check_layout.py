@@ -8,7 +8,7 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-FLOORS = {"base": 0, "storage": 1, "engine": 2, "operators": 3, "language": 3, "context": 4, "api": 5}
+FLOORS = {"base": 0, "rules": 1, "storage": 1, "engine": 2, "operators": 3, "language": 3, "context": 4, "api": 5}
 PUBLIC_HEADER = "qumel/qumel.h"
 MOST_LINES = {"src/": 450, "cli/": 450, "": 650}  # by the first folder that fits
 FREE_OF_LIMIT = {"include/qumel/qumel.h"}  # one header by design; it is mostly docstrings

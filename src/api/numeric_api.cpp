@@ -1,8 +1,8 @@
 // Exported numeric helpers. They need no context and keep nothing.
-#include "operators/fixed_point_trigonometry.h"
-#include "operators/inverse_hyperbolic.h"
-#include "operators/numeric_utilities.h"
 #include "qumel/qumel.h"
+#include "rules/fixed_point_trigonometry.h"
+#include "rules/inverse_hyperbolic.h"
+#include "rules/numeric_utilities.h"
 
 using namespace qumel;
 

@@ -1,38 +1,16 @@
-// The steps of numbers, made from what computes them: one instance for each place that an operand may come from.
+// The steps of numbers, made from what computes them: one instance for each place that an operand may come
+// from.
 #pragma once
-
-#include <type_traits>
 
 #include "engine/operator.h"
 #include "engine/program.h"
+#include "rules/outcome.h"
 
 namespace qumel {
 
-/** Why an operation has no value: an error code, or NeedsComplex. */
-struct SQMFailure {
-  long status;
-};
-
-/** A value, or a failure. What never fails gives plain values. */
-template <class Value>
-struct SQMOutcome {
-  constexpr SQMOutcome(Value result) : value(result) {}
-  constexpr SQMOutcome(SQMFailure failure) : status(failure.status) {}
-  Value value{};
-  long status = Error::None;
-};
-using RealOutcome = SQMOutcome<double>;
-
-// What these templates call Work is a struct with a static function Of that takes the values of the operands and gives
-// a double or a RealOutcome (a bool, of comparisons). Work on one operand takes the step's second address as well,
-// where the factor of an angle stands.
-
-inline bool HasFailed(double) { return false; }
-inline bool HasFailed(RealOutcome const& outcome) { return outcome.status != Error::None; }
-inline long StatusOf(double) { return Error::None; }
-inline long StatusOf(RealOutcome const& outcome) { return outcome.status; }
-inline double ValueOf(double value) { return value; }
-inline double ValueOf(RealOutcome const& outcome) { return outcome.value; }
+// What these templates call Work is a struct with a static function Of that takes the values of the operands
+// and gives a double or a RealOutcome (a bool, of comparisons). Work on one operand takes the step's second
+// address as well, where the factor of an angle stands.
 
 /** Ends a step: with the outcome's value, or its failure. */
 template <bool stores, bool isCarried, class Outcome>

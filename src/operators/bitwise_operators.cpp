@@ -3,13 +3,13 @@
 #include <utility>
 
 #include "base/conversions.h"
+#include "engine/numeric_steps.h"
 #include "operators/operator_tables.h"
+#include "rules/logic.h"
 
 namespace qumel {
 
 namespace {
-
-using Bits = std::int32_t;
 
 template <class Rule, class Indices>
 class CQMBitwiseFunction;
@@ -22,31 +22,25 @@ class CQMBitwiseFunction<Rule, std::integer_sequence<long, index...>> : public C
     StoreReal(Rule::Of(TruncateToInt32(Real(index))...));
     return Advance(position);
   }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if constexpr (sizeof...(index) == 1) {
+      return MakeUnaryStep<SQMStepWork>(maker, *this, step, nullptr);
+    } else {
+      return MakeBinaryStep<SQMStepWork>(maker, *this, step);
+    }
+  }
+
+ private:
+  struct SQMStepWork {
+    static double Of(double x, std::byte*) { return Rule::Of(TruncateToInt32(x)); }
+    static double Of(double x, double y) { return Rule::Of(TruncateToInt32(x), TruncateToInt32(y)); }
+  };
 };
 
 template <class Rule>
 using CQMBitwiseOnOne = CQMBitwiseFunction<Rule, std::make_integer_sequence<long, 1>>;
 template <class Rule>
 using CQMBitwiseOnTwo = CQMBitwiseFunction<Rule, std::make_integer_sequence<long, 2>>;
-
-struct SQMAndRule {
-  static Bits Of(Bits x, Bits y) { return x & y; }
-};
-struct SQMOrRule {
-  static Bits Of(Bits x, Bits y) { return x | y; }
-};
-struct SQMExOrRule {
-  static Bits Of(Bits x, Bits y) { return x ^ y; }
-};
-struct SQMImplicationRule {
-  static Bits Of(Bits x, Bits y) { return ~x | y; }
-};
-struct SQMEquivalenceRule {
-  static Bits Of(Bits x, Bits y) { return ~(x ^ y); }
-};
-struct SQMComplementRule {
-  static Bits Of(Bits x) { return ~x; }
-};
 
 using CQMBitwiseAndOperator = CQMBitwiseOnTwo<SQMAndRule>;
 using CQMBitwiseOrOperator = CQMBitwiseOnTwo<SQMOrRule>;

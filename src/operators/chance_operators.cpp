@@ -4,8 +4,9 @@
 #include "base/conversions.h"
 #include "base/mersenne_twister.h"
 #include "engine/operator_context.h"
-#include "operators/numeric_utilities.h"
+#include "operators/numeric_function.h"
 #include "operators/operator_tables.h"
+#include "rules/arrangements.h"
 
 namespace qumel {
 
@@ -79,32 +80,8 @@ class CQMDiceRollOperator final : public CQMDrawOperator<1, 2> {
   }
 };
 
-/** n and k by their whole parts, k of n; both within what a double's factorial holds. */
-template <double (*count)(double n, double k)>
-class CQMArrangementOperator final : public CQMOperator {
- public:
-  long GetOperandsNeeded() override { return 2; }
-  long DoOperation(long& position) override {
-    constexpr double kLargest = 170.0;
-    StoreReal(0.0);
-    if (Real(0) < 0.0 || Real(1) < 0.0) return Error::ResultNotDefined;
-    double const n = std::floor(Real(0));
-    double const k = std::floor(Real(1));
-    if (n > kLargest || k > kLargest) return Error::Overflow;
-    StoreReal(count(n, k));
-    return Advance(position);
-  }
-};
-
-double CombinationsOf(double n, double k) {
-  if (k == n) return 1.0;
-  return k > n ? 0.0 : Factorial(n) / (Factorial(n - k) * Factorial(k));
-}
-
-double PermutationsOf(double n, double k) { return k <= n ? Factorial(n) / Factorial(n - k) : 0.0; }
-
-using CQMCombinationsOperator = CQMArrangementOperator<&CombinationsOf>;
-using CQMPermutationsOperator = CQMArrangementOperator<&PermutationsOf>;
+using CQMCombinationsOperator = CQMBinaryFunction<SQMCombinationsRule>;
+using CQMPermutationsOperator = CQMBinaryFunction<SQMPermutationsRule>;
 
 constexpr SQMMakerRow kChanceOperators[] = {
     {OpId::Random, &MakeOperator<CQMRandomOperator>},

@@ -2,8 +2,8 @@
 #include <cmath>
 
 #include "engine/operator_context.h"
-#include "operators/numeric_utilities.h"
 #include "operators/operator_tables.h"
+#include "rules/numeric_utilities.h"
 
 namespace qumel {
 

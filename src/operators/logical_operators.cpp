@@ -2,6 +2,7 @@
 // operands have been computed by then.
 #include "engine/numeric_steps.h"
 #include "operators/operator_tables.h"
+#include "rules/logic.h"
 
 namespace qumel {
 
@@ -29,10 +30,6 @@ class CQMBooleanResultOperator : public CQMOperator {
 
 // ---- logical ----
 
-// The byte of a boolean in a host's memory may be neither. Only 1 counts as true here, and only 0 as false.
-constexpr std::uint8_t kTrueByte = 1;
-constexpr std::uint8_t kFalseByte = 0;
-
 using BytesRule = bool (*)(std::uint8_t x, std::uint8_t y);
 
 template <BytesRule rule>
@@ -57,12 +54,6 @@ class CQMLogicalOperator final : public CQMBooleanResultOperator {
     return GoOn(step + 1, frame, 0.0);
   }
 };
-
-bool BothTrue(std::uint8_t x, std::uint8_t y) { return x == kTrueByte && y == kTrueByte; }
-bool EitherTrue(std::uint8_t x, std::uint8_t y) { return x == kTrueByte || y == kTrueByte; }
-bool OneTrueOneFalse(std::uint8_t x, std::uint8_t y) {
-  return (x == kTrueByte && y == kFalseByte) || (x == kFalseByte && y == kTrueByte);
-}
 
 using CQMAndOperator = CQMLogicalOperator<&BothTrue>;
 using CQMOrOperator = CQMLogicalOperator<&EitherTrue>;
@@ -92,20 +83,12 @@ class CQMRelationalOperator final : public CQMBooleanResultOperator {
     return Finish(rule(Operand(0).CompareValue(&Operand(1))), position);
   }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    // Values that are not ordered count as equal, as they do when datums are compared.
     struct SQMWork {
-      static bool Of(double x, double y) { return rule((x > y ? 1 : 0) - (x < y ? 1 : 0)); }
+      static bool Of(double x, double y) { return rule(ComparisonOf(x, y)); }
     };
     return MakeComparisonStep<SQMWork>(maker, *this, step);
   }
 };
-
-bool IsLess(long comparison) { return comparison < 0; }
-bool IsGreater(long comparison) { return comparison > 0; }
-bool IsLessOrEqual(long comparison) { return comparison <= 0; }
-bool IsGreaterOrEqual(long comparison) { return comparison >= 0; }
-bool IsEqual(long comparison) { return comparison == 0; }
-bool IsNotEqual(long comparison) { return comparison != 0; }
 
 using CQMLessThanOperator = CQMRelationalOperator<&IsLess>;
 using CQMGreaterThanOperator = CQMRelationalOperator<&IsGreater>;

@@ -3,29 +3,15 @@
 
 #include <utility>
 
-#include "base/complex_arithmetic.h"
 #include "engine/numeric_steps.h"
 #include "engine/operator_context.h"
+#include "rules/outcome.h"
 
 namespace qumel {
 
-using ComplexOutcome = SQMOutcome<Complex>;
-
-/** What the angle unit of the context applies to; to real and imaginary parts alike, on purpose. */
-enum class EQMAngle { None, Operand, Result };
-
-/** A Rule is a struct of static functions that take as many numbers as there are operands:
- *  - Real, of doubles, gives a double or a RealOutcome; NeedsComplex sends the operation to complex
- * evaluation.
- *  - OfComplex, of complex numbers, gives a Complex or a ComplexOutcome. Where it gives a double or a
- * RealOutcome, the result stays real.
- *  - WantsComplex, where a rule has it, says of real operands that complex evaluation takes them by OfComplex
- * although they have a real value. Operands that are all real are computed by Real in complex evaluation too,
- * and by OfComplex where that has no value.
- *  - InRealRun, where a rule has it, takes the place of Real in real evaluation.
- *  - kAngle, where a rule has it, says what is an angle. Rules compute in radians. kTakesFirstFactor says that the
- * angle unit counts as it was when the run began.
- * A failed operation leaves 0 in the result and the position on itself. */
+/** The operator of a rule (rules/outcome.h tells what a rule is). Operands that are all real are computed by
+ * Real in complex evaluation too, and by OfComplex where that has no value. A failed operation leaves 0 in
+ * the result and the position on itself. */
 template <class Rule, class Indices>
 class CQMNumericFunction;
 
@@ -146,11 +132,5 @@ template <class Rule>
 using CQMUnaryFunction = CQMNumericFunction<Rule, std::make_integer_sequence<long, 1>>;
 template <class Rule>
 using CQMBinaryFunction = CQMNumericFunction<Rule, std::make_integer_sequence<long, 2>>;
-
-/** Complex operands are taken by their real parts, and the result is real. Base of such rules. */
-template <class Rule>
-struct SQMOnRealPart {
-  static auto OfComplex(Complex z) { return Rule::Real(z.real()); }
-};
 
 }  // namespace qumel

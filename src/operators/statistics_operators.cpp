@@ -1,69 +1,16 @@
 // Statistics over a list of operands or over a one-dimensional array. Real parts count; a complex result has
 // none other.
-#include <cmath>
 #include <vector>
 
 #include "operators/operator_tables.h"
+#include "rules/statistics.h"
 
 namespace qumel {
 
 namespace {
 
-using Values = std::vector<double>;
-
-double SumOf(Values const& values) {
-  double sum = 0.0;
-  for (double const x : values) sum += x;
-  return sum;
-}
-
-double CountOf(Values const& values) { return static_cast<double>(values.size()); }
-
-double MeanOf(Values const& values) { return SumOf(values) / CountOf(values); }
-
-double GeometricMeanOf(Values const& values) {
-  double product = 1.0;
-  for (double const x : values) product *= x;
-  return std::pow(product, 1.0 / CountOf(values));
-}
-
-double HarmonicMeanOf(Values const& values) {
-  double sum = 0.0;
-  for (double const x : values) sum += x == 0.0 ? 0.0 : 1.0 / x;  // zeros count, but add nothing
-  return CountOf(values) / sum;
-}
-
-double RootMeanSquareOf(Values const& values) {
-  double sum = 0.0;
-  for (double const x : values) sum += x * x;
-  return std::sqrt(sum / CountOf(values));
-}
-
-double VarianceOf(Values const& values) {
-  double const mean = MeanOf(values);
-  double sum = 0.0;
-  for (double const x : values) sum += (x - mean) * (x - mean);
-  return sum / (CountOf(values) - 1.0);
-}
-
-double StandardDeviationOf(Values const& values) { return std::sqrt(VarianceOf(values)); }
-
-double SmallestOf(Values const& values) {
-  double smallest = values.front();
-  for (double const x : values) smallest = x < smallest ? x : smallest;
-  return smallest;
-}
-
-double LargestOf(Values const& values) {
-  double largest = values.front();
-  for (double const x : values) largest = x > largest ? x : largest;
-  return largest;
-}
-
-double RangeOf(Values const& values) { return LargestOf(values) - SmallestOf(values); }
-
 /** One statistic; of no values it is 0. */
-template <double (*statistic)(Values const&)>
+template <double (*statistic)(Values)>
 class CQMStatisticOperator final : public CQMOperator {
  public:
   static constexpr long kMostOperands = 32;
@@ -90,7 +37,7 @@ class CQMStatisticOperator final : public CQMOperator {
     }
   }
 
-  Values m_values;  // kept between runs for its room
+  std::vector<double> m_values;  // kept between runs for its room
 };
 
 using CQMSumOperator = CQMStatisticOperator<&SumOf>;

@@ -6,7 +6,7 @@
 #include <numbers>
 
 #include "operator_bench.h"
-#include "operators/numeric_utilities.h"
+#include "rules/numeric_utilities.h"
 
 namespace qumel::test {
 namespace {

@@ -1,5 +1,5 @@
 // The formulas of the shared numeric helpers.
-#include "operators/numeric_utilities.h"
+#include "rules/numeric_utilities.h"
 
 #include <cmath>
 

@@ -1,10 +1,10 @@
 // The ranges and their formulas.
-#include "operators/inverse_hyperbolic.h"
+#include "rules/inverse_hyperbolic.h"
 
 #include <cmath>
 #include <limits>
 
-#include "operators/numeric_utilities.h"
+#include "rules/numeric_utilities.h"
 
 namespace qumel {
 

@@ -1,5 +1,5 @@
 // The rotation and its table.
-#include "operators/fixed_point_trigonometry.h"
+#include "rules/fixed_point_trigonometry.h"
 
 #include <array>
 #include <cstdint>

@@ -1,12 +1,12 @@
 // The formulas.
-#include "operators/circular_functions.h"
+#include "rules/circular_functions.h"
 
 #include <cmath>
 #include <limits>
 #include <numbers>
 
-#include "operators/inverse_hyperbolic.h"
-#include "operators/numeric_utilities.h"
+#include "rules/inverse_hyperbolic.h"
+#include "rules/numeric_utilities.h"
 
 namespace qumel {
 

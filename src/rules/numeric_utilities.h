@@ -1,7 +1,7 @@
 // Numeric helpers that the operators share and that hosts may call.
 #pragma once
 
-#include "base/complex_arithmetic.h"  // Hypotenuse
+#include "rules/complex_arithmetic.h"  // Hypotenuse
 
 namespace qumel {
 
