@@ -2,7 +2,7 @@
 // results.
 #include "api/guard.h"
 #include "context/operator_definition.h"
-#include "engine/defined_operators.h"
+#include "operators/defined_operators.h"
 #include "qumel/qumel.h"
 
 using namespace qumel;

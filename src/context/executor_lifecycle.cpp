@@ -9,7 +9,6 @@
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
 #include "language/standard_operators.h"
-#include "operators/operator_tables.h"
 
 namespace qumel {
 
@@ -41,14 +40,6 @@ constexpr SQMVariableTraits kVariables{
 template <class Object>
 void Destroy(Object*& place) {
   std::unique_ptr<Object> const owner(std::exchange(place, nullptr));
-}
-
-void RegisterOperators() {
-  static bool done = false;  // under g_cosmicMutex
-  if (done) return;
-  CQMOperatorFactory::RegisterTables(StructuralOperatorTables());
-  CQMOperatorFactory::RegisterTables(ComputingOperatorTables());
-  done = true;
 }
 
 }  // namespace
@@ -118,7 +109,6 @@ void CQMExecutor::CleanUp() {
 
 void CQMExecutor::CreateCosmicTables(bool impliedMultiplication) {
   std::scoped_lock const lock(g_cosmicMutex);
-  RegisterOperators();
   if (sm_pCosmicOperatorList == nullptr) {
     auto list = std::make_unique<CQMOperatorList>(true);
     LoadStandardDialect(*list, impliedMultiplication);

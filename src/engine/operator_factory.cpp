@@ -1,29 +1,14 @@
-// The process-wide table of makers, and the way to the operators that hosts defined.
+// Standard operators by their rows, and those that hosts defined by their definitions.
 #include "engine/operator_factory.h"
 
-#include <array>
-
-#include "engine/defined_operators.h"
 #include "engine/operator_context.h"
 
 namespace qumel {
 
-namespace {
-
-std::array<OperatorMaker, OpId::LastStandard + 1> makers{};
-
-}  // namespace
-
-void CQMOperatorFactory::RegisterTables(std::span<MakerTable const> tables) {
-  for (MakerTable const& table : tables) {
-    for (SQMMakerRow const& row : table) makers[static_cast<std::size_t>(row.id)] = row.make;
-  }
-}
-
 std::unique_ptr<CQMOperator> CQMOperatorFactory::GetOperator(long id) {
   std::unique_ptr<CQMOperator> made;
-  if (id >= 0 && id <= OpId::LastStandard) {
-    if (OperatorMaker const make = makers[static_cast<std::size_t>(id)]; make != nullptr) made = make();
+  if (id <= OpId::LastStandard) {
+    made = MakeOperator(id);
   } else if (m_context != nullptr) {
     if (auto definition = m_context->FindOperatorDefinition(id); definition != nullptr) {
       made = MakeDefinedOperator(std::move(definition));

@@ -1,42 +1,28 @@
-// Makes operator objects by id from tables of (id, maker) rows that each family of operators supplies.
+// Makes operator objects by id.
 #pragma once
 
 #include <memory>
-#include <span>
 
 #include "engine/operator.h"
 
 namespace qumel {
 
 class CQMOperatorContext;
+struct SQMOperatorDefinition;
 
-using OperatorMaker = std::unique_ptr<CQMOperator> (*)();
-
-struct SQMMakerRow {
-  long id;
-  OperatorMaker make;
-};
-
-template <class Operator>
-std::unique_ptr<CQMOperator> MakeOperator() {
-  return std::make_unique<Operator>();
-}
-
-using MakerTable = std::span<SQMMakerRow const>;
-
-/** The operators of this floor: control flow, assignment, declarations, array index. */
-std::span<MakerTable const> StructuralOperatorTables();
+// The floor of the operators, which stands above this one, defines these two.
+/** A new standard operator, or null for an id that names none. */
+std::unique_ptr<CQMOperator> MakeOperator(long id);
+/** The operator object that runs the definition of a host; null for one that has neither a body nor a
+ * callback. */
+std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition);
 
 class CQMOperatorFactory : public CQMLinkedObject {
  public:
-  /** Adds families to the process-wide table. The first context does so, under the lock of its
-   * initialisation. */
-  static void RegisterTables(std::span<MakerTable const> tables);
-
   void Initialize(CQMOperatorContext* context) { m_context = context; }
   /** A new operator that carries id, or null for an id that names nothing. Ids above LastStandard are looked
    * up among the operators that hosts defined. */
-  std::unique_ptr<CQMOperator> GetOperator(long id);
+  virtual std::unique_ptr<CQMOperator> GetOperator(long id);
 
  private:
   CQMOperatorContext* m_context = nullptr;

@@ -6,24 +6,11 @@
 #include <string>
 #include <string_view>
 
+#include "base/operator_table.h"
 #include "engine/operator_definition.h"
 #include "storage/linked_object.h"
 
 namespace qumel {
-
-/** Where an operator stands among its operands. */
-enum class EQMFix : std::uint32_t {
-  None = 0,
-  Prefix = 1,
-  Infix = 2,
-  Postfix = 3,
-  Nofix = 4,
-  StatementKeyword = 5,
-  BlockKeyword = 6,
-  ClosingBlock = 7,  // no standard entries of this and the next two
-  MarkedPrefix = 8,  // written with "&" into postfix text
-  MarkedPostfix = 9,
-};
 
 /** What a token is for its neighbours; see ContextMask for how classes meet the masks of an operator. */
 enum class EQMItemClass : std::int32_t {
@@ -42,12 +29,6 @@ enum class EQMItemClass : std::int32_t {
   Operator = 12,  // 12 + fix is the class of an operator that was added
   Unknown = 99,   // a character that begins no token
 };
-
-/** Bits of the left and right context masks. */
-namespace ContextBit {
-constexpr std::uint8_t kSeparator = 1, kOperand = 2, kOpen = 4, kClose = 8, kPrefix = 16, kInfix = 32,
-                       kPostfix = 64, kNofix = 128, kAnyOperator = 240, kAnywhere = 255;
-}
 
 /** Owns everything it describes; copies are independent but share the definition of a host's operator. */
 class CQMOpInfo : public CQMLinkedObject {

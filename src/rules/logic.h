@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "base/conversions.h"
+
 namespace qumel {
 
 // ---- booleans ----
@@ -33,22 +35,36 @@ inline long ComparisonOf(double x, double y) { return (x > y ? 1 : 0) - (x < y ?
 
 using Bits = std::int32_t;
 
-struct SQMAndRule {
+/** The rule of numbers that Rule makes of the bits of their integer parts. Of complex operands the real parts
+ * count. */
+template <class Rule>
+struct SQMOfBits {
+  static double Real(double x) requires requires(Bits bits) { Rule::Of(bits); }
+  { return Rule::Of(TruncateToInt32(x)); }
+  static double Real(double x, double y) requires requires(Bits bits) { Rule::Of(bits, bits); }
+  { return Rule::Of(TruncateToInt32(x), TruncateToInt32(y)); }
+  template <class... Number>
+  static double OfComplex(Number... z) {
+    return Real(z.real()...);
+  }
+};
+
+struct SQMBitwiseAndRule : SQMOfBits<SQMBitwiseAndRule> {
   static Bits Of(Bits x, Bits y) { return x & y; }
 };
-struct SQMOrRule {
+struct SQMBitwiseOrRule : SQMOfBits<SQMBitwiseOrRule> {
   static Bits Of(Bits x, Bits y) { return x | y; }
 };
-struct SQMExOrRule {
+struct SQMBitwiseExOrRule : SQMOfBits<SQMBitwiseExOrRule> {
   static Bits Of(Bits x, Bits y) { return x ^ y; }
 };
-struct SQMImplicationRule {
+struct SQMImplicationRule : SQMOfBits<SQMImplicationRule> {
   static Bits Of(Bits x, Bits y) { return ~x | y; }
 };
-struct SQMEquivalenceRule {
+struct SQMEquivalenceRule : SQMOfBits<SQMEquivalenceRule> {
   static Bits Of(Bits x, Bits y) { return ~(x ^ y); }
 };
-struct SQMComplementRule {
+struct SQMComplementRule : SQMOfBits<SQMComplementRule> {
   static Bits Of(Bits x) { return ~x; }
 };
 

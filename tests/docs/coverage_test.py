@@ -7,7 +7,7 @@ import re
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-OPERATOR_ROW = re.compile(r'^\s*\{("(?:[^"\\]|\\.)+"), OpId::', re.MULTILINE)
+OPERATOR_ROW = re.compile(r'^QM_\w+\(("(?:[^"\\]|\\.)+"), ', re.MULTILINE)
 ERROR_ROW = re.compile(r'^QM_ERROR\(\w+, (\d+), "([^"]+)"\)', re.MULTILINE)
 
 
@@ -16,7 +16,7 @@ def read(name):
 
 
 def tokens():
-    return {ast.literal_eval(literal) for literal in OPERATOR_ROW.findall(read("src/language/standard_operators.cpp"))}
+    return {ast.literal_eval(literal) for literal in OPERATOR_ROW.findall(read("src/base/operators.inc"))}
 
 
 def rows(name):

@@ -133,7 +133,7 @@ TEST(Exchange, SwapsValuesOfOneType) {
       {"x 1 = ; x 5 <=>", "error 3040"},
       {"x 1 = ; 5 x <=>", "error 3040"},
       {"x 1 = ; y 'a = ; x y <=>", "error 3090"},
-      {"x 1 = ; y 1 2 |_ = ; x y <=>", "error 3090"},
+      {"x 1 = ; complex y number ; x y <=>", "error 3090"},
   };
   ExpectOutcomes(kPrograms);
 }

@@ -11,77 +11,6 @@ namespace qumel::test {
 
 namespace {
 
-/** An operator with hardly a check, since the structural ones are what is tested. */
-template <EQMDataType type, void (*rule)(CQMDatum& result, CQMDatum* const* operands), long operands>
-class CQMRuleOperator final : public CQMOperator {
- public:
-  long GetOperandsNeeded() override { return operands; }
-  EQMDataType GetReturnType() override { return type; }
-  long VerifyOperands() override {
-    if (long const code = CheckOperands(); code != Error::None) return code;
-    if (GetId() == OpId::Addition && Operand(0).IsString()) return SubstituteBy(OpId::Concatenation);
-    return type == EQMDataType::Number ? CQMOperator::VerifyOperands() : ComplexStatus();
-  }
-  long DoOperation(long& position) override {
-    rule(Result(), GetOperandList());
-    return Advance(position);
-  }
-};
-
-void Add(CQMDatum& result, CQMDatum* const* operands) {
-  result.SetReal(operands[0]->Real() + operands[1]->Real());
-}
-void Join(CQMDatum& result, CQMDatum* const* operands) {
-  result.SetWholeText(std::string(operands[0]->GetText()).append(operands[1]->GetText()));
-}
-void Append(CQMDatum& result, CQMDatum* const* operands) {
-  Join(result, operands);
-  operands[0]->SetText(result.GetText());
-}
-void Negate(CQMDatum& result, CQMDatum* const* operands) { result.SetReal(-operands[0]->Real()); }
-void Less(CQMDatum& result, CQMDatum* const* operands) {
-  result.SetBoolean(operands[0]->CompareValue(operands[1]) < 0);
-}
-void Same(CQMDatum& result, CQMDatum* const* operands) {
-  result.SetBoolean(operands[0]->CompareValue(operands[1]) == 0);
-}
-void MakeComplex(CQMDatum& result, CQMDatum* const* operands) {
-  result.SetComplex(operands[0]->Real(), operands[1]->Real());
-}
-void MakeTrue(CQMDatum& result, CQMDatum* const*) { result.SetBoolean(true); }
-void MakePi(CQMDatum& result, CQMDatum* const*) { result.SetReal(3.0); }
-
-/** Needs complex evaluation for negative numbers, and expects no others there. */
-class CQMRootOperator final : public CQMOperator {
- public:
-  long GetOperandsNeeded() override { return 1; }
-  long DoOperation(long& position) override {
-    if (Real(0) < 0.0) return Status::NeedsComplex;
-    StoreReal(std::sqrt(Real(0)));
-    return Advance(position);
-  }
-  long DoComplexOperation(long& position) override {
-    StoreComplex(0.0, std::sqrt(-Real(0)));
-    return Advance(position);
-  }
-};
-
-template <EQMDataType type, void (*rule)(CQMDatum&, CQMDatum* const*), long operands>
-constexpr OperatorMaker kMake = &MakeOperator<CQMRuleOperator<type, rule, operands>>;
-
-constexpr SQMMakerRow kTestOperators[] = {
-    {OpId::RectangularComplex, kMake<EQMDataType::Complex, MakeComplex, 2>},
-    {OpId::Append, kMake<EQMDataType::String, Append, 2>},
-    {OpId::Addition, kMake<EQMDataType::Number, Add, 2>},
-    {OpId::Concatenation, kMake<EQMDataType::String, Join, 2>},
-    {OpId::LessThan, kMake<EQMDataType::Boolean, Less, 2>},
-    {OpId::Equal, kMake<EQMDataType::Boolean, Same, 2>},
-    {OpId::TightMinus, kMake<EQMDataType::Number, Negate, 1>},
-    {OpId::SquareRoot, &MakeOperator<CQMRootOperator>},
-    {OpId::True, kMake<EQMDataType::Boolean, MakeTrue, 0>},
-    {OpId::Pi, kMake<EQMDataType::Number, MakePi, 0>},
-};
-
 struct SQMWord {
   long id;
   int operands;
@@ -164,12 +93,7 @@ std::string PostfixOf(std::string_view program) {
   return postfix;
 }
 
-CQMTestContext::CQMTestContext() {
-  static MakerTable const tables[] = {kTestOperators};
-  CQMOperatorFactory::RegisterTables(StructuralOperatorTables());
-  CQMOperatorFactory::RegisterTables(tables);
-  m_factory.Initialize(this);
-}
+CQMTestContext::CQMTestContext() { m_factory.Initialize(this); }
 
 CQMResolver* CQMTestContext::GetResolver(EQMResolverClass kind) {
   if (kind == EQMResolverClass::Complex) return &m_complex;

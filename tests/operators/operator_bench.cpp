@@ -8,8 +8,6 @@
 #include <cmath>
 #include <cstdio>
 
-#include "operators/operator_tables.h"
-
 namespace qumel::test {
 
 namespace {
@@ -118,11 +116,7 @@ bool Agree(Value const& actual, Value const& expected, double tolerance) {
 
 // ---- context ----
 
-CQMBenchContext::CQMBenchContext() {
-  CQMOperatorFactory::RegisterTables(StructuralOperatorTables());
-  CQMOperatorFactory::RegisterTables(ComputingOperatorTables());
-  m_factory.Initialize(this);
-}
+CQMBenchContext::CQMBenchContext() { m_factory.Initialize(this); }
 
 CQMResolver* CQMBenchContext::GetResolver(EQMResolverClass kind) {
   if (kind == EQMResolverClass::Complex) return &m_complex;
@@ -207,9 +201,8 @@ void ExpectOperations(std::vector<SQMOperation> const& operations, double tolera
         << "real: " << Describe(real) << " instead of " << Describe(operation.inReal);
 
     // operands that are complex never meet a program of real steps
-    bool const hasComplex = std::ranges::any_of(operation.operands, [](Operand const& operand) {
-      return std::holds_alternative<Complex>(operand);
-    });
+    bool const hasComplex = std::ranges::any_of(
+        operation.operands, [](Operand const& operand) { return std::holds_alternative<Complex>(operand); });
     if (!hasComplex) {
       Value const program = CQMBench(operation.id, operation.operands).RunProgram();
       EXPECT_TRUE(Agree(program, operation.inReal, tolerance))

@@ -1,46 +1,14 @@
 // The array index: makes an array at its first use, and picks an element afterwards.
+#include "operators/array_index.h"
+
 #include <array>
 #include <span>
 
 #include "base/conversions.h"
-#include "engine/declarations.h"
 #include "engine/operator_context.h"
-#include "engine/program.h"
-#include "engine/structural_tables.h"
+#include "operators/declarations.h"
 
 namespace qumel {
-
-namespace {
-
-constexpr long kMostIndices = 7;
-
-/** Operand 0 is the array, the others are numbers. The result is a proxy of the array, with a current element
- * of its own, so that several index expressions on one array do not disturb each other. */
-class CQMArrayIndexOperator final : public CQMOperator {
- public:
-  long GetOperandsNeeded() override { return 2; }
-  long GetOperandsMaximum() override { return 1 + kMostIndices; }
-
-  CQMDatum* SetResultOperand(std::unique_ptr<CQMDatum> datum) override {
-    CQMDatum* const array = GetOperandCount() > 0 ? GetOperandList()[0] : nullptr;
-    if (array == nullptr) return CQMOperator::SetResultOperand(std::move(datum));
-    auto element = std::make_unique<CQMDatum>(*array);
-    element->ViewOneElement();
-    return KeepResultOperand(std::move(element));
-  }
-
-  long VerifyOperands() override;
-  long DoOperation(long& position) override;
-  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override;
-
- private:
-  template <EQMSource source>
-  static SQMStep const* Select(SQMStep const* step, SQMFrame& frame, double carried);
-  CQMDatum& Array() const { return Operand(0).FinalTarget(); }
-  long Dimension(std::span<double const> extents);
-
-  bool m_hasAskedAgain = false;
-};
 
 long CQMArrayIndexOperator::VerifyOperands() {
   if (long const code = CheckOperandCounts(); code != Error::None) return code;
@@ -98,7 +66,8 @@ bool CQMArrayIndexOperator::MakeStep(CQMStepMaker& maker, SQMStep& step) {
   array.SetBound();
   step.first = index.address;
   step.element = &Result();
-  return maker.Use({index.source == EQMSource::Indirect ? &Select<EQMSource::Indirect> : &Select<EQMSource::Direct>});
+  return maker.Use(
+      {index.source == EQMSource::Indirect ? &Select<EQMSource::Indirect> : &Select<EQMSource::Direct>});
 }
 
 // The last extent of a string is the length of its buffer. The memory of a host is as large as the host said.
@@ -112,11 +81,5 @@ long CQMArrayIndexOperator::Dimension(std::span<double const> extents) {
   }
   return array.SetIsArray(extents);
 }
-
-constexpr SQMMakerRow kArrayIndexOperators[] = {{OpId::ArrayIndex, &MakeOperator<CQMArrayIndexOperator>}};
-
-}  // namespace
-
-MakerTable ArrayIndexOperators() { return kArrayIndexOperators; }
 
 }  // namespace qumel

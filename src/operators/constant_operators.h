@@ -1,17 +1,16 @@
 // Operators without operands that give a value: constants, folded constants, the last result.
+#pragma once
+
 #include "engine/expression.h"
 #include "engine/operator_context.h"
 #include "engine/program.h"
-#include "operators/operator_tables.h"
 #include "operators/standalone_operator.h"
 
 namespace qumel {
 
-namespace {
-
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kPhi = 1.61803398874989484820;
-constexpr double kEuler =
+inline constexpr double kPi = 3.14159265358979323846;
+inline constexpr double kPhi = 1.61803398874989484820;
+inline constexpr double kEuler =
     0.57721566490153286061;  // Euler and Mascheroni's constant, not the base of logarithms
 
 template <double const& value>
@@ -44,12 +43,6 @@ class CQMBooleanConstant final : public CQMStandaloneOperator {
     return Advance(position);
   }
 };
-
-using CQMPiOperator = CQMNumberConstant<kPi>;
-using CQMPhiOperator = CQMNumberConstant<kPhi>;
-using CQMEulerOperator = CQMNumberConstant<kEuler>;
-using CQMTrueOperator = CQMBooleanConstant<true>;
-using CQMFalseOperator = CQMBooleanConstant<false>;
 
 /** Stands where an operator was whose value is known before any run. It takes that operator's operands and
  * its result, value included, over and marks the result as a literal, so that operators on it fold as well.
@@ -121,19 +114,5 @@ class CQMLastResultOperator final : public CQMStandaloneOperator {
     return Error::None;
   }
 };
-
-constexpr SQMMakerRow kConstantOperators[] = {
-    {OpId::True, &MakeOperator<CQMTrueOperator>},
-    {OpId::False, &MakeOperator<CQMFalseOperator>},
-    {OpId::Pi, &MakeOperator<CQMPiOperator>},
-    {OpId::Phi, &MakeOperator<CQMPhiOperator>},
-    {OpId::Euler, &MakeOperator<CQMEulerOperator>},
-    {OpId::LastResult, &MakeOperator<CQMLastResultOperator>},
-    {OpId::NumericConstant, &MakeOperator<CQMNumericConstantOperator>},
-};
-
-}  // namespace
-
-MakerTable ConstantOperators() { return kConstantOperators; }
 
 }  // namespace qumel

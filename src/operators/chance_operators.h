@@ -1,16 +1,15 @@
 // Random numbers, dice, and the numbers of combinations and permutations.
+#pragma once
+
 #include <cmath>
 
 #include "base/conversions.h"
 #include "base/mersenne_twister.h"
 #include "engine/operator_context.h"
 #include "operators/numeric_function.h"
-#include "operators/operator_tables.h"
 #include "rules/arrangements.h"
 
 namespace qumel {
-
-namespace {
 
 /** Operators that draw from the generator of their context; without a context the result is 0. Never folded:
  * each run draws anew. */
@@ -79,21 +78,5 @@ class CQMDiceRollOperator final : public CQMDrawOperator<1, 2> {
     return sides > 0.0 && side > last ? last : side;
   }
 };
-
-using CQMCombinationsOperator = CQMBinaryFunction<SQMCombinationsRule>;
-using CQMPermutationsOperator = CQMBinaryFunction<SQMPermutationsRule>;
-
-constexpr SQMMakerRow kChanceOperators[] = {
-    {OpId::Random, &MakeOperator<CQMRandomOperator>},
-    {OpId::RandomRange, &MakeOperator<CQMRandomRangeOperator>},
-    {OpId::RandomSeed, &MakeOperator<CQMRandomSeedOperator>},
-    {OpId::DiceRoll, &MakeOperator<CQMDiceRollOperator>},
-    {OpId::Combinations, &MakeOperator<CQMCombinationsOperator>},
-    {OpId::Permutations, &MakeOperator<CQMPermutationsOperator>},
-};
-
-}  // namespace
-
-MakerTable ChanceOperators() { return kChanceOperators; }
 
 }  // namespace qumel

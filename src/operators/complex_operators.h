@@ -1,18 +1,17 @@
 // Making complex numbers and taking them apart.
+#pragma once
+
 #include <cmath>
 
 #include "engine/operator_context.h"
-#include "operators/operator_tables.h"
 #include "rules/numeric_utilities.h"
 
 namespace qumel {
 
-namespace {
-
 // ---- parts: real, unless the result has been complex before ----
 
-double RealPartOf(CQMDatum const& operand) { return operand.Real(); }
-double ImaginaryPartOf(CQMDatum const& operand) { return operand.Imaginary(); }
+inline double RealPartOf(CQMDatum const& operand) { return operand.Real(); }
+inline double ImaginaryPartOf(CQMDatum const& operand) { return operand.Imaginary(); }
 
 template <double (*part)(CQMDatum const&)>
 class CQMPartOperator final : public CQMOperator {
@@ -28,9 +27,6 @@ class CQMPartOperator final : public CQMOperator {
     return Advance(position);
   }
 };
-
-using CQMRealPartOperator = CQMPartOperator<&RealPartOf>;
-using CQMImaginaryPartOperator = CQMPartOperator<&ImaginaryPartOf>;
 
 // ---- operators of complex evaluation only ----
 
@@ -85,18 +81,5 @@ class CQMPolarComplexOperator final : public CQMComplexOnlyOperator<2> {
     return Advance(position);
   }
 };
-
-constexpr SQMMakerRow kComplexOperators[] = {
-    {OpId::RealPart, &MakeOperator<CQMRealPartOperator>},
-    {OpId::ImaginaryPart, &MakeOperator<CQMImaginaryPartOperator>},
-    {OpId::Conjugate, &MakeOperator<CQMComplexConjugateOperator>},
-    {OpId::Argument, &MakeOperator<CQMComplexArgumentOperator>},
-    {OpId::RectangularComplex, &MakeOperator<CQMRectangularComplexOperator>},
-    {OpId::PolarComplex, &MakeOperator<CQMPolarComplexOperator>},
-};
-
-}  // namespace
-
-MakerTable ComplexOperators() { return kComplexOperators; }
 
 }  // namespace qumel

@@ -1,15 +1,14 @@
 // The operators that compute with a variable and store in it: += -= *= /= %=. One template, on the rules of
 // the operators that only compute.
+#pragma once
+
 #include <type_traits>
 
-#include "engine/assignment.h"
 #include "engine/numeric_steps.h"
-#include "engine/structural_tables.h"
+#include "operators/assignment.h"
 #include "rules/arithmetic.h"
 
 namespace qumel {
-
-namespace {
 
 template <class Rule>
 class CQMCompoundAssignment final : public CQMTargetOperator {
@@ -62,23 +61,5 @@ class CQMCompoundAssignment final : public CQMTargetOperator {
     return code;
   }
 };
-
-using CQMAddAssignOperator = CQMCompoundAssignment<SQMSumRule>;
-using CQMSubAssignOperator = CQMCompoundAssignment<SQMDifferenceRule>;
-using CQMMultAssignOperator = CQMCompoundAssignment<SQMProductRule>;
-using CQMDivAssignOperator = CQMCompoundAssignment<SQMQuotientRule>;
-using CQMModAssignOperator = CQMCompoundAssignment<SQMRemainderRule>;
-
-constexpr SQMMakerRow kCompoundAssignments[] = {
-    {OpId::AddAssign, &MakeOperator<CQMAddAssignOperator>},
-    {OpId::SubtractAssign, &MakeOperator<CQMSubAssignOperator>},
-    {OpId::MultiplyAssign, &MakeOperator<CQMMultAssignOperator>},
-    {OpId::DivideAssign, &MakeOperator<CQMDivAssignOperator>},
-    {OpId::ModuloAssign, &MakeOperator<CQMModAssignOperator>},
-};
-
-}  // namespace
-
-MakerTable CompoundAssignmentOperators() { return kCompoundAssignments; }
 
 }  // namespace qumel

@@ -1,17 +1,16 @@
 // The words of control flow at run time: they move the position along the links that linking has set.
+#pragma once
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "base/conversions.h"
-#include "engine/declarations.h"
 #include "engine/expression.h"
 #include "engine/program.h"
-#include "engine/structural_tables.h"
+#include "operators/declarations.h"
 
 namespace qumel {
-
-namespace {
 
 /** A word with a number of operands that must be defined, whatever their types. */
 template <long operands, EQMDataType returnType = EQMDataType::Untyped>
@@ -71,8 +70,6 @@ class CQMBranchOperator final : public CQMConditionOperator<EQMDataType::Boolean
  private:
   long OtherLink() const { return GetFalseLink() >= 1 ? GetFalseLink() : GetSkipLink(); }
 };
-using CQMIfOperator = CQMBranchOperator<1>;
-using CQMUnlessOperator = CQMBranchOperator<0>;
 
 // ---- jumps ----
 
@@ -141,8 +138,6 @@ class CQMLoopOperator final : public CQMFlowOperator<0> {
     return GoOn(step + 1, frame, 0.0);
   }
 };
-using CQMWhileOperator = CQMLoopOperator<true>;
-using CQMUntilOperator = CQMLoopOperator<false>;
 
 class CQMAlwaysOperator final : public CQMFlowOperator<0, EQMDataType::Boolean> {
  public:
@@ -311,36 +306,5 @@ class CQMClearErrorOperator final : public CQMFlowOperator<0> {
     return Advance(position);
   }
 };
-
-constexpr SQMMakerRow kControlFlowOperators[] = {
-    {OpId::If, &MakeOperator<CQMIfOperator>},
-    {OpId::Unless, &MakeOperator<CQMUnlessOperator>},
-    {OpId::Then, &MakeOperator<CQMThenOperator>},
-    {OpId::Else, &MakeOperator<CQMElseOperator>},
-    {OpId::While, &MakeOperator<CQMWhileOperator>},
-    {OpId::Until, &MakeOperator<CQMUntilOperator>},
-    {OpId::Always, &MakeOperator<CQMAlwaysOperator>},
-    {OpId::Do, &MakeOperator<CQMDoOperator>},
-    {OpId::End, &MakeOperator<CQMEndOperator>},
-    {OpId::Next, &MakeOperator<CQMNextOperator>},
-    {OpId::Goto, &MakeOperator<CQMGotoOperator>},
-    {OpId::LabelMark, &MakeOperator<CQMLabelOperator>},
-    {OpId::Select, &MakeOperator<CQMSelectOperator>},
-    {OpId::Case, &MakeOperator<CQMCaseOperator>},
-    {OpId::Default, &MakeOperator<CQMDefaultOperator>},
-    {OpId::When, &MakeOperator<CQMSelectOperator>},
-    {OpId::Is, &MakeOperator<CQMCaseOperator>},
-    {OpId::Otherwise, &MakeOperator<CQMDefaultOperator>},
-    {OpId::Break, &MakeOperator<CQMBreakOperator>},
-    {OpId::Continue, &MakeOperator<CQMContinueOperator>},
-    {OpId::Return, &MakeOperator<CQMReturnOperator>},
-    {OpId::Exit, &MakeOperator<CQMExitOperator>},
-    {OpId::SetError, &MakeOperator<CQMSetErrorOperator>},
-    {OpId::ClearError, &MakeOperator<CQMClearErrorOperator>},
-};
-
-}  // namespace
-
-MakerTable ControlFlowOperators() { return kControlFlowOperators; }
 
 }  // namespace qumel

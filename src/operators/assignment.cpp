@@ -1,11 +1,7 @@
-// The operator = and the checks that it shares with the other operators that change variables.
-#include "engine/assignment.h"
-
-#include <cstddef>
+// The checks that the operators which change variables share.
+#include "operators/assignment.h"
 
 #include "engine/expression.h"
-#include "engine/numeric_steps.h"
-#include "engine/structural_tables.h"
 
 namespace qumel {
 
@@ -66,59 +62,5 @@ void CQMTargetOperator::StoreComplexInBoth(double real, double imaginary) {
   StoreComplex(real, imaginary);
   Target().SetComplex(real, imaginary);
 }
-
-namespace {
-
-class CQMAssignOperator final : public CQMTargetOperator {
- public:
-  long VerifyOperands() override {
-    if (long const code = CheckTarget(); code != Error::None) return code;
-    if (Value().IsPending() || Value().GetType() == EQMDataType::Undefined) return Error::VerifyAgain;
-    if (Value().GetType() == EQMDataType::Untyped) return Error::NotDefined;
-    EQMDataType const type = VariableTypeFor(Value().GetType());
-    if (type == EQMDataType::Undefined) return Error::TypeMismatch;
-    if (long const code = TypeTarget(type); code != Error::None) return code;
-    if (long const code = CheckTargetType(); code != Error::None) return code;
-    if (GetTypeClass(Target().GetType()) != GetTypeClass(type)) return Error::TypeMismatch;
-    return GiveResultType();
-  }
-
-  long DoOperation(long& position) override {
-    switch (GetTypeClass(Target().GetType())) {
-      case EQMTypeClass::String:
-        // by way of the result: the value may lie inside the target
-        Result().SetWholeText(Value().GetText());
-        Target().SetText(Result().GetText());
-        break;
-      case EQMTypeClass::Boolean: {
-        std::byte const value = *Value().Current();
-        *Result().Current() = value;
-        *Target().Current() = value;
-        break;
-      }
-      default: StoreRealInBoth(Value().Real()); break;
-    }
-    return Advance(position);
-  }
-
-  long DoComplexOperation(long& position) override {
-    if (!IsComplexOperation()) return DoOperation(position);
-    StoreComplexInBoth(Value().Real(), Value().Imaginary());
-    return Advance(position);
-  }
-
-  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    struct SQMWork {
-      static double Of(double, double value) { return value; }
-    };
-    return MakeAssignmentStep<SQMWork>(maker, *this, step);
-  }
-};
-
-constexpr SQMMakerRow kAssignmentOperators[] = {{OpId::Assign, &MakeOperator<CQMAssignOperator>}};
-
-}  // namespace
-
-MakerTable AssignmentOperators() { return kAssignmentOperators; }
 
 }  // namespace qumel

@@ -1,21 +1,10 @@
 // Sums, products, powers, remainders, factorials and signs.
+#pragma once
+
 #include "operators/numeric_function.h"
-#include "operators/operator_tables.h"
 #include "rules/arithmetic.h"
 
 namespace qumel {
-
-namespace {
-
-using CQMSubtractionOperator = CQMBinaryFunction<SQMDifferenceRule>;
-using CQMMultiplicationOperator = CQMBinaryFunction<SQMProductRule>;
-using CQMDivisionOperator = CQMBinaryFunction<SQMQuotientRule>;
-using CQMModuloOperator = CQMBinaryFunction<SQMRemainderRule>;
-using CQMSquareOperator = CQMBinaryFunction<SQMSquareRule>;
-using CQMCubeOperator = CQMBinaryFunction<SQMCubeRule>;
-using CQMFactorialOperator = CQMUnaryFunction<SQMFactorialRule>;
-using CQMNegationOperator = CQMUnaryFunction<SQMNegationRule>;
-using CQMPositiveOperator = CQMUnaryFunction<SQMPositiveRule>;
 
 /** Whether the value of operand is known before any run. */
 bool IsKnownNumber(CQMDatum const& operand) {
@@ -112,36 +101,5 @@ bool CQMStepOperator<step, gives>::MakeStep(CQMStepMaker& maker, SQMStep& made) 
   return maker.Use(
       {&StepStep<step, gives, true, EQMSource::Direct>, &StepStep<step, gives, false, EQMSource::Direct>});
 }
-
-using CQMPreIncrementOperator = CQMStepOperator<1, EQMGives::NewValue>;
-using CQMPreDecrementOperator = CQMStepOperator<-1, EQMGives::NewValue>;
-using CQMPostIncrementOperator = CQMStepOperator<1, EQMGives::OldValue>;
-using CQMPostDecrementOperator = CQMStepOperator<-1, EQMGives::OldValue>;
-
-constexpr SQMMakerRow kArithmeticOperators[] = {
-    {OpId::Addition, &MakeOperator<CQMAdditionOperator>},
-    {OpId::Subtraction, &MakeOperator<CQMSubtractionOperator>},
-    {OpId::Multiplication, &MakeOperator<CQMMultiplicationOperator>},
-    {OpId::ImpliedMultiplication, &MakeOperator<CQMMultiplicationOperator>},
-    {OpId::Division, &MakeOperator<CQMDivisionOperator>},
-    {OpId::Modulo, &MakeOperator<CQMModuloOperator>},
-    {OpId::Factorial, &MakeOperator<CQMFactorialOperator>},
-    {OpId::Power, &MakeOperator<CQMExponentOperator>},
-    {OpId::PowerStars, &MakeOperator<CQMExponentOperator>},
-    {OpId::Square, &MakeOperator<CQMSquareOperator>},
-    {OpId::Cube, &MakeOperator<CQMCubeOperator>},
-    {OpId::LooseMinus, &MakeOperator<CQMNegationOperator>},
-    {OpId::TightMinus, &MakeOperator<CQMNegationOperator>},
-    {OpId::LoosePlus, &MakeOperator<CQMPositiveOperator>},
-    {OpId::TightPlus, &MakeOperator<CQMPositiveOperator>},
-    {OpId::PreIncrement, &MakeOperator<CQMPreIncrementOperator>},
-    {OpId::PostIncrement, &MakeOperator<CQMPostIncrementOperator>},
-    {OpId::PreDecrement, &MakeOperator<CQMPreDecrementOperator>},
-    {OpId::PostDecrement, &MakeOperator<CQMPostDecrementOperator>},
-};
-
-}  // namespace
-
-MakerTable ArithmeticOperators() { return kArithmeticOperators; }
 
 }  // namespace qumel

@@ -1,14 +1,13 @@
 // The operator <=>: two variables of one type exchange their values.
+#pragma once
+
 #include <cstddef>
 #include <string>
 #include <utility>
 
-#include "engine/assignment.h"
-#include "engine/structural_tables.h"
+#include "operators/assignment.h"
 
 namespace qumel {
-
-namespace {
 
 class CQMExchangeAssignOperator final : public CQMTargetOperator {
  public:
@@ -62,11 +61,5 @@ class CQMExchangeAssignOperator final : public CQMTargetOperator {
     Value().SetComplex(real, imaginary);
   }
 };
-
-constexpr SQMMakerRow kExchangeOperators[] = {{OpId::Exchange, &MakeOperator<CQMExchangeAssignOperator>}};
-
-}  // namespace
-
-MakerTable ExchangeOperators() { return kExchangeOperators; }
 
 }  // namespace qumel

@@ -1,11 +1,12 @@
 // Checking, compiling and running of host operators that have a body, and the callbacks.
-#include "engine/defined_operators.h"
+#include "operators/defined_operators.h"
 
 #include <span>
 
 #include "base/stack_room.h"
 #include "engine/expression.h"
 #include "engine/operator_context.h"
+#include "engine/operator_factory.h"
 
 namespace qumel {
 

@@ -16,9 +16,6 @@ class CQMExpression;
  * where the thread's stack is small. */
 constexpr int kMostNestedBodies = 1000;
 
-/** The operator object that runs a definition; null for one that has neither a body nor a callback. */
-std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition);
-
 /** What all three kinds share: counts and types by the definition, which lives as long as they do. */
 class CQMDefinedOperator : public CQMOperator {
  public:

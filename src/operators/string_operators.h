@@ -1,15 +1,14 @@
 // Operators on texts: joining, parts of a text, changes within a variable, length. Positions count from 0.
+#pragma once
+
 #include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
 
 #include "base/conversions.h"
-#include "operators/operator_tables.h"
 
 namespace qumel {
-
-namespace {
 
 /** What an operand must be. */
 enum class EQMWanted {
@@ -93,8 +92,6 @@ class CQMTextEnd final : public CQMTextOperator<EQMDataType::String, 0, EQMWante
     return Finish(std::string_view(text).substr(fromEnd ? text.size() - count : 0, count), position);
   }
 };
-using CQMLeftOperator = CQMTextEnd<false>;
-using CQMRightOperator = CQMTextEnd<true>;
 
 class CQMMidOperator final
     : public CQMTextOperator<EQMDataType::String, 0, EQMWanted::Text, EQMWanted::Count, EQMWanted::Count> {
@@ -157,20 +154,5 @@ class CQMLengthOperator final : public CQMTextOperator<EQMDataType::Number, 0, E
     return Advance(position);
   }
 };
-
-constexpr SQMMakerRow kStringOperators[] = {
-    {OpId::Append, &MakeOperator<CQMAppendOperator>},
-    {OpId::Concatenation, &MakeOperator<CQMConcatOperator>},
-    {OpId::Left, &MakeOperator<CQMLeftOperator>},
-    {OpId::Right, &MakeOperator<CQMRightOperator>},
-    {OpId::Mid, &MakeOperator<CQMMidOperator>},
-    {OpId::Insert, &MakeOperator<CQMInsertOperator>},
-    {OpId::Replace, &MakeOperator<CQMReplaceOperator>},
-    {OpId::Length, &MakeOperator<CQMLengthOperator>},
-};
-
-}  // namespace
-
-MakerTable StringOperators() { return kStringOperators; }
 
 }  // namespace qumel

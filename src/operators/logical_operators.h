@@ -1,12 +1,11 @@
 // Operators that give a boolean: on booleans, and by comparing two values of one kind. None stops early: all
 // operands have been computed by then.
+#pragma once
+
 #include "engine/numeric_steps.h"
-#include "operators/operator_tables.h"
 #include "rules/logic.h"
 
 namespace qumel {
-
-namespace {
 
 class CQMBooleanResultOperator : public CQMOperator {
  public:
@@ -55,10 +54,6 @@ class CQMLogicalOperator final : public CQMBooleanResultOperator {
   }
 };
 
-using CQMAndOperator = CQMLogicalOperator<&BothTrue>;
-using CQMOrOperator = CQMLogicalOperator<&EitherTrue>;
-using CQMExOrOperator = CQMLogicalOperator<&OneTrueOneFalse>;
-
 /** Takes an operand of any kind and looks at the first byte of its value. */
 class CQMNotOperator final : public CQMBooleanResultOperator {
  public:
@@ -89,36 +84,5 @@ class CQMRelationalOperator final : public CQMBooleanResultOperator {
     return MakeComparisonStep<SQMWork>(maker, *this, step);
   }
 };
-
-using CQMLessThanOperator = CQMRelationalOperator<&IsLess>;
-using CQMGreaterThanOperator = CQMRelationalOperator<&IsGreater>;
-using CQMLTEqualOperator = CQMRelationalOperator<&IsLessOrEqual>;
-using CQMGTEqualOperator = CQMRelationalOperator<&IsGreaterOrEqual>;
-using CQMEqualOperator = CQMRelationalOperator<&IsEqual>;
-using CQMNotEqualOperator = CQMRelationalOperator<&IsNotEqual>;
-
-constexpr SQMMakerRow kLogicalOperators[] = {
-    {OpId::OrSign, &MakeOperator<CQMOrOperator>},
-    {OpId::OrWord, &MakeOperator<CQMOrOperator>},
-    {OpId::ExclusiveOrSign, &MakeOperator<CQMExOrOperator>},
-    {OpId::ExclusiveOrWord, &MakeOperator<CQMExOrOperator>},
-    {OpId::AndSign, &MakeOperator<CQMAndOperator>},
-    {OpId::AndWord, &MakeOperator<CQMAndOperator>},
-    {OpId::LooseNotSign, &MakeOperator<CQMNotOperator>},
-    {OpId::LooseNotWord, &MakeOperator<CQMNotOperator>},
-    {OpId::TightNotSign, &MakeOperator<CQMNotOperator>},
-    {OpId::TightNotWord, &MakeOperator<CQMNotOperator>},
-    {OpId::Equal, &MakeOperator<CQMEqualOperator>},
-    {OpId::NotEqual, &MakeOperator<CQMNotEqualOperator>},
-    {OpId::Unequal, &MakeOperator<CQMNotEqualOperator>},
-    {OpId::LessThan, &MakeOperator<CQMLessThanOperator>},
-    {OpId::GreaterThan, &MakeOperator<CQMGreaterThanOperator>},
-    {OpId::LessOrEqual, &MakeOperator<CQMLTEqualOperator>},
-    {OpId::GreaterOrEqual, &MakeOperator<CQMGTEqualOperator>},
-};
-
-}  // namespace
-
-MakerTable LogicalOperators() { return kLogicalOperators; }
 
 }  // namespace qumel

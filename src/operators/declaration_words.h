@@ -1,22 +1,12 @@
 // The words that declare: scopes, complexity and types. They act when they are verified; at run time they
 // only pass control on.
-#include "engine/declarations.h"
+#pragma once
 
 #include "engine/expression.h"
 #include "engine/program.h"
-#include "engine/structural_tables.h"
+#include "operators/declarations.h"
 
 namespace qumel {
-
-long DeclareName(CQMOperator const& op, CQMDatum& operand, EQMDataType type) {
-  CQMExpression* const expression = op.GetExpression();
-  if (expression == nullptr) return Error::NotDefined;
-  CQMDatum& name = operand.FinalTarget();
-  name.SetDatumType(type);
-  return expression->ConfirmSymbol(&name);
-}
-
-namespace {
 
 template <long operands>
 class CQMDeclarationWord : public CQMOperator {
@@ -42,9 +32,6 @@ class CQMScopeOperator final : public CQMDeclarationWord<0> {
     return Error::None;
   }
 };
-using CQMCosmicOperator = CQMScopeOperator<Scope::kCosmic>;
-using CQMGlobalOperator = CQMScopeOperator<Scope::kGlobal>;
-using CQMLocalOperator = CQMScopeOperator<Scope::kLocal>;
 
 /** The next name that is declared a number becomes complex. */
 class CQMComplexOperator final : public CQMDeclarationWord<0> {
@@ -69,22 +56,5 @@ class CQMTypeOperator final : public CQMDeclarationWord<1> {
     return GetExpression()->GetNextNumericSymbolDataType();
   }
 };
-using CQMNumberOperator = CQMTypeOperator<EQMDataType::Number>;
-using CQMStringOperator = CQMTypeOperator<EQMDataType::String>;
-using CQMBooleanOperator = CQMTypeOperator<EQMDataType::Boolean>;
-
-constexpr SQMMakerRow kDeclarationOperators[] = {
-    {OpId::CosmicScope, &MakeOperator<CQMCosmicOperator>},
-    {OpId::GlobalScope, &MakeOperator<CQMGlobalOperator>},
-    {OpId::LocalScope, &MakeOperator<CQMLocalOperator>},
-    {OpId::ComplexWord, &MakeOperator<CQMComplexOperator>},
-    {OpId::NumberWord, &MakeOperator<CQMNumberOperator>},
-    {OpId::StringWord, &MakeOperator<CQMStringOperator>},
-    {OpId::BooleanWord, &MakeOperator<CQMBooleanOperator>},
-};
-
-}  // namespace
-
-MakerTable DeclarationOperators() { return kDeclarationOperators; }
 
 }  // namespace qumel
