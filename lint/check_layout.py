@@ -8,7 +8,8 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-FLOORS = {"base": 0, "rules": 1, "storage": 1, "engine": 2, "operators": 3, "language": 3, "context": 4, "api": 5}
+FLOORS = {"base": 0, "rules": 1, "objects": 1, "tables": 2, "values": 3, "language": 3, "engine": 4, "operators": 5,
+          "context": 6, "api": 7}
 PUBLIC_HEADER = "qumel/qumel.h"
 MOST_LINES = {"src/": 450, "cli/": 450, "": 650}  # by the first folder that fits
 FREE_OF_LIMIT = {"include/qumel/qumel.h"}  # one header by design; it is mostly docstrings
@@ -24,7 +25,7 @@ HABITS = [
 ]
 # What the rules above allow: an object of the tree goes when its last user lets go.
 ALLOWED = {
-    ("src/storage/object.cpp", "delete this"),
+    ("src/objects/object.cpp", "delete this"),
 }
 
 

@@ -15,8 +15,8 @@
 #include "engine/operator_context.h"
 #include "language/operator_list.h"
 #include "language/post_fixer.h"
-#include "storage/linked_object.h"
-#include "storage/symbol_table.h"
+#include "objects/linked_object.h"
+#include "tables/symbol_table.h"
 
 namespace qumel {
 

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "context/executor.h"
-#include "engine/datum.h"
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
 #include "language/standard_operators.h"
+#include "values/datum.h"
 
 namespace qumel {
 

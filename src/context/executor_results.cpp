@@ -6,7 +6,7 @@
 #include "base/number_base.h"
 #include "base/number_text.h"
 #include "context/executor.h"
-#include "engine/datum.h"
+#include "values/datum.h"
 
 namespace qumel {
 

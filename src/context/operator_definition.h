@@ -6,7 +6,7 @@
 #include <string>
 
 #include "context/executor.h"
-#include "engine/operator_definition.h"
+#include "language/operator_definition.h"
 
 namespace qumel {
 

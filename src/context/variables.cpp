@@ -6,7 +6,7 @@
 #include <cstring>
 #include <memory>
 
-#include "storage/symbol_table.h"
+#include "tables/symbol_table.h"
 
 namespace qumel {
 

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "context/executor.h"
-#include "engine/datum.h"
+#include "values/datum.h"
 
 namespace qumel {
 

@@ -9,11 +9,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/datum.h"
 #include "engine/operator.h"
 #include "engine/operator_context.h"
-#include "engine/operator_definition.h"
 #include "engine/program.h"
+#include "language/operator_definition.h"
+#include "values/datum.h"
 
 namespace qumel {
 

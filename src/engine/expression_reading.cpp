@@ -3,10 +3,10 @@
 
 #include "base/number_base.h"
 #include "base/number_text.h"
+#include "base/postfix_reader.h"
 #include "engine/expression.h"
 #include "engine/operator_factory.h"
-#include "engine/postfix_reader.h"
-#include "storage/symbol_table.h"
+#include "tables/symbol_table.h"
 
 namespace qumel {
 

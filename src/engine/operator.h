@@ -7,7 +7,7 @@
 
 #include "base/errors.h"
 #include "base/operator_ids.h"
-#include "engine/datum.h"
+#include "values/datum.h"
 
 namespace qumel {
 
@@ -31,8 +31,8 @@ class CQMOperator : public CQMLinkedObject {
   /** Writes the result and moves position (normally by Advance). Returns 0, an error code, or a Status. */
   virtual long DoOperation(long& position) = 0;
   virtual long DoComplexOperation(long& position) { return DoOperation(position); }
-  /** Makes step one that does in real evaluation what DoOperation does, without the operator. False where there is
-   * none for operands like these; then the program calls DoOperation. */
+  /** Makes step one that does in real evaluation what DoOperation does, without the operator. False where
+   * there is none for operands like these; then the program calls DoOperation. */
   virtual bool MakeStep(CQMStepMaker& maker, SQMStep& step);
   virtual long GetOperandsNeeded() = 0;
   virtual long GetOperandsMaximum() { return GetOperandsNeeded(); }

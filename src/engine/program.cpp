@@ -31,9 +31,7 @@ SQMStep const* Refuse(SQMStep const* step, SQMFrame& frame, long status) {
   return nullptr;
 }
 
-SQMStep const* RunNothing(SQMStep const* step, SQMFrame& frame, double) {
-  return GoOn(step + 1, frame, 0.0);
-}
+SQMStep const* RunNothing(SQMStep const* step, SQMFrame& frame, double) { return GoOn(step + 1, frame, 0.0); }
 
 SQMStep const* RefuseCarried(SQMStep const* step, SQMFrame& frame, double carried, long status) {
   NumberAt((step - 1)->result) = carried;

@@ -1,5 +1,5 @@
-// The program of a compiled expression: a flat list of steps, made from its operators and refreshed when storage
-// that it refers to moves or changes its type.
+// The program of a compiled expression: a flat list of steps, made from its operators and refreshed when
+// storage that it refers to moves or changes its type.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +19,8 @@ class CQMOperatorContext;
  * result; that is what tests compare the other form with. */
 enum class EQMJoining : std::uint8_t { None, Carrying };
 
-/** The functions that do one step: storing its result; only handing it on to the next step; and, of comparisons,
- * going on by the outcome. Null where there is none. */
+/** The functions that do one step: storing its result; only handing it on to the next step; and, of
+ * comparisons, going on by the outcome. Null where there is none. */
 struct SQMStepFunctions {
   StepFunction storing = nullptr;
   StepFunction handingOn = nullptr;
@@ -41,8 +41,8 @@ class CQMStepMaker {
 
   void MakeAll();
 
-  /** Whether operand index of op is a number, and where; of a number that the step before computes, Carried if
-   * mayCarry. */
+  /** Whether operand index of op is a number, and where; of a number that the step before computes, Carried
+   * if mayCarry. */
   bool FindNumber(CQMOperator const& op, long index, bool mayCarry, SQMStepOperand& operand);
   /** Whether operand index of op is a boolean, and where. */
   static bool FindBoolean(CQMOperator const& op, long index, std::byte*& address);
@@ -83,8 +83,8 @@ class CQMProgram {
   void Clear();
   std::span<std::unique_ptr<CQMOperator> const> GetOperators() const { return m_operators; }
 
-  /** Runs from position on until the end or a status. Returns the status; position becomes that of the operator
-   * that ended the run, or of the one to go on with. */
+  /** Runs from position on until the end or a status. Returns the status; position becomes that of the
+   * operator that ended the run, or of the one to go on with. */
   long Run(long& position);
 
   /** Makes the steps anew if storage has moved since they were made. */

@@ -1,4 +1,5 @@
-// Resolvers run a compiled expression, each in its way: step by step, with steps joined, or by complex numbers.
+// Resolvers run a compiled expression, each in its way: step by step, with steps joined, or by complex
+// numbers.
 #pragma once
 
 #include <memory>
@@ -14,12 +15,13 @@ class CQMResolver : public CQMLinkedObject {
  public:
   /** How the steps of the program that it runs are joined. */
   virtual EQMJoining GetJoining() const { return EQMJoining::None; }
-  /** Runs from the operator at position on, until the end or until a status ends the run. Returns the status that
-   *  ended it; position is then that of the operator that did, or of the one to go on with. */
+  /** Runs from the operator at position on, until the end or until a status ends the run. Returns the status
+   * that ended it; position is then that of the operator that did, or of the one to go on with. */
   virtual long Resolve(CQMProgram& program, long& position) = 0;
 };
 
-/** One operator after the other, each result stored: what the other way of real evaluation is compared with. */
+/** One operator after the other, each result stored: what the other way of real evaluation is compared with.
+ */
 class CQMRealBaselineResolver final : public CQMResolver {
  public:
   long Resolve(CQMProgram& program, long& position) override;

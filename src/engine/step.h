@@ -1,5 +1,5 @@
-// Steps: what a program consists of. A step is a function with the addresses of its operands and of its result; it
-// ends by running the step that follows.
+// Steps: what a program consists of. A step is a function with the addresses of its operands and of its
+// result; it ends by running the step that follows.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,9 @@
 
 #include "base/errors.h"
 
-// Steps call one another in the place of returning, so that a run needs neither a loop nor a growing stack. Where
-// the compiler does not promise that such calls take no stack, each step returns the one that follows it instead.
+// Steps call one another in the place of returning, so that a run needs neither a loop nor a growing stack.
+// Where the compiler does not promise that such calls take no stack, each step returns the one that follows
+// it instead.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__OPTIMIZE__) || \
     defined(__clang__) || !defined(QUMEL_SIBLING_CALLS)
 #define QUMEL_STEPS_RETURN 1
@@ -89,8 +90,8 @@ inline SQMStep const* GoOn(SQMStep const* next, SQMFrame& frame, double carried)
 #endif
 }
 
-/** Ends the run at step with status, its result 0. What the step before carried over is stored where it would have
- * stored it, for whoever goes on from here. */
+/** Ends the run at step with status, its result 0. What the step before carried over is stored where it would
+ * have stored it, for whoever goes on from here. */
 SQMStep const* Refuse(SQMStep const* step, SQMFrame& frame, long status);
 SQMStep const* RefuseCarried(SQMStep const* step, SQMFrame& frame, double carried, long status);
 

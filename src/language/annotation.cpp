@@ -1,6 +1,6 @@
 // Postfix text laid out one item a line, with the readable token of each item beside it.
 #include "base/number_text.h"
-#include "engine/postfix_reader.h"
+#include "base/postfix_reader.h"
 #include "language/post_fixer.h"
 
 namespace qumel {

@@ -6,7 +6,7 @@
 #include "base/errors.h"
 #include "base/number_text.h"
 #include "base/operator_ids.h"
-#include "engine/postfix_reader.h"
+#include "base/postfix_reader.h"
 
 namespace qumel {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/postfix_reader.h"
+#include "base/postfix_reader.h"
 #include "language/op_info.h"
 #include "language/reading_rules.h"
 

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "base/operator_table.h"
-#include "engine/operator_definition.h"
-#include "storage/linked_object.h"
+#include "language/operator_definition.h"
+#include "objects/linked_object.h"
 
 namespace qumel {
 

@@ -8,7 +8,7 @@
 
 #include "base/errors.h"
 #include "base/number_text.h"
-#include "storage/table.h"
+#include "tables/table.h"
 
 namespace qumel {
 

@@ -8,7 +8,7 @@
 #include "language/op_info.h"
 #include "language/operator_search.h"
 #include "language/reading_rules.h"
-#include "storage/object.h"
+#include "objects/object.h"
 
 namespace qumel {
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "engine/postfix_reader.h"
+#include "base/postfix_reader.h"
 #include "language/operator_search.h"
 #include "language/reading_rules.h"
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "storage/linked_object.h"
+#include "objects/linked_object.h"
 
 namespace qumel {
 

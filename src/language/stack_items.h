@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "storage/linked_object.h"
+#include "objects/linked_object.h"
 
 namespace qumel {
 

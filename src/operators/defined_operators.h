@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "engine/operator.h"
-#include "engine/operator_definition.h"
+#include "language/operator_definition.h"
 
 namespace qumel {
 

@@ -38,13 +38,13 @@ std::unique_ptr<CQMOperator> Make() {
 
 std::unique_ptr<CQMOperator> MakeOperator(long id) {
   switch (id) {
+// clang-format off
 #define QM_OPERATOR(token, name, id, fix, operands, precedence, associates, context, ...) \
-  case id:                                                                                \
-    return Make<__VA_ARGS__>();
+  case id: return Make<__VA_ARGS__>();
 #define QM_LOCAL_OPERATOR QM_OPERATOR
-#define QM_SUBSTITUTE(name, id, ...)   \
-  case id: return Make<__VA_ARGS__>(); \
-      #include "base/operators.inc"
+#define QM_SUBSTITUTE(name, id, ...) case id: return Make<__VA_ARGS__>();
+#include "base/operators.inc"
+    // clang-format on
     default: return MakeFunction(id);
   }
 }

@@ -9,7 +9,7 @@
 #include "engine/expression.h"
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
-#include "storage/symbol_table.h"
+#include "tables/symbol_table.h"
 
 namespace qumel::test {
 

@@ -8,7 +8,7 @@
 
 #include "base/operator_ids.h"
 #include "language/dialect.h"
-#include "storage/table.h"
+#include "tables/table.h"
 
 namespace qumel {
 namespace {

@@ -11,7 +11,7 @@
 #include "engine/operator_context.h"
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
-#include "storage/symbol_table.h"
+#include "tables/symbol_table.h"
 
 namespace qumel::test {
 

@@ -1,0 +1,88 @@
+// The process-wide table behind handles: issues them, and finds the object of one without a lock.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "objects/object.h"
+
+namespace qumel {
+
+class CQMLinkedObject;
+
+/** 0 is never issued. Low 32 bits: list index; high 32 bits: slot in that list. */
+using Handle = unsigned long long;
+
+/** Lists of kSlotsPerList slots, reached through a list of lists. Slots are never reused or moved, and lists
+ * of lists that were outgrown stay until the end, so a lookup needs no lock; issuing and deleting take the
+ * mutex. */
+class CQMHandleList : public CQMObject {
+ public:
+  static constexpr char const* kTypeTag = TypeTag::kHandleList;
+  static constexpr unsigned kSlotsPerList = 1024;
+  static constexpr std::size_t kListsPerGrowth = 128;
+
+  /** Issuing starts in list 1; list 0 stays empty, so that no handle is 0. */
+  CQMHandleList();
+  ~CQMHandleList() override;
+
+  void AcquireHandleList() { m_mutex.lock(); }
+  void ReleaseHandleList() { m_mutex.unlock(); }
+
+  /** The handle now standing for object, or 0 when the lists are full and cannot grow. */
+  Handle AssignHandle(CQMLinkedObject* object);
+  /** Null for a handle that was not issued yet or was deleted. */
+  CQMLinkedObject* GetObjectFromHandle(Handle handle) const {
+    // Slots that were not issued yet are null, so there is nothing to validate but the bounds.
+    std::atomic<CQMLinkedObject*>* const slot = FindSlot(DecodeLeft(handle), DecodeRight(handle));
+    return slot != nullptr ? slot->load(std::memory_order_acquire) : nullptr;
+  }
+  /** From now on handle answers null. False when it does not validate. */
+  bool MarkHandleDeleted(Handle handle);
+
+  static constexpr Handle EncodeHandle(unsigned left, unsigned right) { return Handle{right} << 32 | left; }
+  static constexpr unsigned DecodeLeft(Handle handle) { return static_cast<unsigned>(handle & 0xFFFFFFFFu); }
+  static constexpr unsigned DecodeRight(Handle handle) { return static_cast<unsigned>(handle >> 32); }
+  /** Writes both halves, or 0 to both when they do not validate. */
+  bool DecodeHandle(Handle handle, unsigned& left, unsigned& right) const;
+  /** Whether the slot exists and is not beyond the next one to be issued. */
+  bool ValidateHandle(unsigned left, unsigned right) const;
+  bool ValidateHandle(Handle handle) const { return ValidateHandle(DecodeLeft(handle), DecodeRight(handle)); }
+
+  /** Starts a new list when the current one is full. Always true, also when memory does not suffice. */
+  bool AppendHandleList();
+  /** Makes room for kListsPerGrowth more lists; false, and nothing changed, when memory does not suffice. */
+  bool ExtendHandleListList();
+  std::size_t GetExtensionCount() const { return m_directories.size() - 1; }
+
+ private:
+  struct SQMSlots {
+    std::array<std::atomic<CQMLinkedObject*>, kSlotsPerList> objects{};
+  };
+  struct SQMDirectory {  // a list of lists
+    explicit SQMDirectory(std::size_t size)
+        : capacity(size), lists(std::make_unique<std::atomic<SQMSlots*>[]>(size)) {}
+    std::size_t capacity;
+    std::unique_ptr<std::atomic<SQMSlots*>[]> lists;
+  };
+
+  void AddList();
+  std::atomic<CQMLinkedObject*>* FindSlot(unsigned left, unsigned right) const {
+    SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
+    if (left >= directory.capacity || right >= kSlotsPerList) return nullptr;
+    SQMSlots* const list = directory.lists[left].load(std::memory_order_acquire);
+    return list != nullptr ? &list->objects[right] : nullptr;
+  }
+
+  std::atomic<SQMDirectory*> m_directory{nullptr};  // the newest; what lookups read
+  std::vector<std::unique_ptr<SQMDirectory>> m_directories;
+  std::vector<std::unique_ptr<SQMSlots>> m_lists;  // the last one is the current list
+  unsigned m_nextFreeSlot = 0;
+  mutable std::recursive_mutex m_mutex;  // held by AssignHandle while it appends a list
+};
+
+}  // namespace qumel

@@ -1,0 +1,134 @@
+// A named object that is also a node of an object tree and can be named from outside by a 64-bit handle.
+#pragma once
+
+#include "objects/handle_list.h"
+#include "objects/object.h"
+
+namespace qumel {
+
+class CQMDataSpace;
+
+// The process-wide data space belongs to the floor of the tables, which stands above and defines these.
+/** Throws where there is no memory. */
+CQMDataSpace* MakeDataSpace(char const* directory);
+void UnmakeDataSpace(CQMDataSpace* space);
+
+/** A parent destroys its children. The tree has no lock: each tree is used by one context. The process-wide
+ * handle list and data space exist while any linked object does, whichever threads make and destroy them. */
+class CQMLinkedObject : public CQMObject {
+ public:
+  CQMLinkedObject() {
+    SetTypeTag(TypeTag::kLinkedObject);
+    CountIn();
+  }
+  ~CQMLinkedObject() override {
+    if (m_firstChild != nullptr) LeaveChildren();
+    if (m_list != nullptr) m_list->ReleaseChildObject(this);
+    if (m_handle.load(std::memory_order_relaxed) != 0) DeleteHandle();
+    CountOut();
+  }
+
+  /** Issues the handle at the first call; every call takes a reference. 0, and no reference, when no handle
+   * can be issued. */
+  Handle GetObjectHandle();
+  /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay.
+   */
+  bool ReleaseObjectHandle();
+  /** The handle, if there is one, names nothing from now on. */
+  void DeleteHandle();
+  /** The live object that a handle names, or null. Takes no lock. */
+  static CQMLinkedObject* GetObject(Handle handle);
+
+  void SetParentObject(CQMLinkedObject* parent);
+  CQMLinkedObject* GetParentObject() const { return m_parent; }
+  CQMLinkedObject* GetRootObject();
+  CQMLinkedObject* CacheRootObject();
+  CQMLinkedObject* GetCachedRootObject() const { return m_rootCache; }
+
+  /** Appends child, taking it out of the list that holds it. Does not set its parent. */
+  void AddChildObject(CQMLinkedObject* child);
+  /** Moves the children of from behind the ones here; this object becomes their parent. */
+  void AdoptChildren(CQMLinkedObject* from);
+  /** Hands the children to other; without one they are let go, neither destroyed nor unlinked from each
+   * other. */
+  void ReleaseChildren(CQMLinkedObject* other);
+  /** Unlinks child without destroying it. Its parent link stays; an inner child keeps its own sibling links.
+   */
+  void ReleaseChildObject(CQMLinkedObject* child);
+  void ReleaseSelf();
+  /** Destroys the children, first to last. The child count stays as it was. */
+  void DestroyChildren();
+  void SetDestroyChildren(bool destroy) { m_destroyChildren = destroy; }
+
+  CQMLinkedObject* GetNthChildObject(long n);    // n from 1
+  CQMLinkedObject* GetNthSiblingObject(long n);  // 1 is this object
+  CQMLinkedObject* GetFirstSiblingObject();
+  CQMLinkedObject* GetLastSiblingObject();
+  CQMLinkedObject* GetFirstChildObject() const { return m_firstChild; }
+  CQMLinkedObject* GetLastChildObject();
+  CQMLinkedObject* GetNextObject() const { return m_next; }
+  CQMLinkedObject* GetPreviousObject() const { return m_previous; }
+  long GetChildCount() const { return m_childCount; }
+  /** Counts the children anew, stores the count and returns it. */
+  long UpdateChildCount();
+  void SetPreviousObject(CQMLinkedObject* object) { m_previous = object; }
+  void SetNextObject(CQMLinkedObject* object) { m_next = object; }
+
+  /** Each creates what is not there yet; where memory does not suffice there is none. */
+  static void CreateHandleList();
+  static void DestroyHandleList();
+  static CQMHandleList* GetHandleList() { return sm_pHandleList.load(std::memory_order_acquire); }
+  static void CreateDataSpace(char const* directory);
+  static void DestroyDataSpace();
+  static CQMDataSpace* GetDataSpace() { return sm_pDataSpace.load(std::memory_order_acquire); }
+  /** 0 without a data space. */
+  static long GetDataSpaceSize();
+  /** Moves the contents of the data space out of memory; 0 without one. */
+  static long CacheDataSpace();
+
+ private:
+  // The count of live objects goes from 0 to 1 and back only under a lock, with both process-wide objects
+  // made before and destroyed after; every other step is one atomic operation.
+  static void CountIn() {
+    long count = sm_lQMObjectCount.load(std::memory_order_relaxed);
+    while (count > 0) {
+      if (sm_lQMObjectCount.compare_exchange_weak(count, count + 1, std::memory_order_acquire)) return;
+    }
+    CountInFirst();
+  }
+  static void CountOut() {
+    long count = sm_lQMObjectCount.load(std::memory_order_relaxed);
+    while (count > 1) {
+      if (sm_lQMObjectCount.compare_exchange_weak(count, count - 1, std::memory_order_release)) return;
+    }
+    CountOutLast();
+  }
+  static void CountInFirst();
+  static void CountOutLast();
+  void LeaveChildren();
+  void Unlink(CQMLinkedObject* child);
+
+  static std::atomic<CQMHandleList*> sm_pHandleList;
+  static std::atomic<CQMDataSpace*> sm_pDataSpace;
+
+  bool m_destroyChildren = true;
+  long m_childCount = 0;
+  std::atomic<Handle> m_handle{0};          // several threads may ask a shared context for its handle
+  std::atomic<long> m_handleReferences{0};  // those that ReleaseObjectHandle may give back
+  CQMLinkedObject* m_rootCache = nullptr;
+  CQMLinkedObject* m_parent = nullptr;
+  CQMLinkedObject* m_list = nullptr;  // whose child list holds this object; not always its parent
+  CQMLinkedObject* m_firstChild = nullptr;
+  CQMLinkedObject* m_lastChild = nullptr;
+  CQMLinkedObject* m_previous = nullptr;
+  CQMLinkedObject* m_next = nullptr;
+};
+
+/** The object behind a handle when it carries the tag of Class (Class::kTypeTag), else null. */
+template <class Class>
+Class* ObjectFromHandle(Handle handle) {
+  CQMLinkedObject* object = CQMLinkedObject::GetObject(handle);
+  return object != nullptr && object->HasTypeTag(Class::kTypeTag) ? static_cast<Class*>(object) : nullptr;
+}
+
+}  // namespace qumel

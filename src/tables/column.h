@@ -1,0 +1,155 @@
+// A typed column of values, each of which can be read, parsed, formatted and compared by the column's type.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/data_type.h"
+#include "objects/linked_object.h"
+#include "tables/data_space_region.h"
+
+namespace qumel {
+
+class CQMDataSpace;
+struct SQMColumnType;
+
+/** Result codes of columns and tables. */
+namespace TableResult {
+enum EQMTableResult : long {
+  Done = 0,
+  OutOfMemory = -1,
+  RowOutOfRange = -2,
+  NameNotFound = -3,
+  KeyNotFound = -4,  // or no further equal row
+};
+}  // namespace TableResult
+
+/** Names of columns are kept in small letters, whatever the locale. */
+constexpr char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+/** What a text set into a column does with the text that is there. */
+enum class EQMTextMode : int { Prepend = -1, Replace = 0, Append = 1 };
+
+/** One atom a value; rows of a column count from 1. A value handed in or out by address is the atom's own
+ * form, except that both text types hand out and take NUL-terminated text. An address handed out holds until
+ * the value changes (in a file-backed data space: until the next operation). A char const* is a text in the
+ * column's text form. */
+class CQMColumn : public CQMLinkedObject {
+ public:
+  static constexpr char const* kTypeTag = TypeTag::kColumn;
+
+  /** Without storage: every append fails. */
+  CQMColumn();
+  /** space as CQMDataSpaceRegion takes it. */
+  CQMColumn(char const* name, EQMDataType type, long declaredLength = 0, CQMDataSpace* space = nullptr);
+  ~CQMColumn() override;
+
+  /** Sets the name (in lower case), type and display width; returns the atom size. Values already there are
+   * dropped when they would not fit the new type. */
+  long SetColumnAttributes(char const* name, EQMDataType type, long declaredLength);
+
+  /** Appends a value of zeros. 0 or OutOfMemory, as all forms. */
+  long AppendValue();
+  /** Appends a copy; null appends zeros. A text too long for a fixed-text column is cut. */
+  long AppendValue(void const* value);
+  /** Parses and appends; null appends zeros. */
+  long AppendValue(char const* text);
+
+  /** mode counts for texts only. A text that does not fit a fixed-text column is dropped without a word. Null
+   * clears the value (mode Replace). */
+  long SetColumnValue(long row, void const* value, EQMTextMode mode = EQMTextMode::Replace);
+  long SetColumnValue(long row, char const* text, EQMTextMode mode = EQMTextMode::Replace);
+
+  /** The value, or null for an invalid row. A text that was never set is given as an empty one. */
+  void const* GetColumnValue(long row);
+  /** Copies the value (of texts, the characters and the NUL) and returns its bytes; 0 for null or an invalid
+   * row. */
+  long GetColumnValue(long row, void* destination);
+  /** The atom itself, or null. */
+  std::byte* GetColumnValueLocation(long row) const { return m_region ? m_region->GetAtomPtr(row) : nullptr; }
+  /** The value as text; empty for an invalid row or a type without text form. */
+  std::string GetFormatedColumnValue(long row) const;
+  /** The same into buffer; 0. */
+  long GetColumnValueString(long row, std::string& buffer) const;
+  /** Appends the text; 1 for an invalid row, else 0. */
+  long AppendFormattedColumnValue(long row, std::string* destination) const;
+  long DeleteValue(long row);
+
+  /** text in the column's own form: an atom, or for texts a NUL-terminated copy. Null without memory or text.
+   */
+  std::unique_ptr<std::byte[]> ConvertStringToLocalDataType(char const* text) const;
+
+  /** Where values move in memory, puts a copy in the place of a value or text handed in: it may itself be a
+   * value that the next look for another takes away. False without memory. */
+  bool HoldStill(void const*& value, std::unique_ptr<std::byte[]>& copy) const;
+  bool HoldStill(char const*& text, std::unique_ptr<std::byte[]>& copy) const;
+
+  /** 1, 0 or -1 as key is greater than, equal to or less than the value. An invalid row, or one marked
+   * incomparable, gives 1. */
+  int CompareValue(void const* key, long row) const;
+  int CompareValue(long rowA, long rowB) const;
+  /** -1 below the range, 0 inside, 1 above. The names tell which bounds are inside. An invalid row, or one
+   * marked incomparable, gives -1. */
+  int CompareRangeBothIn(void const* min, void const* max, long row) const;
+  int CompareRangeBothOut(void const* min, void const* max, long row) const;
+  int CompareRangeMinIn(void const* min, void const* max, long row) const;
+  int CompareRangeMaxIn(void const* min, void const* max, long row) const;
+
+  /** Each empties the column and fills it anew: with 1..count (or count..1), zeros, or copies of a value. */
+  long InflateIndex(long count, bool descending);
+  long InflateColumn(long count);
+  long InflateColumn(long count, void const* value);
+  long InflateColumn(long count, char const* text);
+
+  long GetAtomsInColumn() const { return m_region ? m_region->GetAtomCount() : 0; }
+  long GetBytesInColumn() const { return m_region ? m_region->GetBytesUsed() : 0; }
+  /** Writes "NAME.txt", or "column_NUMBER.txt" for null, into the working folder. A file that cannot be
+   * opened is not written. */
+  void DumpColumn(char const* name) const;
+
+  EQMDataType GetType() const { return m_type; }
+  long GetDisplayWidth() const { return m_displayWidth; }
+  CQMDataSpaceRegion* GetRegion() const { return m_region.get(); }
+  /** Changes with every append, set and delete of a value. */
+  std::uint32_t GetChangeCount() const { return m_changeCount; }
+  void CountChange() { ++m_changeCount; }
+  CQMColumn* GetNextColumn() const { return static_cast<CQMColumn*>(GetNextObject()); }
+
+ private:
+  bool HasHeapTexts() const { return m_type == EQMDataType::Text; }
+  bool HasFixedTexts() const { return m_type == EQMDataType::String; }
+  bool IsValid(long row) const { return m_region && m_region->ValidateItemNumber(row); }
+  void MakeRegion(long atomSize);
+  long Empty();
+  /** Appends an atom of zeros and returns its number, or 0. */
+  long AppendAtom();
+  long AppendAtoms(long count);
+  template <class Use>
+  long WithParsed(char const* text, Use use) const;
+  long SetFixedText(long row, std::string_view text, EQMTextMode mode);
+  long SetHeapText(long row, std::string_view text, EQMTextMode mode);
+  long SetAtom(long row, void const* value);
+  /** What text forms and comparisons read: the atom, or the text (null when never set). Null for an invalid
+   * row. */
+  void const* Operand(long row) const;
+  bool IsComparable(long row) const;
+  std::size_t ValueSize(void const* value) const;
+  std::unique_ptr<std::byte[]> CopyOf(void const* value) const;
+  /** As CompareValue, with a key that stays where it is. */
+  int CompareHeld(void const* key, long row) const;
+  int CompareRange(void const* min, bool minIsIn, void const* max, bool maxIsIn, long row) const;
+
+  EQMDataType m_type;
+  SQMColumnType const* m_rules;
+  long m_displayWidth;
+  std::unique_ptr<CQMDataSpaceRegion> m_region;
+  CQMDataSpace* m_space;
+  std::vector<std::unique_ptr<char[]>> m_heapTexts;  // owner of what the atoms of a Text column point to
+  std::uint32_t m_changeCount = 0;
+};
+
+}  // namespace qumel

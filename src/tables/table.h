@@ -1,0 +1,232 @@
+// A relational table in memory: typed columns, rows, a current row, and sorted indexes that are kept lazily.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "objects/object.h"
+#include "tables/column.h"
+
+namespace qumel {
+
+/** A column by position (from 1) or by name (any case, a prefix up to the first '.' is dropped). */
+class SQMColumnKey {
+ public:
+  SQMColumnKey(int position) : m_position(position) {}
+  SQMColumnKey(long position) : m_position(position) {}
+  SQMColumnKey(char const* name) : m_name(name != nullptr ? name : ""), m_isName(true) {}
+
+  bool IsName() const { return m_isName; }
+  long Position() const { return m_position; }
+  std::string_view Name() const { return m_name; }
+
+ private:
+  long m_position = 0;
+  std::string_view m_name;
+  bool m_isName = false;
+};
+
+/** The values looked for: one address for each key column of the current index, in key order. */
+struct SQMKeyValues : std::span<void const* const> {
+  using std::span<void const* const>::span;
+  SQMKeyValues(std::initializer_list<void const*> keys) : span(keys.begin(), keys.size()) {}
+  SQMKeyValues(std::span<void const* const> keys) : span(keys) {}
+};
+
+namespace SortDirection {
+constexpr char kAscending = 'A', kDescending = 'D';
+}
+
+/** A key column of an index and its direction. */
+struct SQMIndexKey {
+  char const* column;
+  char direction = SortDirection::kAscending;
+};
+
+/** An index: positions in sort order, each holding a logical row number. */
+struct SQMTableIndex {
+  static constexpr long kLongestName = 63;
+  struct SQMKey {
+    CQMColumn* column;
+    char direction;
+    std::uint32_t seenChanges;  // the column's change counter at the last update
+  };
+  std::string name;
+  std::vector<SQMKey> keys;
+  std::unique_ptr<CQMColumn> rows;
+  long seenRowCount = -1;  // at the last update; a new index is stale
+  std::uint32_t seenChangeCount = 0;
+};
+
+/** Every value is addressed by column and row. A row number counts in the order of the current index (the row
+ * map gives the order of the rows themselves); 0 stands for the current row, and a row that is given becomes
+ * the current one. Results are those of TableResult, or as told. Indexes are sorted by keyed lookups only,
+ * when rows have come or gone and the key columns have changed since; a key value set since the last lookup
+ * does not alone make an index stale. A table belongs to one thread at a time; const operations may run in
+ * any number of threads meanwhile none changes the table. */
+class CQMTable : public CQMObject {
+ public:
+  static constexpr long kIndexSlots = 32;  // the row map's included
+  static constexpr char const* kRowMapName = "*ROW_MAP";
+
+  /** space holds the values: null is the library's shared data space. */
+  explicit CQMTable(long owner = 0, CQMDataSpace* space = nullptr);
+  ~CQMTable() override;
+
+  // Columns.
+  long AppendColumn(std::unique_ptr<CQMColumn> column);
+  long AppendColumn(char const* name, EQMDataType type, long declaredLength = 0);
+  CQMColumn* GetColumn(SQMColumnKey column) const;
+  long GetColumnNumber(char const* name) const;
+  char const* GetColumnName(long position) const;
+  /** Indexes that sort by the column go with it. */
+  long DeleteColumn(SQMColumnKey column);
+  /** Unlinks the column and hands it over; null when there is none. */
+  std::unique_ptr<CQMColumn> ExtractColumn(SQMColumnKey column);
+  /** Gives every row the same value. */
+  long InitializeColumn(SQMColumnKey column, char const* text);
+  long InitializeColumn(SQMColumnKey column, void const* value);
+  /** Done when the column exists, else NameNotFound. */
+  long VerifyColumn(SQMColumnKey column) const;
+  long GetColumnCount() const { return static_cast<long>(m_columns.size()); }
+  /** The bytes of all values. */
+  long GetTableSize() const;
+
+  // Rows.
+  /** Returns the new row's physical slot, or OutOfMemory. Makes the row map current. */
+  long AppendRow();
+  /** Inserts before row, which must exist. Makes the row map current. */
+  long InsertRow(long row);
+  long DeleteRow() { return DeleteRowByRowNumber(0); }
+  long DeleteRowByRowNumber(long row);
+  long DeleteRowByKey(SQMKeyValues keys);
+  long GetRowCount() const { return m_rowCount; }
+
+  // The current row; these return its number, 0 when there is none.
+  long ResetCurrentRow();
+  long GetFirstRow() { return ResetCurrentRow(); }
+  long GetNextRow();
+  long GetPreviousRow();
+  long GetLastRow();
+  long GetCurrentRow() const { return m_currentRow; }
+  long SetCurrentRowByNumber(long row);
+  /** The first row in index order with these keys, or KeyNotFound. */
+  long SetCurrentRowByKey(SQMKeyValues keys) { return GetRowNumberByKey(keys); }
+  long GetRowNumberByKey(SQMKeyValues keys);
+  /** The row after the current one when its keys are the same, else KeyNotFound. */
+  long GetNextEqualRow();
+  /** Leaves no current row. */
+  long GetEqualRowCount(SQMKeyValues keys);
+
+  // Physical slots: the row numbers of the columns.
+  /** The slot of a row number in the order of the current index; 0 when there is none. */
+  long GetColumnRowNumber(long row) const;
+  /** The logical row that lives in slot, in the row map's order; 0 when there is none. */
+  long FindRowOfSlot(long slot) const;
+
+  // Values: null or a result code when the column, row or key is not found.
+  void const* GetValue(SQMColumnKey column) { return GetValueByRowNumber(column, 0); }
+  void const* GetValueByRowNumber(SQMColumnKey column, long row);
+  void const* GetValueByKey(SQMColumnKey column, SQMKeyValues keys);
+  long GetFormattedValue(SQMColumnKey column, std::string& buffer) {
+    return GetFormattedValueByRowNumber(column, buffer, 0);
+  }
+  long GetFormattedValueByRowNumber(SQMColumnKey column, std::string& buffer, long row);
+  long GetFormattedValueByKey(SQMColumnKey column, std::string& buffer, SQMKeyValues keys);
+  /** Value is char const* (text to parse) or void const* (a value in the column's form). */
+  template <class Value>
+  long SetValue(SQMColumnKey column, Value const* value) {
+    return SetValueByRowNumber(column, value, 0);
+  }
+  long SetValueByRowNumber(SQMColumnKey column, char const* text, long row);
+  long SetValueByRowNumber(SQMColumnKey column, void const* value, long row);
+  long SetValueByKey(SQMColumnKey column, char const* text, SQMKeyValues keys);
+  long SetValueByKey(SQMColumnKey column, void const* value, SQMKeyValues keys);
+
+  // Indexes.
+  /** Defines or replaces an index. OutOfMemory without a free slot; NameNotFound for an unknown column, or
+   * for a name that is empty, the row map's or longer than SQMTableIndex::kLongestName. */
+  long DefineIndex(char const* name, std::span<SQMIndexKey const> keys);
+  long DefineIndex(char const* name, std::initializer_list<SQMIndexKey> keys) {
+    return DefineIndex(name, std::span(keys.begin(), keys.size()));
+  }
+  /** Null or empty selects the row map. */
+  long SelectIndex(char const* name);
+  void SwitchIndex(long number);
+  /** The row map cannot be deleted. */
+  long DeleteIndex(char const* name);
+  long UpdateIndex();
+  bool IndexIsStale() const;
+  /** Sorts the current index's column as it stands. */
+  long SortTable();
+  long GetIndexCount() const { return m_indexCount; }
+  long GetCurrentIndex() const { return m_currentIndex; }
+  /** How many rows a keyed lookup looks at before it gives up. */
+  long GetProbeLimit() const;
+
+  /** Writes "table_NUMBER_DUMP_LABEL.txt", or without the label for null, into the working folder: every
+   * physical slot, deleted rows included. A file that cannot be opened is not written. */
+  void DumpTable(char const* label) const;
+
+  long GetOwner() const { return m_owner; }
+
+ private:
+  static std::atomic<long> sm_lDumpID;  // of the next dump of any table
+
+  using Columns = std::vector<std::unique_ptr<CQMColumn>>;
+
+  Columns::const_iterator Locate(SQMColumnKey key) const;
+  void LinkColumns();
+  template <class Value>
+  long InitializeColumnWith(SQMColumnKey key, Value value);
+  long DefineRowMap();
+  SQMTableIndex const& CurrentIndex() const { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
+  SQMTableIndex& CurrentIndex() { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
+  CQMColumn* RowMap() const { return m_indexes[0] != nullptr ? m_indexes[0]->rows.get() : nullptr; }
+  long LogicalRow(long position) const;
+  long SlotOfLogicalRow(long row) const;
+  bool SetSlotOfLogicalRow(long row, long slot);
+  long AppendAtoms(long slot);
+  /** Makes a row at a row number, which may be one beyond the last; its slot, or 0 without memory. */
+  long TakeSlot(long row);
+  /** Makes row current (0: the current row stays) and returns its slot, or 0 for none. */
+  long UseRow(long row);
+  template <class Action>
+  long AtRow(SQMColumnKey column, long row, Action action);
+  template <class Action>
+  long AtKey(SQMKeyValues keys, Action action);
+  template <class Value>
+  long SetHeldValue(SQMColumnKey column, Value const* value, long row);
+  template <class Value>
+  long SetHeldValueByKey(SQMColumnKey column, Value const* value, SQMKeyValues keys);
+  struct SQMHeldKeys {
+    std::vector<std::unique_ptr<std::byte[]>> copies;
+    std::vector<void const*> addresses;
+  };
+  bool HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const;
+  long FindIndex(std::string_view name) const;
+  void DropIndex(long number);
+  int CompareKeys(SQMKeyValues keys, long position) const;
+  bool HasEqualKeys(long positionA, long positionB) const;
+
+  long m_owner;
+  CQMDataSpace* m_space;
+  Columns m_columns;
+  long m_rowCount = 0;
+  long m_currentRow = 0;
+  std::int32_t m_nextSerial = 1;  // the physical slot of the next row
+  std::uint32_t m_changeCount = 0;
+  bool m_rowMapAscends = true;  // slots in the row map grow with the row
+  std::array<std::unique_ptr<SQMTableIndex>, kIndexSlots> m_indexes;
+  long m_indexCount = 0;
+  long m_currentIndex = 0;
+};
+
+}  // namespace qumel

@@ -1,0 +1,137 @@
+// The columns of a table, and its life.
+#include <algorithm>
+#include <new>
+
+#include "tables/table.h"
+
+namespace qumel {
+
+namespace {
+
+/** What a name in any case, perhaps qualified, says of a column. */
+bool NamesColumn(std::string_view name, CQMColumn const& column) {
+  name.remove_prefix(name.find('.') + 1);  // nothing where there is no '.'
+  return std::equal(name.begin(), name.end(), column.Name().begin(), column.Name().end(),
+                    [](char given, char kept) { return ToLower(given) == kept; });
+}
+
+}  // namespace
+
+CQMTable::CQMTable(long owner, CQMDataSpace* space) : m_owner(owner), m_space(space) {
+  SetTypeTag(TypeTag::kTable);
+  DefineRowMap();
+}
+
+CQMTable::~CQMTable() = default;
+
+// ---- finding ----
+
+CQMTable::Columns::const_iterator CQMTable::Locate(SQMColumnKey key) const {
+  if (!key.IsName()) {
+    bool const exists = key.Position() >= 1 && key.Position() <= GetColumnCount();
+    return exists ? m_columns.begin() + (key.Position() - 1) : m_columns.end();
+  }
+  if (key.Name().empty()) return m_columns.end();
+  return std::find_if(m_columns.begin(), m_columns.end(),
+                      [name = key.Name()](auto const& column) { return NamesColumn(name, *column); });
+}
+
+CQMColumn* CQMTable::GetColumn(SQMColumnKey column) const {
+  auto const found = Locate(column);
+  return found != m_columns.end() ? found->get() : nullptr;
+}
+
+long CQMTable::GetColumnNumber(char const* name) const {
+  auto const found = Locate(name);
+  return found != m_columns.end() ? static_cast<long>(found - m_columns.begin()) + 1
+                                  : TableResult::NameNotFound;
+}
+
+char const* CQMTable::GetColumnName(long position) const {
+  CQMColumn* const column = GetColumn(position);
+  return column != nullptr ? column->GetObjectName() : nullptr;
+}
+
+long CQMTable::VerifyColumn(SQMColumnKey column) const {
+  return GetColumn(column) != nullptr ? TableResult::Done : TableResult::NameNotFound;
+}
+
+long CQMTable::GetTableSize() const {
+  long size = 0;
+  for (auto const& column : m_columns) size += column->GetBytesInColumn();
+  return size;
+}
+
+// ---- adding and removing ----
+
+long CQMTable::AppendColumn(std::unique_ptr<CQMColumn> column) {
+  if (column == nullptr) return TableResult::OutOfMemory;
+  try {
+    m_columns.push_back(std::move(column));
+  } catch (std::bad_alloc const&) {
+    return TableResult::OutOfMemory;
+  }
+  LinkColumns();
+  return TableResult::Done;
+}
+
+long CQMTable::AppendColumn(char const* name, EQMDataType type, long declaredLength) {
+  try {
+    return AppendColumn(std::make_unique<CQMColumn>(name, type, declaredLength, m_space));
+  } catch (std::bad_alloc const&) {
+    return TableResult::OutOfMemory;
+  }
+}
+
+/** The sibling links of the columns follow their order. */
+void CQMTable::LinkColumns() {
+  CQMColumn* previous = nullptr;
+  for (auto const& column : m_columns) {
+    column->SetPreviousObject(previous);
+    column->SetNextObject(nullptr);
+    if (previous != nullptr) previous->SetNextObject(column.get());
+    previous = column.get();
+  }
+}
+
+long CQMTable::DeleteColumn(SQMColumnKey column) {
+  return ExtractColumn(column) != nullptr ? TableResult::Done : TableResult::NameNotFound;
+}
+
+std::unique_ptr<CQMColumn> CQMTable::ExtractColumn(SQMColumnKey column) {
+  auto const found = Locate(column);
+  if (found == m_columns.end()) return nullptr;
+  auto const place = m_columns.begin() + (found - m_columns.cbegin());
+  std::unique_ptr<CQMColumn> extracted = std::move(*place);
+  m_columns.erase(place);
+  LinkColumns();
+  extracted->SetPreviousObject(nullptr);
+  extracted->SetNextObject(nullptr);
+  for (long i = 1; i < kIndexSlots; ++i) {
+    if (m_indexes[static_cast<std::size_t>(i)] == nullptr) continue;
+    auto const& keys = m_indexes[static_cast<std::size_t>(i)]->keys;
+    bool const usesIt = std::any_of(keys.begin(), keys.end(),
+                                    [&extracted](auto const& key) { return key.column == extracted.get(); });
+    if (usesIt) DropIndex(i);
+  }
+  return extracted;
+}
+
+// ---- filling ----
+
+template <class Value>
+long CQMTable::InitializeColumnWith(SQMColumnKey key, Value value) {
+  CQMColumn* const column = GetColumn(key);
+  if (column == nullptr) return TableResult::NameNotFound;
+  return column->InflateColumn(m_nextSerial - 1,
+                               value);  // slots of deleted rows too, to keep the others in step
+}
+
+long CQMTable::InitializeColumn(SQMColumnKey column, char const* text) {
+  return InitializeColumnWith(column, text);
+}
+long CQMTable::InitializeColumn(SQMColumnKey column, void const* value) {
+  return InitializeColumnWith(column, value);
+}
+
+}  // namespace qumel

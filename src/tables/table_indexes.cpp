@@ -1,0 +1,252 @@
+// The indexes of a table: defining, sorting, and finding rows by their keys.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+#include "tables/table.h"
+
+namespace qumel {
+
+// ---- defining and selecting ----
+
+long CQMTable::DefineRowMap() {
+  try {
+    auto map = std::make_unique<SQMTableIndex>();
+    map->name = kRowMapName;
+    map->rows = std::make_unique<CQMColumn>(kRowMapName, EQMDataType::RowNumber, 0, m_space);
+    m_indexes[0] = std::move(map);
+  } catch (std::bad_alloc const&) {
+    return TableResult::NameNotFound;
+  }
+  m_indexCount = 1;
+  return TableResult::Done;
+}
+
+long CQMTable::FindIndex(std::string_view name) const {
+  auto const found = std::find_if(m_indexes.begin(), m_indexes.end(), [name](auto const& index) {
+    return index != nullptr && index->name == name;
+  });
+  return found != m_indexes.end() ? static_cast<long>(found - m_indexes.begin()) : TableResult::NameNotFound;
+}
+
+long CQMTable::DefineIndex(char const* name, std::span<SQMIndexKey const> keys) {
+  std::string_view const wanted = name != nullptr ? name : "";
+  if (wanted.empty() || wanted.size() > SQMTableIndex::kLongestName || wanted == kRowMapName)
+    return TableResult::NameNotFound;
+  long number = FindIndex(wanted);
+  bool const isNew = number < 0;
+  if (isNew) {
+    auto const end = m_indexes.end();
+    auto const empty = std::find(m_indexes.begin() + 1, end, nullptr);
+    if (empty == end) return TableResult::OutOfMemory;
+    number = static_cast<long>(empty - m_indexes.begin());
+  }
+  try {
+    auto index = std::make_unique<SQMTableIndex>();
+    index->name = wanted;
+    for (auto const& [columnName, direction] : keys) {
+      CQMColumn* const column = GetColumn(columnName);
+      if (column == nullptr) return TableResult::NameNotFound;
+      index->keys.push_back({column, direction, column->GetChangeCount()});
+    }
+    index->rows = std::make_unique<CQMColumn>(name, EQMDataType::RowNumber, 0, m_space);
+    m_indexes[static_cast<std::size_t>(number)] = std::move(index);
+  } catch (std::bad_alloc const&) {
+    return TableResult::OutOfMemory;
+  }
+  if (isNew) ++m_indexCount;
+  else m_currentIndex = number;
+  return TableResult::Done;
+}
+
+long CQMTable::SelectIndex(char const* name) {
+  long const number = name != nullptr && *name != '\0' ? FindIndex(name) : 0;
+  if (number < 0) return number;
+  SwitchIndex(number);
+  return TableResult::Done;
+}
+
+void CQMTable::SwitchIndex(long number) {
+  if (number >= 0 && number < kIndexSlots && m_indexes[static_cast<std::size_t>(number)] != nullptr)
+    m_currentIndex = number;
+}
+
+long CQMTable::DeleteIndex(char const* name) {
+  long const number = name != nullptr ? FindIndex(name) : TableResult::NameNotFound;
+  if (number < 1) return TableResult::NameNotFound;
+  DropIndex(number);
+  return TableResult::Done;
+}
+
+void CQMTable::DropIndex(long number) {
+  if (m_currentIndex == number) m_currentIndex = 0;
+  m_indexes[static_cast<std::size_t>(number)].reset();
+  --m_indexCount;
+}
+
+// ---- sorting ----
+
+bool CQMTable::IndexIsStale() const {
+  if (m_currentIndex == 0) return false;
+  SQMTableIndex const& index = CurrentIndex();
+  if (index.seenRowCount != m_rowCount) return true;
+  if (index.seenChangeCount == m_changeCount) return false;
+  return std::any_of(index.keys.begin(), index.keys.end(),
+                     [](auto const& key) { return key.column->GetChangeCount() != key.seenChanges; });
+}
+
+long CQMTable::UpdateIndex() {
+  if (m_currentIndex == 0) return TableResult::Done;
+  SQMTableIndex& index = CurrentIndex();
+  index.seenRowCount = m_rowCount;
+  index.seenChangeCount = m_changeCount;
+  for (auto& key : index.keys) key.seenChanges = key.column->GetChangeCount();
+  long result = index.rows->InflateIndex(m_rowCount, false);
+  if (result == TableResult::Done && !index.keys.empty()) result = SortTable();
+  if (result != TableResult::Done) index.seenRowCount = -1;  // the next lookup tries again
+  return result;
+}
+
+long CQMTable::SortTable() {
+  if (m_currentIndex == 0) return TableResult::Done;
+  SQMTableIndex& index = CurrentIndex();
+  struct SQMEntry {
+    std::int32_t row;
+    long slot;
+  };
+  long const count = std::min(index.rows->GetAtomsInColumn(), m_rowCount);
+  std::vector<SQMEntry> entries;
+  try {
+    entries.reserve(static_cast<std::size_t>(count));
+  } catch (std::bad_alloc const&) {
+    return TableResult::OutOfMemory;
+  }
+  for (long position = 1; position <= count; ++position) {
+    long const row = LogicalRow(position);
+    entries.push_back({static_cast<std::int32_t>(row), SlotOfLogicalRow(row)});
+  }
+
+  auto const comesFirst = [&index](SQMEntry const& a, SQMEntry const& b) {
+    for (auto const& key : index.keys) {
+      int const order = key.column->CompareValue(a.slot, b.slot);
+      if (order != 0) return key.direction == SortDirection::kDescending ? order > 0 : order < 0;
+    }
+    return a.row < b.row;
+  };
+  // A Shell sort: values that cannot be ordered (NaN) leave it with some order, where others would go astray.
+  constexpr std::int64_t kStep = 3;
+  std::int64_t gap = 1;
+  while (gap <= count) gap = kStep * gap + 1;
+  while (gap > 1) {
+    gap /= kStep;
+    auto const distance = static_cast<std::size_t>(gap);
+    for (std::size_t i = distance; i < entries.size(); ++i) {
+      SQMEntry const moved = entries[i];
+      std::size_t place = i;
+      for (; place >= distance && comesFirst(moved, entries[place - distance]); place -= distance)
+        entries[place] = entries[place - distance];
+      entries[place] = moved;
+    }
+  }
+
+  for (long position = 1; position <= count; ++position)
+    index.rows->SetColumnValue(
+        position, static_cast<void const*>(&entries[static_cast<std::size_t>(position - 1)].row));
+  return TableResult::Done;
+}
+
+// ---- looking up ----
+
+long CQMTable::GetProbeLimit() const {
+  // The quotient mixes the natural with the decimal logarithm; lookups depend on the limit it gives.
+  constexpr double kLog10Of2 = 0.301029995664;
+  return m_rowCount > 0 ? static_cast<long>(std::log(static_cast<double>(m_rowCount)) / kLog10Of2 + 1.0) : 0;
+}
+
+/** Above 0 when the keys come behind the row at position, 0 when they are its keys. */
+int CQMTable::CompareKeys(SQMKeyValues keys, long position) const {
+  long const slot = GetColumnRowNumber(position);
+  auto value = keys.begin();
+  for (auto const& key : CurrentIndex().keys) {
+    int const order = key.column->CompareValue(*value++, slot);
+    if (order != 0) return key.direction == SortDirection::kDescending ? -order : order;
+  }
+  return 0;
+}
+
+/** Where values move in memory, puts copies in the place of the keys, which may be such values. False without
+ * memory. */
+bool CQMTable::HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const {
+  auto const& indexKeys = CurrentIndex().keys;
+  bool const areMoving = std::any_of(indexKeys.begin(), indexKeys.end(), [](auto const& key) {
+    CQMDataSpaceRegion const* const region = key.column->GetRegion();
+    return region != nullptr && region->IsMovable();
+  });
+  if (!areMoving) return true;
+  try {
+    for (std::size_t i = 0; i < indexKeys.size(); ++i) {
+      held.addresses.push_back(keys[i]);
+      if (!indexKeys[i].column->HoldStill(held.addresses[i], held.copies.emplace_back())) return false;
+    }
+  } catch (std::bad_alloc const&) {
+    return false;
+  }
+  keys = std::span<void const* const>(held.addresses);
+  return true;
+}
+
+long CQMTable::GetRowNumberByKey(SQMKeyValues keys) {
+  m_currentRow = 0;
+  if (RowMap() == nullptr || keys.size() < CurrentIndex().keys.size()) return TableResult::KeyNotFound;
+  SQMHeldKeys held;
+  if (!HoldStill(keys, held)) return TableResult::OutOfMemory;
+  if (IndexIsStale()) {
+    if (long const result = UpdateIndex(); result != TableResult::Done) return result;
+  }
+  long low = 1;
+  long high = m_rowCount;
+  long position = std::max((m_rowCount + 1) / 2, 1L);
+  bool isLast = false;
+  for (long probes = GetProbeLimit(); probes > 0; --probes) {
+    int const order = CompareKeys(keys, position);
+    if (order == 0) {
+      while (position > 1 && CompareKeys(keys, position - 1) == 0) --position;
+      return m_currentRow = position;
+    }
+    if (isLast) break;
+    (order < 0 ? high : low) = position;
+    long next = std::max((low + high) / 2, 1L);
+    if (next == position && position < m_rowCount) {
+      next = position + 1;
+      isLast = true;
+    }
+    position = next;
+  }
+  return TableResult::KeyNotFound;
+}
+
+bool CQMTable::HasEqualKeys(long positionA, long positionB) const {
+  long const slotA = GetColumnRowNumber(positionA);
+  long const slotB = GetColumnRowNumber(positionB);
+  auto const& keys = CurrentIndex().keys;
+  return std::all_of(keys.begin(), keys.end(),
+                     [=](auto const& key) { return key.column->CompareValue(slotA, slotB) == 0; });
+}
+
+long CQMTable::GetNextEqualRow() {
+  if (m_currentRow < 1 || m_currentRow >= m_rowCount) return TableResult::KeyNotFound;
+  if (HasEqualKeys(m_currentRow, m_currentRow + 1)) return ++m_currentRow;
+  m_currentRow = 0;
+  return TableResult::KeyNotFound;
+}
+
+long CQMTable::GetEqualRowCount(SQMKeyValues keys) {
+  if (GetRowNumberByKey(keys) < 1) return 0;
+  long count = 1;
+  while (GetNextEqualRow() > 0) ++count;
+  m_currentRow = 0;
+  return count;
+}
+
+}  // namespace qumel

@@ -1,0 +1,144 @@
+// Types and storage of datums: what each type records, where the elements lie, promotion to complex.
+#include "values/datum.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace qumel {
+
+constinit std::atomic<std::uint32_t> CQMDatum::sm_storageEpoch{0};
+
+CQMDatum::CQMDatum() : m_current(m_inline) { SetTypeTag(kTypeTag); }
+
+CQMDatum::CQMDatum(EQMDataType type, char const* name) : CQMDatum() {
+  if (name != nullptr) SetObjectName(name);
+  SetDatumType(type);
+}
+
+// ---- storage ----
+
+// False when there is no memory for so much: then the datum is as it was.
+bool CQMDatum::StoreElements(std::int64_t count, std::int32_t elementSize) {
+  if (elementSize > 0 && count > kMaximumArrayBytes / elementSize) return false;
+  auto const bytes = static_cast<std::size_t>(count) * static_cast<std::size_t>(elementSize);
+  std::unique_ptr<std::byte[]> storage;
+  if (bytes > kInlineBytes) {
+    try {
+      storage = std::make_unique<std::byte[]>(bytes + kReadMargin);
+    } catch (std::bad_alloc const&) {
+      return false;
+    }
+  }
+  std::fill(std::begin(m_inline), std::end(m_inline), std::byte{0});
+  m_storage = std::move(storage);
+  m_value = bytes == 0 ? nullptr : m_storage != nullptr ? m_storage.get() : m_inline;
+  m_storageBytes = bytes;
+  m_elementSize = elementSize;
+  RefreshCurrent();
+  return true;
+}
+
+void CQMDatum::DropStorage() {
+  std::fill(std::begin(m_inline), std::end(m_inline), std::byte{0});
+  m_storage.reset();
+  m_value = nullptr;
+  m_storageBytes = 0;
+  RefreshCurrent();
+}
+
+void CQMDatum::SetValuePointer(void* memory) {
+  CQMDatum& datum = FinalTarget();
+  datum.DropStorage();
+  datum.m_value = static_cast<std::byte*>(memory);
+  if (memory != nullptr) {
+    long const count = datum.HasStoredDimensions() ? datum.GetArraySize() : 1;
+    datum.m_storageBytes = static_cast<std::size_t>(count) * static_cast<std::size_t>(datum.m_elementSize);
+  }
+  datum.RefreshCurrent();
+  datum.UpdateProxyDatums();
+  datum.MoveEpoch();
+}
+
+void CQMDatum::ClearValue() {
+  CQMDatum& datum = FinalTarget();
+  if (datum.m_value == nullptr) {
+    std::fill(std::begin(datum.m_inline), std::end(datum.m_inline), std::byte{0});
+  } else if (datum.m_ownsStorage && datum.HoldsOwnStorage()) {
+    std::size_t const bytes =
+        datum.IsArray() ? datum.m_storageBytes
+                        : std::min(datum.m_storageBytes, static_cast<std::size_t>(datum.m_elementSize));
+    std::memset(datum.m_value, 0, bytes);
+  }
+}
+
+// ---- type ----
+
+void CQMDatum::SetDatumType(EQMDataType type) {
+  CQMDatum& datum = FinalTarget();
+  SQMTypeTraits const traits = TraitsOf(type);
+  std::int32_t const stringSize = datum.m_elementSize >= 1 ? datum.m_elementSize : kDefaultStringSize;
+  datum.m_type = type;
+  datum.m_elementSize = type == EQMDataType::String ? stringSize : traits.elementSize;
+  datum.m_partSize = traits.partSize;
+  datum.m_class = traits.datumClass;
+  if (!datum.m_ownsStorage || !datum.StoreElements(1, datum.m_elementSize)) datum.DropStorage();
+  datum.UpdateProxyDatums();
+  datum.MoveEpoch();
+}
+
+EQMDataType CQMDatum::ChangeDatumType(EQMDataType type) {
+  CQMDatum& datum = FinalTarget();
+  bool const isReal = datum.m_type == EQMDataType::Number || datum.m_type == EQMDataType::Real;
+  if (!isReal || type != EQMDataType::Complex) return datum.m_type;
+
+  // The old elements are copied as they lie, so they must outlive the making of the new storage.
+  constexpr SQMTypeTraits kTraits = TraitsOf(EQMDataType::Complex);
+  std::byte inlineValue[kInlineBytes];
+  std::memcpy(inlineValue, datum.m_inline, kInlineBytes);
+  std::byte const* const old = datum.m_value == datum.m_inline ? inlineValue : datum.m_value;
+  std::size_t const oldBytes = datum.m_storageBytes;
+  auto const elementSize = static_cast<std::size_t>(std::max(datum.m_elementSize, 1));
+  long const dimensioned = datum.HasStoredDimensions() ? datum.GetArraySize() : 1;
+  auto const count = std::max<std::int64_t>(dimensioned, static_cast<std::int64_t>(oldBytes / elementSize));
+  std::unique_ptr<std::byte[]> oldStorage = std::move(datum.m_storage);
+  if (!datum.StoreElements(count, kTraits.elementSize)) {
+    datum.m_storage = std::move(oldStorage);
+    return datum.m_type;
+  }
+  if (old != nullptr) std::memcpy(datum.m_value, old, std::min(oldBytes, datum.m_storageBytes));
+
+  datum.m_revision = static_cast<std::int32_t>(static_cast<std::uint32_t>(datum.m_revision) + 1U);
+  datum.m_type = EQMDataType::Complex;
+  datum.m_class = kTraits.datumClass;
+  datum.m_partSize = kTraits.partSize;
+  datum.m_ownsStorage = true;
+  datum.m_callerWord = 0;
+  datum.UpdateProxyDatums();
+  datum.MoveEpoch();
+  return datum.m_type;
+}
+
+void CQMDatum::SetDatumAtomSize(long size) {
+  CQMDatum& datum = FinalTarget();
+  if (size < 0 || size > kMaximumArrayBytes) return;
+  if (datum.m_elementSize == 0 || size == 0) datum.m_elementSize = static_cast<std::int32_t>(size);
+}
+
+long CQMDatum::GetDatumTypeSize(EQMDataType type) {
+  if (IsBetween(type, EQMDataType::Byte, EQMDataType::LastByte)) return 1;
+  if (IsBetween(type, EQMDataType::Short, EQMDataType::LastShort)) return 2;
+  if (IsBetween(type, EQMDataType::Int, EQMDataType::Single)) return 4;
+  switch (type) {
+    case EQMDataType::Boolean: return 1;
+    case EQMDataType::Pointer: return 4;
+    case EQMDataType::Date:
+    case EQMDataType::Time: return 6;
+    case EQMDataType::Number:  // room for an imaginary part
+    case EQMDataType::Complex:
+    case EQMDataType::TimeStamp: return 16;
+    default: return 0;
+  }
+}
+
+}  // namespace qumel
