@@ -28,7 +28,7 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 DOCUMENTS = [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]
-KNOWN = {"README.md", "docs/language.md", "docs/operators.md", "docs/embedding.md"}
+KNOWN = {"README.md", "docs/language.md", "docs/operators.md", "docs/embedding.md", "docs/performance.md"}
 WITHOUT_EXAMPLES = {"docs/errors.md"}  # a list of codes
 QUMEL = os.environ["QUMEL_COMMAND"]
 LIBRARY = pathlib.Path(os.environ["QUMEL_LIBRARY"])
