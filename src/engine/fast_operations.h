@@ -22,7 +22,6 @@ enum class EQMFastOperation : std::uint8_t {
   SquareRoot,
   AbsoluteValue,
   Square,
-  Constant,
 };
 
 constexpr EQMFastOperation FastOperationOf(long id) {
@@ -42,7 +41,6 @@ constexpr EQMFastOperation FastOperationOf(long id) {
     case OpId::SquareRoot: return EQMFastOperation::SquareRoot;
     case OpId::AbsoluteValue: return EQMFastOperation::AbsoluteValue;
     case OpId::Square: return EQMFastOperation::Square;
-    case OpId::NumericConstant: return EQMFastOperation::Constant;
     default: return EQMFastOperation::None;
   }
 }

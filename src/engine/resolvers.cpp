@@ -78,7 +78,6 @@ long CQMRealOptimizedResolver::Resolve(CQMOperator** operators, CQMDatum*** oper
         break;
       case EQMFastOperation::AbsoluteValue: store(std::fabs(first())); break;
       case EQMFastOperation::Square: store(first() * first()); break;
-      case EQMFastOperation::Constant: ++step; break;
       case EQMFastOperation::None: {
         position = step;
         long const status = operators[step]->DoOperation(position);

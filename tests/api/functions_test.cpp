@@ -43,6 +43,15 @@ constexpr Row kTextRows[] = {
     {"s = \"ab\"; s $+= s; return s", "abab"},
     {"s = \"ab\"; s += \"cd\"; return s", "abcd"},
     {"\"a\" $+ \"b\" $+ \"c\"", "abc"},
+    // results are places for texts too, also those that were taken for numbers until their operands were
+    // known
+    {"insert(\"abcd\" + \"efg\", \"X\", 0)", "Xabcdefg"},
+    {"(\"abcd\" + \"efg\") $+= \"h\"", "abcdefgh"},
+    {"(a = \"x\") $+= \"0123456789\"", "x0123456789"},
+    {"a = \"x\"; b = \"y\"; (a <=> b) $+= \"0123456789\"", "y0123456789"},
+    {"s = \"a\"; insert((s += \"b\"), \"0123456789\", 0)", "0123456789ab"},
+    {"s = \"\"; while (length s < 24) do; s = s + insert(\"abcd\" + \"efg\", \"X\", 0); next; return s",
+     "XabcdefgXabcdefgXabcdefg"},
     {"length(\"\")", "0"},
     {"length \"four\"", "4"},
     {"length 4", nullptr, 3090},
