@@ -119,7 +119,7 @@ TEST(OptimizedResolver, ComputesTheCommonOperationsItself) {
       {OpId::Modulo, {7.9, -3.9}, 1.0},
       {OpId::Modulo, {-7.0, 3.0}, -1.0},
       {OpId::Modulo, {7.0, 0.9}, 0.0, kDivision},
-      {OpId::Modulo, {kSmallest, -1.0}, 0.0},
+      {OpId::Modulo, {kSmallest, -1.0}, 0.0, kDivision},
       {OpId::Modulo, {kInfinity, 7.0}, -2.0},  // the smallest integer stands for what is no integer
       {OpId::Power, {2.0, 10.0}, 1024.0},
       {OpId::PowerStars, {4.0, -0.5}, 0.5},
