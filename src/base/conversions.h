@@ -13,12 +13,13 @@ constexpr std::int32_t TruncateToInt32(double value) {
                                                        : std::numeric_limits<std::int32_t>::min();
 }
 
-/** Remainder of the integer parts with the sign of the dividend; false when the divisor truncates to 0. */
+/** Remainder of the integer parts with the sign of the dividend; false when the divisor truncates to 0, and
+ *  for the smallest integer by -1, whose quotient is no 32-bit integer. */
 constexpr bool IntegerRemainder(double dividend, double divisor, double& remainder) {
+  std::int32_t const number = TruncateToInt32(dividend);
   std::int32_t const whole = TruncateToInt32(divisor);
-  if (whole == 0) return false;
-  // -1 divides everything; computing it would overflow for the smallest integer
-  remainder = whole == -1 ? 0.0 : TruncateToInt32(dividend) % whole;
+  if (whole == 0 || (whole == -1 && number == std::numeric_limits<std::int32_t>::min())) return false;
+  remainder = number % whole;
   return true;
 }
 

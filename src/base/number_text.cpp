@@ -42,6 +42,12 @@ bool TakeHexMark(std::string_view& text) {
   return hasDigit;
 }
 
+/** Cuts a hexadecimal number before an exponent of two signs, which is none: std::from_chars of the GNU
+ * library reads "p+-3" as "p-3". */
+std::string_view WithoutTwiceSignedExponent(std::string_view number) {
+  return number.substr(0, std::min(number.find("p+-"), number.find("P+-")));
+}
+
 /** Of a number too large or too small for its type: whether it is too large. Its first digit other than 0 and
  * its exponent decide, for they are far apart from where the two meet. */
 bool IsBeyondLargest(std::string_view number, bool isHex) {
@@ -63,6 +69,7 @@ Real ParseReal(char const* text) {
   bool const isNegative = TakeMinus(number);
   if (number.empty() || number.front() == '-') return 0;  // a second sign
   bool const isHex = TakeHexMark(number);
+  if (isHex) number = WithoutTwiceSignedExponent(number);
   Real magnitude = 0;
   auto const read = std::from_chars(number.data(), number.data() + number.size(), magnitude,
                                     isHex ? std::chars_format::hex : std::chars_format::general);

@@ -120,8 +120,7 @@ void CQMExecutor::StoreAsBoolean(CQMDatum* result) {
 void CQMExecutor::StoreAsString(CQMDatum* result) {
   StoreText("");
   m_lastType = TypeLetter::kNone;
-  if (result == nullptr) return;
-  switch (result->GetType()) {
+  switch (result != nullptr ? result->GetType() : EQMDataType::Undefined) {
     case EQMDataType::Undefined: break;
     case EQMDataType::Number: m_lastType = TypeLetter::kNumber; break;
     case EQMDataType::Complex: m_lastType = TypeLetter::kComplex; break;

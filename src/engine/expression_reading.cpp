@@ -77,6 +77,7 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
     stack.pop_back();
   }
   CQMDatum* const result = op.SetResultOperand(nullptr);
+  result->SetOwningExpression(this);
   if (op.VerifiesImmediately()) {
     if (long const code = Verify(first); code != Error::None) return code;
   }

@@ -35,7 +35,7 @@ CQMDatum* CQMOperator::GetOperandByIndex(long index) const {
 
 CQMDatum* CQMOperator::SetResultOperand(std::unique_ptr<CQMDatum> datum) {
   m_result = datum != nullptr ? std::move(datum) : std::make_unique<CQMDatum>();
-  m_result->SetDatumType(GetReturnType());
+  TypeResult(GetReturnType());
   m_result->ClearValue();
   return m_result.get();
 }

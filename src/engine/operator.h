@@ -118,6 +118,11 @@ class CQMOperator : public CQMLinkedObject {
   bool HasComplexOperand() const;
   /** ComplexOperandFound when an operand is complex, else 0: how a check that passed ends. */
   long ComplexStatus() const { return HasComplexOperand() ? Error::ComplexOperandFound : Error::None; }
+  /** Gives the result type, with storage as a fresh datum of that type has it: the few bytes of a number are
+   * no buffer for a text. Changes nothing when it has the type already. */
+  void TypeResult(EQMDataType type) {
+    if (m_result->GetType() != type) m_result->BecomeScalar(type);
+  }
   /** Makes datum the result as it is, without the return type and the zeroing of SetResultOperand. */
   CQMDatum* KeepResultOperand(std::unique_ptr<CQMDatum> datum) {
     m_result = std::move(datum);

@@ -45,8 +45,7 @@ bool CQMTargetOperator::TargetIsConstant() const {
 
 long CQMTargetOperator::GiveResultType() {
   bool const isComplex = IsComplexOperation();
-  EQMDataType const type = isComplex ? EQMDataType::Complex : VariableTypeFor(Target().GetType());
-  if (Result().GetType() != type) Result().SetDatumType(type);
+  TypeResult(isComplex ? EQMDataType::Complex : VariableTypeFor(Target().GetType()));
   return isComplex ? Error::ComplexOperandFound : Error::None;
 }
 

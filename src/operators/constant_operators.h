@@ -45,8 +45,9 @@ class CQMBooleanConstant final : public CQMStandaloneOperator {
 };
 
 /** Stands where an operator was whose value is known before any run. It takes that operator's operands and
- * its result, value included, over and marks the result as a literal, so that operators on it fold as well.
- */
+ * its result, value included, over. While the expression is optimised the result counts as a literal, so that
+ * operators on it fold as well. In a run it is a result like others: a body may store in its parameter, and
+ * the next run finds the value that was folded. */
 class CQMNumericConstantOperator final : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return 0; }
@@ -55,10 +56,33 @@ class CQMNumericConstantOperator final : public CQMOperator {
     CQMDatum* const result =
         KeepResultOperand(datum != nullptr ? std::move(datum) : std::make_unique<CQMDatum>());
     result->SetLiteral(true);
+    m_value = result->Real();
     return result;
   }
-  long DoOperation(long& position) override { return Advance(position); }
-  bool MakeStep(CQMStepMaker& maker, SQMStep&) override { return maker.Use({&RunNothing}); }
+  long Finalize() override {
+    Result().SetLiteral(false);
+    return CQMOperator::Finalize();
+  }
+  long DoOperation(long& position) override {
+    StoreReal(m_value);
+    return Advance(position);
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!CQMStepMaker::HasNumberResult(*this)) return false;
+    step.first = reinterpret_cast<std::byte*>(&m_value);
+    step.result = Result().Current();
+    return maker.Use({&Run<true>, &Run<false>});
+  }
+
+ private:
+  template <bool stores>
+  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
+    double const folded = NumberAt(step->first);
+    if constexpr (stores) NumberAt(step->result) = folded;
+    return GoOn(step + 1, frame, folded);
+  }
+
+  double m_value = 0.0;
 };
 
 /** Its type is that of the last result when it is compiled, and again whenever it runs. */
@@ -110,7 +134,7 @@ class CQMLastResultOperator final : public CQMStandaloneOperator {
       return Error::None;
     bool const isLast = GetExpression() == nullptr || position + 1 == GetExpression()->GetOperatorCount();
     if (!isLast && !EndsStatement()) return Error::TypeMismatch;
-    Result().SetDatumType(type);
+    TypeResult(type);
     return Error::None;
   }
 };

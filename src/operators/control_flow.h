@@ -274,9 +274,7 @@ class CQMReturnOperator final : public CQMFlowOperator<1> {
   }
 
  private:
-  void TakeType() {
-    if (Result().GetType() != GetReturnType()) Result().SetDatumType(GetReturnType());
-  }
+  void TakeType() { TypeResult(GetReturnType()); }
 };
 
 class CQMExitOperator final : public CQMFlowOperator<0> {

@@ -89,8 +89,31 @@ std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody() {
   return body;
 }
 
+/** Results of the operator's own expression are computed anew each time. A body that works on them may make
+ * them complex, or arrays; they are given back as they were verified. Variables stay what they became, and so
+ * does what a calling expression has lent. */
+class CQMDefinedOperator::CQMLoan {
+ public:
+  explicit CQMLoan(CQMDefinedOperator& borrower) : m_borrower(borrower) {}
+  ~CQMLoan() {
+    for (long i = 0; i < m_borrower.GetOperandCount(); ++i) {
+      CQMDatum& operand = m_borrower.Operand(i);
+      EQMDataType const type = m_borrower.m_verifiedTypes[static_cast<std::size_t>(i)];
+      bool const isChanged = operand.GetType() != type || operand.IsArray();
+      bool const isResult = operand.GetOwningExpression() == m_borrower.GetExpression() && !operand.IsProxy();
+      if (isChanged && isResult) operand.BecomeScalar(type);
+    }
+  }
+  CQMLoan(CQMLoan const&) = delete;
+  CQMLoan& operator=(CQMLoan const&) = delete;
+
+ private:
+  CQMDefinedOperator& m_borrower;
+};
+
 long CQMDefinedOperator::RunBody(CQMExpression& body, long& position) {
   CQMNesting const nesting;
+  CQMLoan const loan(*this);
   long status = nesting.IsTooDeep() ? static_cast<long>(Error::OutOfMemory) : body.Resolve();
   if (status == Status::Done) status = StoreBodyResult(body.GetResult());
   ++position;
@@ -123,6 +146,13 @@ long CQMDefinedOperator::StoreBodyResult(CQMDatum* value) {
   return Status::Done;
 }
 
+std::vector<EQMDataType> CQMDefinedOperator::OperandTypes() const {
+  std::vector<EQMDataType> types;
+  types.reserve(static_cast<std::size_t>(GetOperandCount()));
+  for (long i = 0; i < GetOperandCount(); ++i) types.push_back(Operand(i).GetType());
+  return types;
+}
+
 // ---- with a body ----
 
 CQMExpressionOperator::~CQMExpressionOperator() = default;
@@ -131,11 +161,10 @@ long CQMExpressionOperator::VerifyOperands() {
   if (long const code = CheckParameters(); code != Error::None) return code;
   // A mismatch is asked about again. What failed fails again while the operands are as they were, and trying
   // would double the work at every level of nesting.
-  std::vector<EQMDataType> types;
-  for (long i = 0; i < GetOperandCount(); ++i) types.push_back(Operand(i).GetType());
+  std::vector<EQMDataType> types = OperandTypes();
   bool const failedBefore = m_body != nullptr && m_body->GetErrorState() != Error::None;
-  if (failedBefore && types == m_bodyTypes) return m_body->GetErrorState();
-  m_bodyTypes = std::move(types);
+  if (failedBefore && types == m_verifiedTypes) return m_body->GetErrorState();
+  m_verifiedTypes = std::move(types);
   m_body = CompileBody();
   return m_body->GetErrorState();
 }
@@ -147,8 +176,9 @@ long CQMExpressionOperator::DoOperation(long& position) {
 }
 
 long CQMRecursiveOperator::VerifyOperands() {
-  long const code = CheckParameters();
-  return code != Error::None ? code : ComplexStatus();
+  if (long const code = CheckParameters(); code != Error::None) return code;
+  m_verifiedTypes = OperandTypes();
+  return ComplexStatus();
 }
 
 long CQMRecursiveOperator::DoOperation(long& position) {

@@ -31,8 +31,14 @@ class CQMDefinedOperator : public CQMOperator {
   std::unique_ptr<CQMExpression> CompileBody();
   /** Runs body and copies its result by the return type. Moves position. */
   long RunBody(CQMExpression& body, long& position);
+  std::vector<EQMDataType> OperandTypes() const;
+
+  std::vector<EQMDataType> m_verifiedTypes;  // of the operands
 
  private:
+  /** Lends the operands to a body while it lives. */
+  class CQMLoan;
+
   long StoreBodyResult(CQMDatum* value);
 
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
@@ -49,7 +55,6 @@ class CQMExpressionOperator final : public CQMDefinedOperator {
 
  private:
   std::unique_ptr<CQMExpression> m_body;
-  std::vector<EQMDataType> m_bodyTypes;  // of the operands when the body was compiled
 };
 
 /** Compiles a fresh body at every run, so that each level of a recursion has its own bindings. */

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cmath>
+#include <limits>
 
 #include "base/conversions.h"
 #include "rules/numeric_utilities.h"
@@ -57,12 +58,21 @@ struct SQMPowerRule {
     if (x < 0.0 && !std::isnan(y)) return SQMFailure{Status::NeedsComplex};
     return std::pow(x, y);
   }
-  static Complex OfComplex(Complex z, Complex w) {
+  static ComplexOutcome OfComplex(Complex z, Complex w) {
+    if (z == 0.0) return OfZero(w);
     double const logarithm = ComplexLogAbs(z.real(), z.imag());
     double const angle = ComplexArg(z.real(), z.imag());
     double const modulus = std::exp(logarithm * w.real() - angle * w.imag());
     double const turn = angle * w.real() + logarithm * w.imag();
-    return {modulus * std::cos(turn), modulus * std::sin(turn)};
+    return Complex(modulus * std::cos(turn), modulus * std::sin(turn));
+  }
+  /** Of a base that has no logarithm for the formula. */
+  static ComplexOutcome OfZero(Complex w) {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    if (std::isnan(w.real()) || std::isnan(w.imag())) return Complex(kNaN, kNaN);
+    if (w == 0.0) return Complex(1.0, 0.0);
+    if (w.real() > 0.0) return Complex();
+    return SQMFailure{Error::DivisionByZero};
   }
 };
 

@@ -87,6 +87,15 @@ void CQMDatum::SetDatumType(EQMDataType type) {
   datum.MoveEpoch();
 }
 
+void CQMDatum::BecomeScalar(EQMDataType type) {
+  CQMDatum& datum = FinalTarget();
+  datum.m_dimensions.reset();
+  datum.m_dimensionCount = 0;
+  // a datum that becomes a text keeps the size of its elements as the length of the buffer
+  datum.m_elementSize = 0;
+  datum.SetDatumType(type);
+}
+
 EQMDataType CQMDatum::ChangeDatumType(EQMDataType type) {
   CQMDatum& datum = FinalTarget();
   bool const isReal = datum.m_type == EQMDataType::Number || datum.m_type == EQMDataType::Real;

@@ -163,6 +163,8 @@ class CQMDatum : public CQMLinkedObject {
   long SetCurrentElement(long flatIndex);
   long SetCurrentElement(std::span<long const> indices);
   long SetCurrentElement(std::span<double const> indices);
+  /** Takes type and dimensions back: what is left is a fresh scalar of type. */
+  void BecomeScalar(EQMDataType type);
   /** Makes a proxy of an array a scalar: what it shows is one element. */
   void ViewOneElement() {
     m_dimensionCount = 0;

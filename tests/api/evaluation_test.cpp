@@ -91,6 +91,9 @@ TEST_F(Evaluation, ResultsAsNumbers) {
           {"sqrt(0-4)+1", 'C', 1.0, 2.0, true, kOldText},
           {"\"12.5 apples\"", 'N', 12.5, 0.0, true, "12.5 apples"},
           {"\"apples\"", 'N', 0.0, 0.0, true, "apples"},
+          {"\"0x1.8p-1 of it\"", 'N', 0.75, 0.0, true, "0x1.8p-1 of it"},
+          {"\"0x1p+-3\"", 'N', 1.0, 0.0, true, "0x1p+-3"},
+          {"\"-0X1.\" + \"8P+-3\"", 'N', -1.5, 0.0, true, "-0X1.8P+-3"},
           {"1 < 2", 'N', 1.0, 0.0, true, kOldText},
           {"1 > 2", 'N', 0.0, 0.0, true, kOldText},
       },
@@ -186,6 +189,19 @@ TEST_F(Evaluation, ABareUnknownNameIsNoResultAndNoError) {
     call();
     ExpectResult({"unknown", type, real, real == 0.0 ? 0.0 : kOldImaginary, boolean, text});
   }
+}
+
+TEST_F(Evaluation, ATextWithoutAnythingToEvaluateHasAnEmptyTextAndNoNumber) {
+  ASSERT_EQ(qmDefineExpOp('G', "silent", "prefix", "string", "number x", nullptr, "// nothing to do"), kNone);
+  CheckByEveryWay(
+      {
+          {"// only a comment", 'X', 0.0, 0.0, true, ""},
+          {"  // one\n  // and another\n", 'X', 0.0, 0.0, true, ""},
+          {"unknown // as a bare name", 'X', 0.0, 0.0, true, ""},
+          {"silent 1", 'S', 0.0, 0.0, true, ""},
+      },
+      [](char const* text, SQMResultCase const&) { EXPECT_STREQ(qmEvalExpStrToStr(text), ""); },
+      [](Handle handle, SQMResultCase const&) { EXPECT_STREQ(qmEvalExpHndlToStr(handle), ""); });
 }
 
 TEST_F(Evaluation, AFailureKeepsTheLastResult) {

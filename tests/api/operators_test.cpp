@@ -116,6 +116,104 @@ TEST_F(Operators, ParametersAreBoundByReference) {
   EXPECT_EQ(ErrorOf("bump 5"), 3040);
 }
 
+/** Operators of one parameter that store in it, and what their result is; each also by a body that calls it,
+ * and by one that is compiled anew for every run. */
+struct Storing {
+  char const *type, *body;
+  char const* expression;  // with F for the name of the operator
+  char const* result;
+};
+
+// What a body leaves in a computed operand is gone when the operand is computed again.
+TEST_F(Operators, ComputedOperandsStartAnewInEveryRunAndEveryTurn) {
+  qmSetAllowComplexResults(true);
+  qmSetFormattedResultPrecisionLimit(4);
+  static constexpr Storing kCases[] = {
+      // constants that were folded
+      {"number", "n = n * 2; n + 0", "F(3+0)", "6.0000"},
+      {"number", "n = n * 2; n + 0", "F(1+2+3) + F(3+0)", "18.0000"},
+      {"number", "n = n * 2; n + 0", "F(F(3+0))", "12.0000"},
+      {"number", "n = n * 2; n + 0", "x = 5; F(x^0) + F(3+0)", "8.0000"},
+      {"number", "n = n * 2; n + 0", "t = 0; while (t < 18) do; t += F(3+0); next; return t", "18.0000"},
+      {"number", "m = 7; n <=> m; 10 * n + m", "F(3+0)", "73.0000"},
+      // numbers that become complex
+      {"number", "n = sqrt(n); n + 0",
+       "t = 0; x = -18; while (x < 8) do; x += 13; t = 100 * t + F(x + 1); next; return t", "3.0000"},
+      {"number", "n = sqrt(n - 5); n = n * n; n + 0", "x = 5; F(x^0)", "-4.0000"},
+      {"complex", "n = sqrt(n); n + 0", "F(0-4) + F(4+0)", "( 2.0000 |_ 2.0000 )"},
+      {"complex", "n = sqrt(n); n + 0", "F(F(16+0) - 8)", "( 0.0000 |_ 2.0000 )"},
+      // scalars that become arrays
+      {"number", "n[3]; n[1] = 7; n[1] + 0", "F(3+0) + F(0-1)", "14.0000"},
+      {"complex", "n[3]; n[1] = sqrt(0-4); n[1] + 0",
+       "i = 0; t = 0; while (i < 3) do; t += F(i+1); i += 1; next; return t", "( 0.0000 |_ 6.0000 )"},
+      // results that were taken for numbers until their operands were known
+      {"string", "n = \"a longer text\"; n + \"\"", "F(\"ab\" + \"c\")", "a longer text"},
+      {"string", "n = \"a longer text\"; n + \"\"", "F(F(\"ab\" + \"c\") + \"d\")", "a longer text"},
+      {"string", "n = n + n; n + \"\"", "s = \"ab\"; F(t = s + \"c\") + t", "abcabcabc"},
+      {"string", "n[3, 40]; n[1] = \"0123456789\"; n[1] + \"\"", "F(\"ab\" + \"c\")", "0123456789"},
+      // all of them in complex evaluation, which lasts from here on
+      {"number", "n += 1; n += 1; n + 0", "forcecomplex; F(3+0)", "5.0000"},
+      {"number", "n = sqrt(n - 5); n = n * n; n + 0", "x = 5; F(x^0) + F(3+0)", "-6.0000"},
+  };
+  for (Storing const& c : kCases) {
+    std::string const type = c.type;
+    std::string const parameter = (type == "string" ? "string" : "number") + std::string(" n");
+    auto const define = [&](char const* name, char const* body) {
+      ASSERT_EQ(qmDefineExpOp('G', name, "prefix", c.type, parameter.c_str(), nullptr, body), kNone);
+    };
+    define("kept", c.body);
+    define("outer", "kept n");
+    define("again", nullptr);
+    ASSERT_EQ(qmDefineExpOpStr('G', "again", c.body), kNone);
+    for (char const* const name : {"kept", "outer", "again"}) {
+      std::string text = c.expression;
+      for (std::size_t at; (at = text.find('F')) != std::string::npos;) text.replace(at, 1, name);
+      SCOPED_TRACE(text + " with " + c.body);
+      EXPECT_EQ(ToText(text.c_str()), c.result);
+      EXPECT_EQ(qmGetLastErrorID(), kNone);
+      Handle const handle = qmParseExp(text.c_str());
+      for (int run = 1; run <= 3; ++run) {
+        EXPECT_STREQ(qmEvalExpHndlToStr(handle), c.result) << "run " << run;
+        EXPECT_EQ(qmGetLastErrorID(), kNone) << "run " << run;
+      }
+      qmDeleteExp(handle);
+    }
+    for (char const* const name : {"outer", "kept", "again"}) EXPECT_EQ(qmDeleteOp('G', name), kNone);
+  }
+}
+
+TEST_F(Operators, AnOperandThatBecameComplexInOneRunIsANumberInTheNext) {
+  qmSetAllowComplexResults(true);
+  ASSERT_NE(qmCreateNumVar('G', "x", 0.0), 0U);
+  ASSERT_EQ(Define("h", "number n", "n = sqrt(n); n + 0"), kNone);
+  ASSERT_EQ(Define("g", "number n", "h(n + 0)"), kNone);
+  ASSERT_EQ(Define("again", "number n", nullptr), kNone);
+  ASSERT_EQ(qmDefineExpOpStr('G', "again", "n = sqrt(n); n + 0"), kNone);
+  ASSERT_EQ(Define("reciprocal", "number n", "n = sqrt(n); 1 / real n"), kNone);
+  struct Run {
+    double x, root;
+  };
+  constexpr Run kRuns[] = {{-5.0, 0.0}, {8.0, 3.0}, {-10.0, 0.0}, {15.0, 4.0}};
+  for (char const* const text : {"h(x+1)", "g(x+1)", "again(x+1)", "h(x+1) * 2 - h(x+1)"}) {
+    SCOPED_TRACE(text);
+    Handle const handle = qmParseExp(text);
+    for (Run const& run : kRuns) {
+      ASSERT_TRUE(qmSetNumVar('G', "x", run.x));
+      EXPECT_NEAR(qmEvalExpHndlToNum(handle), run.root, 1e-15) << run.x;
+      EXPECT_EQ(qmGetLastErrorID(), kNone);
+    }
+    qmDeleteExp(handle);
+  }
+  Handle const handle = qmParseExp("reciprocal(x+1)");
+  qmSetNumVar('G', "x", -5.0);
+  qmEvalExpHndlToNum(handle);
+  EXPECT_EQ(qmGetLastErrorID(), kDivisionByZero);
+  qmSetNumVar('G', "x", 3.0);
+  EXPECT_EQ(qmEvalExpHndlToNum(handle), 0.5) << "after a body that failed";
+  // a variable stays what the body made of it
+  EXPECT_EQ(ToText("y = 0-4; h y; return y"), "( 0.000000000000 |_ 2.000000000000 )");
+}
+
 TEST_F(Operators, ADeclaredOperatorGetsItsBodyLaterAndMayNameItself) {
   ASSERT_EQ(Define("fact", "number n", nullptr), kNone);
   EXPECT_EQ(ErrorOf("fact 3"), 3450) << "no body yet";

@@ -36,8 +36,11 @@ TEST(Arithmetic, ComputesExactValuesAndCodes) {
           {OpId::Modulo, {7.9, 2.5}, 1.0, 1.0},
           {OpId::Modulo, {7.0, 0.9}, divided, divided},
           {OpId::Modulo, {7.0, -0.9}, divided, divided},
-          {OpId::Modulo, {kSmallest, -1.0}, 0.0, 0.0},
-          {OpId::Modulo, {kNaN, -1.0}, 0.0, 0.0},
+          {OpId::Modulo, {kSmallest + 1.0, -1.0}, 0.0, 0.0},
+          {OpId::Modulo, {kSmallest, -1.0}, divided, divided},
+          {OpId::Modulo, {kSmallest - 9.5, -1.9}, divided, divided},
+          {OpId::Modulo, {kNaN, -1.0}, divided, divided},
+          {OpId::Modulo, {Complex(kSmallest, 1.0), -1.0}, divided, divided},
           {OpId::Modulo, {7.0, kInfinity}, 7.0, 7.0},
           {OpId::Modulo, {Complex(7.0, 5.0), Complex(4.0, 9.0)}, 3.0, 3.0},
           {OpId::Modulo, {z, Complex(0.0, 9.0)}, divided, divided},
@@ -95,6 +98,45 @@ TEST(Arithmetic, SendsNegativeBasesToTheComplexFormula) {
           {OpId::Power, {z, 2.0}, 9.0, Complex(-7.0, 24.0)},
       },
       1e-14);
+}
+
+TEST(Arithmetic, GivesPowersOfAComplexZeroValuesOfTheirOwn) {
+  Complex const zero(0.0, 0.0), nothing(kNaN, kNaN);
+  Fails const divided{Error::DivisionByZero};
+  struct SQMPower {
+    Complex exponent;
+    Value power;
+  };
+  std::vector<SQMPower> const powers = {
+      {{2.0, 0.0}, zero},
+      {{2.5, -7.0}, zero},
+      {{1e-300, 1.0}, zero},
+      {{kInfinity, 0.0}, zero},
+      {{0.0, 0.0}, Complex(1.0, 0.0)},
+      {{-0.0, -0.0}, Complex(1.0, 0.0)},
+      {{kNaN, 0.0}, nothing},
+      {{2.0, kNaN}, nothing},
+      {{-1.0, kNaN}, nothing},
+      {{-1.0, 0.0}, divided},
+      {{-1.0, 3.0}, divided},
+      {{0.0, 1.0}, divided},
+      {{-kInfinity, 0.0}, divided},
+  };
+  for (long const id : {OpId::Power, OpId::PowerStars}) {
+    for (auto const& [exponent, power] : powers) {
+      SCOPED_TRACE(Describe(exponent));
+      EXPECT_TRUE(Agree(CQMBench(id, {zero, exponent}).RunComplex(), power, 0.0));
+      EXPECT_TRUE(Agree(CQMBench(id, {Complex(-0.0, -0.0), exponent}).RunComplex(), power, 0.0));
+      EXPECT_TRUE(Agree(CQMBench(id, {0.0, exponent}).RunComplex(), power, 0.0));
+      if (exponent.imag() == 0.0) {
+        EXPECT_TRUE(Agree(CQMBench(id, {zero, exponent.real()}).RunComplex(), power, 0.0));
+      }
+    }
+    EXPECT_EQ(Describe(CQMBench(id, {0.0, -1.0}).RunComplex()), Describe(kInfinity)) << "of real numbers";
+  }
+  for (long const id : {OpId::Square, OpId::Cube}) {
+    EXPECT_TRUE(Agree(CQMBench(id, {zero, id == OpId::Square ? 2.0 : 3.0}).RunComplex(), zero, 0.0));
+  }
 }
 
 TEST(Arithmetic, StepsTheRealPartOfVariables) {
