@@ -768,7 +768,8 @@ QM_API long qmReadExpOpStr(char scope, char const* name, char const* path);
 
 /** Defines an operator by a function of the host. It is called on the evaluating thread with the operator's
  *  handle, by which it reads its parameters and sets its result, and returns 0 to go on, 1000 to end the
- *  evaluation with success, or the error that ends it. It may evaluate and define in the same context.
+ *  evaluation with this result (in the body of an operator: the body), or the error that ends the
+ *  evaluation. It may evaluate and define in the same context.
  *  errors  3400 callback missing */
 QM_API long qmLinkCallbackOp(char scope, char const* name, char const* fix, char const* returns,
                              char const* parameters, char const* precedence,

@@ -104,8 +104,7 @@ long CQMDefinedOperator::StoreBodyResult(CQMDatum* value) {
     case EQMDataType::Number: StoreReal(real); break;
     case EQMDataType::Complex: {
       bool const inComplexMode = GetExpression()->IsInComplexMode();
-      bool const isAllowed = GetContext()->GetAllowComplexResults() || GetContext()->GetForceComplexResults();
-      if (!inComplexMode && !isAllowed) return Status::NeedsComplex;
+      if (!inComplexMode && !GetContext()->MayBecomeComplex()) return Status::NeedsComplex;
       StoreComplex(real, isNumeric ? value->Imaginary() : 0.0);
       // the position has moved on, so the body does not run again after the switch
       if (!inComplexMode) return Status::NeedsComplex;
@@ -168,16 +167,27 @@ long CQMCallbackOperator::DoOperation(long& position) {
   if (m_handle == 0) m_handle = GetObjectHandle();
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
   long const status = Definition().callback(m_handle);
-  ++position;  // whatever the status is, the callback is not repeated
+  // The position of a stop tells whose result the evaluation has. Otherwise the callback is not repeated,
+  // whatever the status is.
+  if (status != Status::Stop) ++position;
   if (GetExpression()->IsInComplexMode()) return status;
-  if (Result().Imaginary() != 0.0)
-    return status == Status::Done ? static_cast<long>(Status::NeedsComplex) : status;
+  if (Result().Imaginary() != 0.0) return StatusOfComplexResult(status);
   // a number again, of which this or an earlier run had set the imaginary part
   if (Result().IsComplex() && GetReturnType() == EQMDataType::Number) {
     double const real = Result().Real();
     Result().SetDatumType(EQMDataType::Number);
     Result().SetReal(real);
   }
+  return status;
+}
+
+/** What becomes of the callback's status where it gave a real evaluation a complex result. */
+long CQMCallbackOperator::StatusOfComplexResult(long status) {
+  if (status == Status::Done) return Status::NeedsComplex;
+  if (status != Status::Stop) return status;
+  // nothing is left to compute, so only the permission is asked for
+  if (!GetContext()->MayBecomeComplex()) return Error::ResultIsComplex;
+  GetExpression()->EnterComplexMode();
   return status;
 }
 

@@ -93,6 +93,7 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
   CQMDatum* Parameter(long index);
   void Report(long code);
   bool HasNumericResult() const;
+  long StatusOfComplexResult(long status);
 
   Handle m_handle = 0;
   std::string m_signature;

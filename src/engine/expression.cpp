@@ -176,8 +176,7 @@ long CQMExpression::Resolve() {
     status =
         m_resolver->Resolve(m_steps.data(), m_stepOperands.data(), m_stepResults.data(), count, position);
     if (status == Status::NeedsComplex) {
-      if (!m_context.GetAllowComplexResults() && !m_context.GetForceComplexResults())
-        return Error::ResultIsComplex;
+      if (!m_context.MayBecomeComplex()) return Error::ResultIsComplex;
       EnterComplexMode();  // for good, and from the operator that asked for it on
     }
   }

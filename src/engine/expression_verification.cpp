@@ -86,7 +86,7 @@ long CQMExpression::VerifyOperator(long index, bool finalPass, bool& askAgain, b
     case Error::None: break;
     case Error::ComplexOperandFound: m_complexMode = true; break;
     case Error::ResultIsComplex:
-      if (!m_context.GetAllowComplexResults() && !m_context.GetForceComplexResults()) return code;
+      if (!m_context.MayBecomeComplex()) return code;
       m_complexMode = true;
       break;
     case Error::VerifyAgain:
