@@ -768,7 +768,9 @@ QM_API long qmReadExpOpStr(char scope, char const* name, char const* path);
 
 /** Defines an operator by a function of the host. It is called on the evaluating thread with the operator's
  *  handle, by which it reads its parameters and sets its result, and returns 0 to go on, 1000 to end the
- *  evaluation with success, or the error that ends it. It may evaluate and define in the same context.
+ *  evaluation with this result (in the body of an operator: the body), or the error that ends the
+ *  evaluation. It may evaluate and define in the same context, and evaluate the parsed expression that it
+ *  stands in: runs of one expression share its variables and nothing else.
  *  errors  3400 callback missing */
 QM_API long qmLinkCallbackOp(char scope, char const* name, char const* fix, char const* returns,
                              char const* parameters, char const* precedence,
@@ -781,10 +783,10 @@ QM_API long qmDeleteOp(char scope, char const* name);
 /* ======================================================================================================
  * Inside a callback
  *
- * handle is what the callback was called with; it is good until the callback returns. Parameters count from
- * 0. An index out of range makes the last error 3190, a parameter of another type 3090. Any other handle
- * gives 0, 0.0, false or null, and 3220 from the functions that set the result. Each function has a second
- * name.
+ * handle is what the callback was called with; it is good until the callback returns. While another run of
+ * the same expression calls back from the same place, it answers for that call. Parameters count from 0. An
+ * index out of range makes the last error 3190, a parameter of another type 3090. Any other handle gives 0,
+ * 0.0, false or null, and 3220 from the functions that set the result. Each function has a second name.
  * ====================================================================================================== */
 
 /** Number of parameters. */

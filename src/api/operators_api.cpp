@@ -24,7 +24,7 @@ Value OnOperator(Handle handle, Value missing, Call call) noexcept {
   try {
     CQMOperator* const object = ObjectFromHandle<CQMOperator>(handle);
     auto* const op = dynamic_cast<CQMCallbackOperator*>(object);
-    return op != nullptr ? call(*op) : missing;
+    return op != nullptr ? call(op->GetAnswering()) : missing;
   } catch (...) {
     return missing;
   }

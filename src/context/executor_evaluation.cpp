@@ -86,8 +86,9 @@ long CQMExecutor::Compile(CQMExpression& expression, bool optimize) {
 template <class Store>
 long CQMExecutor::Run(CQMExpression& expression, Store store) {
   CQMRun const run(*this, expression);
-  long const code = expression.Resolve();
-  if (code == Error::None) store(expression.GetResult());
+  CQMExpression& runs = expression.ForNewRun();
+  long const code = runs.Resolve();
+  if (code == Error::None) store(runs.GetResult());
   return code;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/temporary_value.h"
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
 #include "tables/symbol_table.h"
@@ -44,8 +45,19 @@ long CQMExpression::SetParsedExpression(std::shared_ptr<SQMOperatorDefinition co
   return Compile(parameters, optimize);
 }
 
+long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters) {
+  m_original = &original;
+  m_cosmicTable = original.m_cosmicTable;
+  m_globalTable = original.m_globalTable;
+  m_factory = original.m_factory;
+  m_definition = original.m_definition;
+  m_text = original.m_text;
+  return Compile(parameters, original.m_isOptimized);
+}
+
 long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize) {
   DestroyTokenLists();
+  m_isOptimized = optimize;
   m_errorState = Error::None;
   m_complexMode = false;
   long code = CreateTokenLists(parameters);
@@ -54,17 +66,18 @@ long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize
   if (code == Error::None) code = Finalize();
   if (code == Error::None) code = Link();
   m_runnable = code == Error::None;
-  if (m_context.GetForceComplexResults()) m_complexMode = true;
-  m_resolver =
-      m_context.GetResolver(m_complexMode ? EQMResolverClass::Complex : EQMResolverClass::RealOptimized);
-  if (code != Error::None) return Fail(code);
-  m_program.Make(m_operators, m_context, m_resolver->GetJoining());
-  return code;
+  // a setting that was made since has no part in a copy
+  bool const isForced = m_original == nullptr && m_context.GetForceComplexResults();
+  m_resolver = m_context.GetResolver(EQMResolverClass::RealOptimized);
+  if (code == Error::None) m_program.Make(m_operators, m_context, m_resolver->GetJoining());
+  if (m_complexMode || isForced) EnterComplexMode();
+  return code == Error::None ? code : Fail(code);
 }
 
 void CQMExpression::DestroyTokenLists() {
   m_runnable = false;
   m_stopPosition = kNoPosition;
+  m_copies.clear();  // first: they stand on what follows
   m_program.Clear();
   m_openersToReset.clear();
   m_unverified.clear();
@@ -81,6 +94,14 @@ void CQMExpression::DestroyTokenLists() {
 void CQMExpression::EnterComplexMode() {
   m_complexMode = true;
   m_resolver = m_context.GetResolver(EQMResolverClass::Complex);
+  if (m_original != nullptr) m_original->m_startsComplex = true;
+}
+
+// An expression and its copies are complex together, each from its next run on.
+void CQMExpression::FollowModes() {
+  bool const isOriginalComplex =
+      m_original != nullptr && (m_original->m_complexMode || m_original->m_startsComplex);
+  if (!m_complexMode && (m_startsComplex || isOriginalComplex)) EnterComplexMode();
 }
 
 // ---- symbols ----
@@ -164,18 +185,31 @@ long CQMExpression::EnterTableSymbol(CQMSymbolTable& table, char scope, CQMDatum
 
 // ---- running ----
 
+CQMExpression& CQMExpression::ForNewRun() {
+  if (!m_isRunning) return *this;
+  auto const idle =
+      std::find_if(m_copies.begin(), m_copies.end(), [](auto const& copy) { return !copy->m_isRunning; });
+  if (idle != m_copies.end() && (*idle)->m_runnable) return **idle;
+  if (idle != m_copies.end()) m_copies.erase(idle);
+  CQMExpression& copy = *m_copies.emplace_back(std::make_unique<CQMExpression>(m_context));
+  copy.SetCopyOf(*this, {});
+  copy.SetParentObject(this);
+  return copy;
+}
+
 long CQMExpression::Resolve() {
   m_stopPosition = kNoPosition;
   if (!m_runnable)
     return m_errorState != Error::None ? m_errorState : static_cast<long>(Error::BadExpression);
+  FollowModes();
+  CQMTemporaryValue<bool> const running(m_isRunning, true);
   for (CQMOperator* const opener : m_openersToReset) opener->ResetBlock();
   long position = 0;
   long status = Status::NeedsComplex;
   if (!m_complexMode) {
     status = m_resolver->Resolve(m_program, position);
     if (status == Status::NeedsComplex) {
-      if (!m_context.GetAllowComplexResults() && !m_context.GetForceComplexResults())
-        return Error::ResultIsComplex;
+      if (!m_context.MayBecomeComplex()) return Error::ResultIsComplex;
       EnterComplexMode();  // for good, and from the operator that asked for it on
     }
   }

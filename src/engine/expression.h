@@ -42,6 +42,9 @@ class CQMExpression : public CQMLinkedObject {
   /** Compiles the body of a host's operator; its parameter names stand for the datums of parameters. */
   long SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                            std::span<CQMDatum* const> parameters, bool optimize);
+  /** Compiles the text of original once more, with the names bound as they are there: a copy has operators
+   * and intermediate results of its own, and shares everything else with its original, which outlives it. */
+  long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
   std::string const& GetParsedText() const { return m_text; }
 
   // ---- symbols ----
@@ -58,6 +61,9 @@ class CQMExpression : public CQMLinkedObject {
   long ConfirmSymbol(CQMDatum* datum);
 
   // ---- running ----
+  /** Where a run that begins now takes place: here or, while a run is going on here, in a copy. Copies are
+   * kept for later runs. One that cannot be compiled says so when it is to run. */
+  CQMExpression& ForNewRun();
   long Resolve();
   /** The datum that holds the result of the last run, or null. It lives as long as the expression. */
   CQMDatum* GetResult() const;
@@ -81,9 +87,11 @@ class CQMExpression : public CQMLinkedObject {
   using WorkStack = std::vector<SQMWorkItem>;
 
   long Compile(std::span<CQMDatum* const> parameters, bool optimize);
+  void FollowModes();
   // reading postfix text (expression_reading.cpp)
   long CreateTokenLists(std::span<CQMDatum* const> parameters);
   long ReadOperator(std::string_view text, WorkStack& stack);
+  std::unique_ptr<CQMOperator> MakeOperatorAt(long index, long id);
   CQMDatum* ReadNumber(std::string_view text);
   CQMDatum* ReadString(std::string_view text);
   CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
@@ -114,11 +122,15 @@ class CQMExpression : public CQMLinkedObject {
   long m_stopPosition = kNoPosition;
   bool m_runnable = false;
   bool m_complexMode = false;
+  bool m_startsComplex = false;  // a copy became complex: so does this expression when its next run begins
+  bool m_isRunning = false;
+  bool m_isOptimized = false;
   char m_nextScope = Scope::kDefault;
   char m_nextComplexity = Complexity::kDefault;
 
   std::string m_text;
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
+  CQMExpression* m_original = nullptr;  // of a copy
   std::vector<std::unique_ptr<CQMDatum>> m_locals;
   std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
   std::vector<std::unique_ptr<CQMDatum>> m_temporaries;  // literals and names not confirmed
@@ -128,6 +140,7 @@ class CQMExpression : public CQMLinkedObject {
   std::vector<long> m_unverified;                         // positions of operators, ascending
   CQMProgram m_program;
   std::vector<CQMOperator*> m_openersToReset;  // of blocks that a run may enter without them
+  std::vector<std::unique_ptr<CQMExpression>> m_copies;
 };
 
 }  // namespace qumel

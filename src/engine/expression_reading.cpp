@@ -57,10 +57,10 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
   std::size_t const point = text.find(PostfixMark::kCount);
   long const id = ParseLong(text.substr(0, point));
   long const wanted = point == std::string_view::npos ? 0 : ParseLong(text.substr(point + 1));
-  std::unique_ptr<CQMOperator> made = m_factory != nullptr ? m_factory->GetOperator(id) : nullptr;
+  long const index = GetOperatorCount();
+  std::unique_ptr<CQMOperator> made = MakeOperatorAt(index, id);
   if (made == nullptr) return Error::UnimplementedOperator;
   CQMOperator& op = *made;
-  long const index = GetOperatorCount();
   op.SetParentObject(this);
   op.SetExpression(this);
   m_operators.push_back(std::move(made));
@@ -89,6 +89,14 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
     stack.push_back({result, first});
   }
   return Error::None;
+}
+
+// What a copy takes over from its original does not depend on what was defined, deleted or evaluated since.
+std::unique_ptr<CQMOperator> CQMExpression::MakeOperatorAt(long index, long id) {
+  if (m_original != nullptr) {
+    if (auto twin = m_original->GetOperatorByIndex(index)->MakeTwin(); twin != nullptr) return twin;
+  }
+  return m_factory != nullptr ? m_factory->GetOperator(id) : nullptr;
 }
 
 CQMDatum* CQMExpression::MakeTemporary() {
@@ -121,6 +129,7 @@ CQMDatum* CQMExpression::ReadString(std::string_view text) {
 
 CQMDatum* CQMExpression::ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters) {
   if (CQMDatum* const parameter = FindParameter(name, parameters); parameter != nullptr) return parameter;
+  if (m_original != nullptr) return m_original->m_operands[m_operands.size()];
   if (CQMDatum* const local = GetSymbol(name); local != nullptr) return local;
   if (CQMDatum* const symbol = FindTableSymbol(name); symbol != nullptr) return symbol;
   CQMDatum* const datum = MakeTemporary();

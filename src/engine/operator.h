@@ -51,6 +51,8 @@ class CQMOperator : public CQMLinkedObject {
   /** Whether the operator declares names, so that it must be verified as soon as it is compiled. */
   virtual bool VerifiesImmediately() const { return false; }
   virtual void CreateOperandList(long count);
+  /** For the same place in a copy of the expression; null where one that the factory makes will do. */
+  virtual std::unique_ptr<CQMOperator> MakeTwin() { return nullptr; }
 
   // ---- operands and result ----
   /** Fills the slots from the last to the first; TooManyOperands when none is left. */

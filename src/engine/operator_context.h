@@ -43,6 +43,8 @@ class CQMOperatorContext {
   // settings that operators read
   virtual bool GetAllowComplexResults() const = 0;
   virtual bool GetForceComplexResults() const = 0;
+  /** Whether an operation on real numbers may have a complex result. */
+  bool MayBecomeComplex() const { return GetAllowComplexResults() || GetForceComplexResults(); }
   virtual char GetDefaultVariableScope() const = 0;
   virtual long GetArrayBase() const = 0;
   virtual bool GetInvertArrayIndices() const = 0;

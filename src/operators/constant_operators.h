@@ -85,10 +85,19 @@ class CQMNumericConstantOperator final : public CQMOperator {
   double m_value = 0.0;
 };
 
-/** Its type is that of the last result when it is compiled, and again whenever it runs. */
+/** Its type is that of the last result when it is compiled, and again whenever it runs. In a copy of an
+ * expression it starts with the type that it has in the original. */
 class CQMLastResultOperator final : public CQMStandaloneOperator {
  public:
+  std::unique_ptr<CQMOperator> MakeTwin() override {
+    auto twin = std::make_unique<CQMLastResultOperator>();
+    twin->SetId(GetId());
+    twin->m_originalType = Result().GetType();
+    return twin;
+  }
+
   EQMDataType GetReturnType() override {
+    if (m_originalType != EQMDataType::Undefined) return m_originalType;
     return GetContext() != nullptr ? TypeOf(GetContext()->GetLastResult()) : kDefault;
   }
 
@@ -137,6 +146,8 @@ class CQMLastResultOperator final : public CQMStandaloneOperator {
     TypeResult(type);
     return Error::None;
   }
+
+  EQMDataType m_originalType = EQMDataType::Undefined;
 };
 
 }  // namespace qumel

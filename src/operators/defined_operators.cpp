@@ -4,6 +4,7 @@
 #include <span>
 
 #include "base/stack_room.h"
+#include "base/temporary_value.h"
 #include "engine/expression.h"
 #include "engine/operator_context.h"
 #include "engine/operator_factory.h"
@@ -58,6 +59,13 @@ std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefi
 CQMDefinedOperator::CQMDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition)
     : m_definition(std::move(definition)) {}
 
+std::unique_ptr<CQMOperator> CQMDefinedOperator::MakeTwin() {
+  std::unique_ptr<CQMOperator> twin = MakeDefinedOperator(m_definition);
+  twin->SetId(GetId());
+  static_cast<CQMDefinedOperator&>(*twin).m_original = this;
+  return twin;
+}
+
 long CQMDefinedOperator::CheckParameters() {
   if (long const code = CheckOperandCounts(); code != Error::None) return code;
   for (long i = 0; i < GetOperandCount(); ++i) {
@@ -71,7 +79,7 @@ long CQMDefinedOperator::CheckParameters() {
   return Error::None;
 }
 
-std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody() {
+std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody(CQMExpression* original) {
   CQMOperatorContext& context = *GetContext();
   auto body = std::make_unique<CQMExpression>(context);
   CQMNesting const nesting;
@@ -79,11 +87,15 @@ std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody() {
     body->SetErrorState(Error::OutOfMemory);
     return body;
   }
-  body->SetCosmicSymbolTable(context.GetCosmicSymbolTable());
-  body->SetGlobalSymbolTable(context.GetGlobalSymbolTable());
-  body->SetOperatorFactory(context.GetOperatorFactory());
-  body->SetParsedExpression(m_definition, {GetOperandList(), static_cast<std::size_t>(GetOperandCount())},
-                            false);
+  std::span<CQMDatum* const> const operands(GetOperandList(), static_cast<std::size_t>(GetOperandCount()));
+  if (original != nullptr) {
+    body->SetCopyOf(*original, operands);
+  } else {
+    body->SetCosmicSymbolTable(context.GetCosmicSymbolTable());
+    body->SetGlobalSymbolTable(context.GetGlobalSymbolTable());
+    body->SetOperatorFactory(context.GetOperatorFactory());
+    body->SetParsedExpression(m_definition, operands, false);
+  }
   // only now: each operator of the body looks for its root, past all bodies that this one is nested in
   body->SetParentObject(this);
   return body;
@@ -128,8 +140,7 @@ long CQMDefinedOperator::StoreBodyResult(CQMDatum* value) {
     case EQMDataType::Number: StoreReal(real); break;
     case EQMDataType::Complex: {
       bool const inComplexMode = GetExpression()->IsInComplexMode();
-      bool const isAllowed = GetContext()->GetAllowComplexResults() || GetContext()->GetForceComplexResults();
-      if (!inComplexMode && !isAllowed) return Status::NeedsComplex;
+      if (!inComplexMode && !GetContext()->MayBecomeComplex()) return Status::NeedsComplex;
       StoreComplex(real, isNumeric ? value->Imaginary() : 0.0);
       // the position has moved on, so the body does not run again after the switch
       if (!inComplexMode) return Status::NeedsComplex;
@@ -165,7 +176,8 @@ long CQMExpressionOperator::VerifyOperands() {
   bool const failedBefore = m_body != nullptr && m_body->GetErrorState() != Error::None;
   if (failedBefore && types == m_verifiedTypes) return m_body->GetErrorState();
   m_verifiedTypes = std::move(types);
-  m_body = CompileBody();
+  auto const* const original = static_cast<CQMExpressionOperator*>(GetOriginal());
+  m_body = CompileBody(original != nullptr ? original->m_body.get() : nullptr);
   return m_body->GetErrorState();
 }
 
@@ -182,7 +194,7 @@ long CQMRecursiveOperator::VerifyOperands() {
 }
 
 long CQMRecursiveOperator::DoOperation(long& position) {
-  std::unique_ptr<CQMExpression> const body = CompileBody();
+  std::unique_ptr<CQMExpression> const body = CompileBody(nullptr);
   if (body->GetErrorState() == Error::None) return RunBody(*body, position);
   ++position;
   return body->GetErrorState();
@@ -195,20 +207,39 @@ long CQMCallbackOperator::VerifyOperands() {
   return code != Error::None ? code : ComplexStatus();
 }
 
+// A place in an expression has one handle in all its runs. It belongs to the original, and answers for the
+// innermost call that has not returned.
+long CQMCallbackOperator::CallHost() {
+  auto& place = GetOriginal() != nullptr ? static_cast<CQMCallbackOperator&>(*GetOriginal()) : *this;
+  if (place.m_handle == 0) place.m_handle = place.GetObjectHandle();
+  CQMTemporaryValue<CQMCallbackOperator*> const answering(place.m_answering, this);
+  return Definition().callback(place.m_handle);
+}
+
 long CQMCallbackOperator::DoOperation(long& position) {
-  if (m_handle == 0) m_handle = GetObjectHandle();
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
-  long const status = Definition().callback(m_handle);
-  ++position;  // whatever the status is, the callback is not repeated
+  long const status = CallHost();
+  // The position of a stop tells whose result the evaluation has. Otherwise the callback is not repeated,
+  // whatever the status is.
+  if (status != Status::Stop) ++position;
   if (GetExpression()->IsInComplexMode()) return status;
-  if (Result().Imaginary() != 0.0)
-    return status == Status::Done ? static_cast<long>(Status::NeedsComplex) : status;
+  if (Result().Imaginary() != 0.0) return StatusOfComplexResult(status);
   // a number again, of which this or an earlier run had set the imaginary part
   if (Result().IsComplex() && GetReturnType() == EQMDataType::Number) {
     double const real = Result().Real();
     Result().SetDatumType(EQMDataType::Number);
     Result().SetReal(real);
   }
+  return status;
+}
+
+/** What becomes of the callback's status where it gave a real evaluation a complex result. */
+long CQMCallbackOperator::StatusOfComplexResult(long status) {
+  if (status == Status::Done) return Status::NeedsComplex;
+  if (status != Status::Stop) return status;
+  // nothing is left to compute, so only the permission is asked for
+  if (!GetContext()->MayBecomeComplex()) return Error::ResultIsComplex;
+  GetExpression()->EnterComplexMode();
   return status;
 }
 

@@ -22,13 +22,17 @@ class CQMDefinedOperator : public CQMOperator {
   explicit CQMDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition);
   long GetOperandsNeeded() override { return static_cast<long>(m_definition->parameters.size()); }
   EQMDataType GetReturnType() override { return m_definition->returnType; }
+  std::unique_ptr<CQMOperator> MakeTwin() override;
 
  protected:
   /** Counts, presence, pending names and declared types of the operands. */
   long CheckParameters();
   SQMOperatorDefinition const& Definition() const { return *m_definition; }
-  /** A body bound to the operands, compiled; its error state tells how it went. */
-  std::unique_ptr<CQMExpression> CompileBody();
+  /** The operator in whose place this one stands in a copy of the expression; null in the original. */
+  CQMDefinedOperator* GetOriginal() const { return m_original; }
+  /** A body bound to the operands, compiled; a copy of original where there is one. Its error state tells how
+   * it went. */
+  std::unique_ptr<CQMExpression> CompileBody(CQMExpression* original);
   /** Runs body and copies its result by the return type. Moves position. */
   long RunBody(CQMExpression& body, long& position);
   std::vector<EQMDataType> OperandTypes() const;
@@ -42,6 +46,7 @@ class CQMDefinedOperator : public CQMOperator {
   long StoreBodyResult(CQMDatum* value);
 
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
+  CQMDefinedOperator* m_original = nullptr;
 };
 
 /** Compiles its body once, when it is verified, and keeps it. Complex operands ask for no complex evaluation.
@@ -74,6 +79,9 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
   long DoOperation(long& position) override;
 
   // ---- for the host, while the callback runs; parameters count from 0 ----
+  /** The operator that a handle of this one stands for: of an expression that is evaluated while it runs, the
+   * one whose callback was called last and has not returned. */
+  CQMCallbackOperator& GetAnswering() { return m_answering != nullptr ? *m_answering : *this; }
   // An index out of range makes the context's last error NotEnoughOperands, a wrong type TypeMismatch; the
   // answer is then 0, false, null, or 'X' for a type. Texts live until the same parameter is asked for again.
   long GetParameterCount() const { return GetOperandCount(); }
@@ -95,8 +103,11 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
   CQMDatum* Parameter(long index);
   void Report(long code);
   bool HasNumericResult() const;
+  long CallHost();
+  long StatusOfComplexResult(long status);
 
   Handle m_handle = 0;
+  CQMCallbackOperator* m_answering = nullptr;
   std::string m_signature;
   std::vector<std::string> m_texts;
 };
