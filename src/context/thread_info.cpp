@@ -37,11 +37,7 @@ bool CQMThreadInfo::IsExecutor(CQMLinkedObject const* object) const {
 CQMExecutor* CQMThreadInfo::AddExecutor(char const* name) {
   if (name == nullptr) return nullptr;
   if (CQMExecutor* const known = FindExecutor(name); known != nullptr) return known;
-  auto executor = std::make_unique<CQMExecutor>();
-  executor->SetObjectName(name);
-  CopySettings(GetCopies(), EQMContextKind::Private, *executor);
-  if (!executor->Initialize()) return nullptr;
-  return m_privates.Append(std::move(executor));
+  return m_privates.Append(CQMExecutor::Make(name, GetCopies(), EQMContextKind::Private));
 }
 
 bool CQMThreadInfo::DropExecutor(char const* name) {

@@ -32,8 +32,7 @@ class CQMThreadInfo : public CQMLinkedObject {
 
   CQMExecutor* FindExecutor(char const* name) const;
   bool IsExecutor(CQMLinkedObject const* object) const;
-  /** The private context of that name, made when there is none; it does not become current. Null when it
-   * cannot be made. */
+  /** The private context of that name, made when there is none; it does not become current. Null for null. */
   CQMExecutor* AddExecutor(char const* name);
   bool DropExecutor(char const* name);
   /** Makes executor current; with lock, waits for its lock first, and fails when the context is destroyed

@@ -47,11 +47,12 @@ class CQMDatum : public CQMLinkedObject {
   std::int32_t GetRevision() const { return m_revision; }
 
   /** Gives the final target this type, with fresh zeroed storage where it owns its storage and none
-   * otherwise. An array loses its elements: callers dimension it again. */
+   * otherwise. An array loses its elements: callers dimension it again. Without the memory it throws
+   * std::bad_alloc, and nothing has changed. */
   void SetDatumType(EQMDataType type);
-  /** Promotes a number to complex in place; every other request changes nothing, as does one without the
-   * memory. The elements are copied raw: in an array only element 0 keeps its real part in place. Returns the
-   * type that the datum has afterwards. */
+  /** Promotes a number to complex in place; every other request changes nothing. The elements are copied raw:
+   * in an array only element 0 keeps its real part in place. Returns the type that the datum has afterwards.
+   * Without the memory it throws std::bad_alloc, and nothing has changed. */
   EQMDataType ChangeDatumType(EQMDataType type);
   /** Length of a string buffer, terminator included. Accepted once, before the type is set; 0 takes it back.
    * A length below 0 or above kMaximumArrayBytes is ignored. */
@@ -105,8 +106,8 @@ class CQMDatum : public CQMLinkedObject {
   std::string_view GetText() const;
   /** Stores text with an end, cut to the buffer. Safe when text lies inside this datum. */
   void SetText(std::string_view text);
-  /** As SetText, after making the buffer of an owned scalar string long enough. For results, not for
-   * variables. */
+  /** As SetText, after making the buffer of an owned scalar string long enough; std::bad_alloc, with nothing
+   * changed, where there is no memory for it. For results, not for variables. */
   void SetWholeText(std::string_view text);
 
   // ---- values by part (0 real, 1 imaginary) and element ----

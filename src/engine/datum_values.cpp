@@ -1,6 +1,7 @@
 // Reading and writing the values of datums, by part and element, and their texts.
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "engine/datum.h"
@@ -116,11 +117,13 @@ void CQMDatum::SetWholeText(std::string_view text) {
   std::size_t const needed = text.size() + 1;
   constexpr auto kLongest = static_cast<std::size_t>(kMaximumArrayBytes);
   bool const mayGrow = m_type == EQMDataType::String && m_target == nullptr && m_ownsStorage && !IsArray();
-  if (!mayGrow || needed <= RoomAt(m_current) || needed > kLongest) return SetText(text);
+  if (!mayGrow || needed <= RoomAt(m_current)) return SetText(text);
+  if (needed > kLongest) throw std::bad_alloc();
   std::string const copy(text);  // text may lie in the storage that goes
   // by doubling: a text that grows by every turn of a loop is not copied by every turn
   std::size_t const size = std::clamp(2 * static_cast<std::size_t>(m_elementSize), needed, kLongest);
-  if (StoreElements(1, static_cast<std::int32_t>(size))) UpdateProxyDatums();
+  if (!StoreElements(1, static_cast<std::int32_t>(size))) throw std::bad_alloc();
+  UpdateProxyDatums();
   SetText(copy);
 }
 

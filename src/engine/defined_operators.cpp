@@ -1,6 +1,7 @@
 // Checking, compiling and running of host operators that have a body, and the callbacks.
 #include "engine/defined_operators.h"
 
+#include <new>
 #include <span>
 
 #include "base/stack_room.h"
@@ -44,7 +45,7 @@ bool Accepts(EQMDataType declared, EQMDataType actual) {
 }  // namespace
 
 std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition) {
-  if (definition->hasBody) {
+  if (definition->HasBody()) {
     if (definition->isRecursive) return std::make_unique<CQMRecursiveOperator>(std::move(definition));
     return std::make_unique<CQMExpressionOperator>(std::move(definition));
   }
@@ -81,6 +82,7 @@ std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody() {
   body->SetCosmicSymbolTable(context.GetCosmicSymbolTable());
   body->SetGlobalSymbolTable(context.GetGlobalSymbolTable());
   body->SetOperatorFactory(context.GetOperatorFactory());
+  body->ShareDefinitions(*GetExpression());
   body->SetParsedExpression(m_definition, {GetOperandList(), static_cast<std::size_t>(GetOperandCount())},
                             false);
   // only now: each operator of the body looks for its root, past all bodies that this one is nested in
@@ -166,8 +168,11 @@ long CQMCallbackOperator::VerifyOperands() {
 
 long CQMCallbackOperator::DoOperation(long& position) {
   if (m_handle == 0) m_handle = GetObjectHandle();
+  if (m_handle == 0) return Error::OutOfMemory;  // the host could neither read parameters nor set a result
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
-  long const status = Definition().callback(m_handle);
+  m_isOutOfMemory = false;
+  long status = Definition().callback(m_handle);
+  if (status == Status::Done && m_isOutOfMemory) status = Error::OutOfMemory;
   ++position;  // whatever the status is, the callback is not repeated
   if (GetExpression()->IsInComplexMode()) return status;
   if (Result().Imaginary() != 0.0)
@@ -183,6 +188,11 @@ long CQMCallbackOperator::DoOperation(long& position) {
 
 void CQMCallbackOperator::Report(long code) {
   if (CQMOperatorContext* const context = GetContext(); context != nullptr) context->SetLastError(code);
+}
+
+void CQMCallbackOperator::NoteOutOfMemory() {
+  m_isOutOfMemory = true;
+  Report(Error::OutOfMemory);
 }
 
 CQMDatum* CQMCallbackOperator::Parameter(long index) {
@@ -270,8 +280,13 @@ long CQMCallbackOperator::SetBooleanResult(bool value) {
 
 long CQMCallbackOperator::SetStringResult(char const* value) {
   if (!Result().IsString()) return Error::TypeMismatch;
-  Result().SetWholeText(value != nullptr ? value : "");
-  return Error::None;
+  try {
+    Result().SetWholeText(value != nullptr ? value : "");
+    return Error::None;
+  } catch (std::bad_alloc const&) {
+    NoteOutOfMemory();
+    return Error::OutOfMemory;
+  }
 }
 
 }  // namespace qumel

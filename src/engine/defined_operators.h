@@ -82,12 +82,14 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
   double GetImaginaryParameter(long index);
   bool GetBooleanParameter(long index);
   char const* GetStringParameter(long index);
-  // 0, or TypeMismatch when the result is of another kind.
+  // 0, TypeMismatch when the result is of another kind, or OutOfMemory.
   long SetNumericResult(double value);
   long SetRealResult(double value);
   long SetImaginaryResult(double value);
   long SetBooleanResult(bool value);
   long SetStringResult(char const* value);
+  /** A read or a result failed for want of memory: so does the operation, whatever the host makes of it. */
+  void NoteOutOfMemory();
 
  private:
   CQMDatum* Parameter(long index);
@@ -95,6 +97,7 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
   bool HasNumericResult() const;
 
   Handle m_handle = 0;
+  bool m_isOutOfMemory = false;  // during this run
   std::string m_signature;
   std::vector<std::string> m_texts;
 };

@@ -40,7 +40,8 @@ long CQMExpression::SetParsedExpression(std::string_view postfix, bool optimize)
 long CQMExpression::SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                                         std::span<CQMDatum* const> parameters, bool optimize) {
   m_definition = std::move(definition);
-  m_text = m_definition != nullptr ? m_definition->body : std::string();
+  SQMOperatorBody const* const body = m_definition != nullptr ? m_definition->GetBody() : nullptr;
+  m_text = body != nullptr ? body->postfix : std::string();
   return Compile(parameters, optimize);
 }
 
@@ -79,8 +80,8 @@ void CQMExpression::DestroyTokenLists() {
 }
 
 void CQMExpression::EnterComplexMode() {
+  m_resolver = m_context.GetResolver(EQMResolverClass::Complex);  // first, as there may be no memory for it
   m_complexMode = true;
-  m_resolver = m_context.GetResolver(EQMResolverClass::Complex);
 }
 
 // ---- symbols ----
@@ -101,8 +102,8 @@ EQMDataType CQMExpression::GetNextNumericSymbolDataType() {
 }
 
 void CQMExpression::AddSymbol(std::unique_ptr<CQMDatum> symbol) {
-  m_localsByName.try_emplace(symbol->Name(), symbol.get());
-  m_locals.push_back(std::move(symbol));
+  CQMDatum* const added = m_locals.emplace_back(std::move(symbol)).get();
+  m_localsByName.try_emplace(added->Name(), added);
 }
 
 CQMDatum* CQMExpression::GetSymbol(std::string_view name) const {

@@ -17,6 +17,7 @@
 namespace qumel {
 
 class CQMOperatorFactory;
+class CQMReachableDefinitions;
 class CQMResolver;
 class CQMSymbolTable;
 
@@ -42,6 +43,9 @@ class CQMExpression : public CQMLinkedObject {
   long SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                            std::span<CQMDatum* const> parameters, bool optimize);
   std::string const& GetParsedText() const { return m_text; }
+  /** Before compiling: other, which lives as long as this one, keeps the definitions of host operators for
+   * both. */
+  void ShareDefinitions(CQMExpression const& other) { m_definitions = other.m_definitions; }
 
   // ---- symbols ----
   void SetNextSymbolScope(char scope) { m_nextScope = scope; }
@@ -116,6 +120,7 @@ class CQMExpression : public CQMLinkedObject {
 
   std::string m_text;
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
+  std::shared_ptr<CQMReachableDefinitions> m_definitions;  // made with the first host operator
   std::vector<std::unique_ptr<CQMDatum>> m_locals;
   std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
   std::vector<std::unique_ptr<CQMDatum>> m_temporaries;  // literals and names not confirmed

@@ -6,6 +6,7 @@
 #include "engine/expression.h"
 #include "engine/operator_factory.h"
 #include "engine/postfix_reader.h"
+#include "engine/reachable_definitions.h"
 #include "storage/symbol_table.h"
 
 namespace qumel {
@@ -57,7 +58,10 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
   std::size_t const point = text.find(PostfixMark::kCount);
   long const id = ParseLong(text.substr(0, point));
   long const wanted = point == std::string_view::npos ? 0 : ParseLong(text.substr(point + 1));
-  std::unique_ptr<CQMOperator> made = m_factory != nullptr ? m_factory->GetOperator(id) : nullptr;
+  if (id > OpId::LastStandard && m_definitions == nullptr)
+    m_definitions = std::make_shared<CQMReachableDefinitions>(m_context);
+  std::unique_ptr<CQMOperator> made =
+      m_factory != nullptr ? m_factory->GetOperator(id, m_definitions.get()) : nullptr;
   if (made == nullptr) return Error::UnimplementedOperator;
   CQMOperator& op = *made;
   long const index = GetOperatorCount();

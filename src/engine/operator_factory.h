@@ -9,6 +9,8 @@
 namespace qumel {
 
 class CQMOperatorContext;
+class CQMReachableDefinitions;
+struct SQMOperatorDefinition;
 
 using OperatorMaker = std::unique_ptr<CQMOperator> (*)();
 
@@ -35,10 +37,12 @@ class CQMOperatorFactory : public CQMLinkedObject {
 
   void Initialize(CQMOperatorContext* context) { m_context = context; }
   /** A new operator that carries id, or null for an id that names nothing. Ids above LastStandard are looked
-   * up among the operators that hosts defined. */
-  std::unique_ptr<CQMOperator> GetOperator(long id);
+   * up among the operators that hosts defined: first those that known has, to which others are added. */
+  std::unique_ptr<CQMOperator> GetOperator(long id, CQMReachableDefinitions* known = nullptr);
 
  private:
+  std::shared_ptr<SQMOperatorDefinition const> FindDefinition(long id, CQMReachableDefinitions* known) const;
+
   CQMOperatorContext* m_context = nullptr;
 };
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/reachable_definitions.h"
 #include "program_runner.h"
 #include "support/failing_allocation.h"
 
@@ -273,8 +274,7 @@ TEST_F(Expression, NamesAreLookedUpFromTheInsideOut) {
   EXPECT_EQ(m_context.Run("X"), "none");
 
   auto definition = std::make_shared<SQMOperatorDefinition>();
-  definition->hasBody = true;
-  definition->body = "@x@y!1101.2;@x@x#d7!101.2!1101.2;";
+  CQMReachableDefinitions::GiveBody(*definition, {"@x@y!1101.2;@x@x#d7!101.2!1101.2;", {}});
   definition->parameters = {{"x", EQMDataType::Number}, {"", EQMDataType::Number}};
   CQMDatum parameters[] = {{EQMDataType::Number, "a"}, {EQMDataType::Number, "b"}};
   parameters[0].SetReal(10.0);
