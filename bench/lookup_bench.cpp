@@ -55,6 +55,53 @@ void CreateAndDelete(benchmark::State& state) {
 }
 BENCHMARK(CreateAndDelete)->Arg(10)->Arg(100000);
 
+// Whole crowds, oldest first: what each one costs must not depend on how many there are.
+
+void DeleteVariables(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    Frame frame;
+    auto const nameOf = [](long i) { return "variable" + std::to_string(i); };
+    for (long i = 0; i < state.range(0); ++i) qmReleaseVarHandle(qmCreateNumVar('L', nameOf(i).c_str(), 1));
+    state.ResumeTiming();
+    for (long i = 0; i < state.range(0); ++i) qmDeleteVar('L', nameOf(i).c_str());
+    ExpectNoError(state);
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(DeleteVariables)->RangeMultiplier(10)->Range(100, 100000)->Complexity(benchmark::oN);
+
+void DeleteOperators(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    Frame frame;
+    auto const nameOf = [](long i) { return "op" + std::to_string(i); };
+    for (long i = 0; i < state.range(0); ++i)
+      qmDefineExpOp('L', nameOf(i).c_str(), "prefix", "number", "number x", nullptr, "x");
+    state.ResumeTiming();
+    for (long i = 0; i < state.range(0); ++i) qmDeleteOp('L', nameOf(i).c_str());
+    ExpectNoError(state);
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(DeleteOperators)->RangeMultiplier(10)->Range(100, 10000)->Complexity(benchmark::oN);
+
+void SetContextByName(benchmark::State& state) {
+  Frame frame;
+  std::vector<std::string> names;
+  for (long i = 0; i < state.range(0); ++i) {
+    names.push_back("context" + std::to_string(i));
+    qmCreatePublicContext(names.back().c_str());
+  }
+  std::size_t next = 0;
+  for (auto _ : state) {
+    next = (next + 7919) % names.size();
+    benchmark::DoNotOptimize(qmSetContext(names[next].c_str(), false));
+  }
+  ExpectNoError(state);
+}
+BENCHMARK(SetContextByName)->Arg(10)->Arg(10000);
+
 void AskTheThreadsRecord(benchmark::State& state) {
   Frame frame;
   for (auto _ : state) benchmark::DoNotOptimize(qmGetLastErrorID());

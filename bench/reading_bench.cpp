@@ -33,6 +33,14 @@ void ParseNames(benchmark::State& state) {
   for (long i = 0; i < state.range(0); ++i) text += "name" + std::to_string(i) + " = 1; ";
   Parse(state, text);
 }
+void ParseAssignments(benchmark::State& state) { Parse(state, Repeat("y = ", state.range(0), "1")); }
+void ParseAndJoinTexts(benchmark::State& state) {
+  Frame frame;
+  std::string const text = Repeat("\"a\" + ", state.range(0), "\"a\"");
+  for (auto _ : state) benchmark::DoNotOptimize(qmEvalExpStr(text.c_str()));
+  ExpectNoError(state);
+  state.SetComplexityN(state.range(0));
+}
 void ParseNested(benchmark::State& state) {
   Parse(state, Repeat("(", state.range(0), "x") + std::string(static_cast<std::size_t>(state.range(0)), ')'));
 }
@@ -40,6 +48,8 @@ void ParseNested(benchmark::State& state) {
 BENCHMARK(ParseSum)->RangeMultiplier(10)->Range(10, 100000)->Complexity(benchmark::oN);
 BENCHMARK(ParseStatements)->RangeMultiplier(10)->Range(10, 100000)->Complexity(benchmark::oN);
 BENCHMARK(ParseNames)->RangeMultiplier(10)->Range(10, 10000)->Complexity(benchmark::oN);
+BENCHMARK(ParseAssignments)->RangeMultiplier(10)->Range(10, 100000)->Complexity(benchmark::oN);
+BENCHMARK(ParseAndJoinTexts)->RangeMultiplier(10)->Range(10, 100000)->Complexity(benchmark::oN);
 BENCHMARK(ParseNested)->RangeMultiplier(10)->Range(10, 100000)->Complexity(benchmark::oN);
 
 }  // namespace

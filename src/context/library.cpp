@@ -80,7 +80,7 @@ void DestroyRecordsAndPublicContexts() {
   }
   while (records.RemoveFirst() != nullptr) {
   }
-  CQMSiblingList<CQMExecutor> executors;
+  CQMContextList executors;
   {
     std::scoped_lock const lock(g_library.executorListMutex);
     std::swap(executors, g_library.executors);

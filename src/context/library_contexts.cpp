@@ -61,8 +61,7 @@ Handle CreateContext(char const* name, Make make) {
 }  // namespace
 
 CQMExecutor* FindPublicLocked(char const* name) {
-  if (name == nullptr) return nullptr;
-  return g_library.executors.Find([name](CQMExecutor const& executor) { return executor.Name() == name; });
+  return name != nullptr ? g_library.executors.FindByName(name) : nullptr;
 }
 
 CQMExecutor* FindPublicExecutor(char const* name) {

@@ -25,8 +25,7 @@ CQMThreadInfo::~CQMThreadInfo() {
 // ---- private contexts ----
 
 CQMExecutor* CQMThreadInfo::FindExecutor(char const* name) const {
-  if (name == nullptr) return nullptr;
-  return m_privates.Find([name](CQMExecutor const& executor) { return executor.Name() == name; });
+  return name != nullptr ? m_privates.FindByName(name) : nullptr;
 }
 
 bool CQMThreadInfo::IsExecutor(CQMLinkedObject const* object) const {

@@ -3,9 +3,9 @@
 
 #include <atomic>
 
+#include "context/context_list.h"
 #include "context/executor.h"
 #include "context/settings.h"
-#include "context/sibling_list.h"
 
 namespace qumel {
 
@@ -106,7 +106,7 @@ class CQMThreadInfo : public CQMLinkedObject {
   unsigned long m_threadId;
   std::atomic<CQMExecutor*> m_current{nullptr};
   bool m_locked = false;
-  CQMSiblingList<CQMExecutor> m_privates;
+  CQMContextList m_privates;
   SQMSettings m_settings;
   std::atomic<CQMExecutor*> m_used{nullptr};      // by the outermost call
   std::atomic<CQMExecutor*> m_entering{nullptr};  // by a nested call, until the context counts it

@@ -33,6 +33,7 @@ bool CQMDatum::StoreElements(std::int64_t count, std::int32_t elementSize) {
   m_value = bytes == 0 ? nullptr : m_storage != nullptr ? m_storage.get() : m_inline;
   m_storageBytes = bytes;
   m_elementSize = elementSize;
+  m_joinedLength = kUnknownLength;
   RefreshCurrent();
   return true;
 }
@@ -59,6 +60,7 @@ void CQMDatum::SetValuePointer(void* memory) {
 
 void CQMDatum::ClearValue() {
   CQMDatum& datum = FinalTarget();
+  datum.m_joinedLength = kUnknownLength;
   if (datum.m_value == nullptr) {
     std::fill(std::begin(datum.m_inline), std::end(datum.m_inline), std::byte{0});
   } else if (datum.m_ownsStorage && datum.HoldsOwnStorage()) {

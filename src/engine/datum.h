@@ -109,6 +109,10 @@ class CQMDatum : public CQMLinkedObject {
   /** As SetText, after making the buffer of an owned scalar string long enough; std::bad_alloc, with nothing
    * changed, where there is no memory for it. For results, not for variables. */
   void SetWholeText(std::string_view text);
+  /** Makes this result the text of first and second. Where the caller allows it, which it does for a result
+   * that nobody else reads before it is computed anew, the buffer of one is taken over: a chain of additions
+   * then copies each text once, and has one buffer. std::bad_alloc as for SetWholeText. */
+  void SetJoinedText(CQMDatum& first, bool mayTakeFirst, CQMDatum& second, bool mayTakeSecond);
 
   // ---- values by part (0 real, 1 imaginary) and element ----
   /** Start of the elements, or the element of a proxy; null where there is no storage. */
@@ -193,13 +197,17 @@ class CQMDatum : public CQMLinkedObject {
   static constexpr long kMostExtents = kMaximumDimensions + 1;  // a string's buffer length included
   // Reads of eight bytes at a part of any element end inside owned storage.
   static constexpr std::size_t kReadMargin = 16;
+  static constexpr std::size_t kUnknownLength = ~std::size_t{0};
 
   // storage
   bool HoldsOwnStorage() const {
     return m_value == m_inline || (m_storage != nullptr && m_value == m_storage.get());
   }
   bool HasStoredDimensions() const { return m_dimensionCount > 0 && m_dimensionCount <= kMaximumDimensions; }
+  bool IsPlainText() const;
   bool StoreElements(std::int64_t count, std::int32_t elementSize);
+  void GrowBuffer(std::size_t needed);
+  void TakeBufferOf(CQMDatum& giver);
   void DropStorage();
 
   // addresses
@@ -211,6 +219,9 @@ class CQMDatum : public CQMLinkedObject {
   bool IsPartThere(long part, bool promote);
   void WritePart(std::byte* element, long part, void const* source);
   void StoreText(std::byte* element, std::string_view text);
+  std::size_t TextLength() const {
+    return m_joinedLength != kUnknownLength ? m_joinedLength : GetText().size();
+  }
   bool Locate(std::span<long const> indices, long base, long& flatIndex) const;
   void CopyDimensions(CQMDatum const& source);
 
@@ -234,6 +245,7 @@ class CQMDatum : public CQMLinkedObject {
   std::byte* m_value = nullptr;    // start of the elements, a proxy's element, or null without storage
   std::byte* m_current;            // the current element, or m_inline where there is no storage
   std::size_t m_storageBytes = 0;  // bytes from m_value on; 0 in proxies
+  std::size_t m_joinedLength = kUnknownLength;  // of the text that SetJoinedText stored
   CQMExpression* m_owner = nullptr;
   EQMDataType m_type = EQMDataType::Undefined;
   EQMTypeClass m_class = EQMTypeClass::Undefined;

@@ -1,7 +1,6 @@
 // Life, symbols and running of compiled expressions.
 #include "engine/expression.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "engine/operator_factory.h"
@@ -72,6 +71,7 @@ void CQMExpression::DestroyTokenLists() {
   m_operators.clear();  // before the datums: results may be proxies of them
   m_operands.clear();
   m_temporaries.clear();
+  m_names.clear();
   for (CQMDatum* symbol : m_references) {
     if (symbol != nullptr)
       symbol->ReleaseRef();  // a place stays empty when memory runs out before its symbol
@@ -114,10 +114,8 @@ CQMDatum* CQMExpression::GetSymbol(std::string_view name) const {
 
 long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
   if (datum == nullptr || !datum->IsPending()) return Error::None;
-  // A new name is confirmed soon after it was read, so it stands near the end.
-  auto const owned = std::find_if(m_temporaries.rbegin(), m_temporaries.rend(),
-                                  [datum](auto const& temporary) { return temporary.get() == datum; });
-  if (owned == m_temporaries.rend()) return Error::NotFound;
+  auto const owned = m_names.find(datum);
+  if (owned == m_names.end()) return Error::NotFound;
   char scope = UseNextSymbolScope();
   if (scope == Scope::kDefault) scope = m_context.GetDefaultVariableScope();
   CQMSymbolTable* const table = scope == Scope::kCosmic   ? m_cosmicTable
@@ -137,11 +135,11 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
   }
   if (table == nullptr) {
     SettleSymbol(*datum, Scope::kLocal);
-    AddSymbol(std::move(*owned));
+    AddSymbol(std::move(owned->second));
   } else {
-    static_cast<void>(owned->release());  // the table owns it now
+    static_cast<void>(owned->second.release());  // the table owns it now
   }
-  m_temporaries.erase(std::next(owned).base());
+  m_names.erase(owned);
   return Error::None;
 }
 

@@ -77,6 +77,7 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
   long first = index;
   for (long i = 0; i < count && !stack.empty(); ++i) {
     if (op.AssignOperand(stack.back().datum) != Error::None) break;
+    if (stack.back().isResult) op.SetOnlyReader(count - 1 - i);
     first = std::min(first, stack.back().firstOperator);
     stack.pop_back();
   }
@@ -89,17 +90,19 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
   if (declared != nullptr) {
     stack.push_back({declared, first});
   } else if (!LeavesNothing(id)) {
-    stack.push_back({result, first});
+    stack.push_back({result, first, true});
   }
   return Error::None;
 }
 
-CQMDatum* CQMExpression::MakeTemporary() {
-  CQMDatum* const made = m_temporaries.emplace_back(std::make_unique<CQMDatum>()).get();
+std::unique_ptr<CQMDatum> CQMExpression::NewTemporary() {
+  auto made = std::make_unique<CQMDatum>();
   made->SetTemporary(true);
   made->SetOwningExpression(this);
   return made;
 }
+
+CQMDatum* CQMExpression::MakeTemporary() { return m_temporaries.emplace_back(NewTemporary()).get(); }
 
 CQMDatum* CQMExpression::ReadNumber(std::string_view text) {
   bool const hasSmallDigits = std::any_of(text.begin() + (text.empty() ? 0 : 1), text.end(),
@@ -126,10 +129,11 @@ CQMDatum* CQMExpression::ReadSymbol(std::string_view name, std::span<CQMDatum* c
   if (CQMDatum* const parameter = FindParameter(name, parameters); parameter != nullptr) return parameter;
   if (CQMDatum* const local = GetSymbol(name); local != nullptr) return local;
   if (CQMDatum* const symbol = FindTableSymbol(name); symbol != nullptr) return symbol;
-  CQMDatum* const datum = MakeTemporary();
+  std::unique_ptr<CQMDatum> datum = NewTemporary();
   datum->SetDatumName(std::string(name).c_str());
   datum->SetPending(true);
-  return datum;
+  CQMDatum* const read = datum.get();
+  return m_names.try_emplace(read, std::move(datum)).first->second.get();
 }
 
 CQMDatum* CQMExpression::FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const {
