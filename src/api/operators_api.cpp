@@ -9,11 +9,14 @@ using namespace qumel;
 
 namespace {
 
+/** Without a context the value is 0; without memory it is the code, as after every other failure. */
 template <class Call>
 long OnDefiner(Call call) noexcept {
   return OnContext(0L, [&](CQMExecutor& context) {
     CQMOperatorDefiner definer(context);
-    return call(definer);
+    long const code = Guarded<long>(Error::OutOfMemory, [&] { return call(definer); });
+    if (code == Error::OutOfMemory) context.SetLastError(code);
+    return code;
   });
 }
 
@@ -21,11 +24,12 @@ long OnDefiner(Call call) noexcept {
  * context: the operator knows its own. */
 template <class Value, class Call>
 Value OnOperator(Handle handle, Value missing, Call call) noexcept {
+  auto* const op = dynamic_cast<CQMCallbackOperator*>(ObjectFromHandle<CQMOperator>(handle));
+  if (op == nullptr) return missing;
   try {
-    CQMOperator* const object = ObjectFromHandle<CQMOperator>(handle);
-    auto* const op = dynamic_cast<CQMCallbackOperator*>(object);
-    return op != nullptr ? call(op->GetAnswering()) : missing;
+    return call(op->GetAnswering());
   } catch (...) {
+    op->GetAnswering().NoteOutOfMemory();
     return missing;
   }
 }

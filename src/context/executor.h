@@ -37,6 +37,10 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   ~CQMExecutor() override;
 
   // ---- lifecycle (executor_lifecycle.cpp) ----
+  /** A context that is initialised, with those of the settings that its kind copies, and has its handle.
+   * std::bad_alloc without the memory. */
+  static std::unique_ptr<CQMExecutor> Make(char const* name, SQMSettings const& settings,
+                                           EQMContextKind kind);
   /** Builds the tables; the first context of the process builds the process-wide ones. Settings of the first
    * group can only be chosen before. */
   bool Initialize();

@@ -2,6 +2,7 @@
 // context's lock.
 #include <cerrno>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "context/executor.h"
@@ -56,6 +57,15 @@ CQMExecutor::~CQMExecutor() {
   sem_destroy(&m_semaphore);
   std::scoped_lock const lock(g_cosmicMutex);
   if (--sm_lExecutorCount == 0) DestroyCosmicTables();
+}
+
+std::unique_ptr<CQMExecutor> CQMExecutor::Make(char const* name, SQMSettings const& settings,
+                                               EQMContextKind kind) {
+  auto executor = std::make_unique<CQMExecutor>();
+  executor->SetObjectName(name);
+  CopySettings(settings, kind, *executor);
+  if (!executor->Initialize() || executor->GetObjectHandle() == 0) throw std::bad_alloc();
+  return executor;
 }
 
 bool CQMExecutor::Initialize() {

@@ -43,10 +43,7 @@ unsigned long OwnThreadId() {
 
 /** Under the thread list's lock. */
 void CreatePrimaryExecutor(CQMThreadInfo& creator) {
-  auto executor = std::make_unique<CQMExecutor>();
-  executor->SetObjectName(kPrimaryName);
-  CopySettings(creator.GetCopies(), EQMContextKind::Primary, *executor);
-  if (!executor->Initialize()) return;
+  auto executor = CQMExecutor::Make(kPrimaryName, creator.GetCopies(), EQMContextKind::Primary);
   g_library.primaryExecutor.store(executor.release());
   g_library.defaultExecutor.store(g_library.primaryExecutor.load());
 }
@@ -83,7 +80,7 @@ void DestroyRecordsAndPublicContexts() {
   }
   while (records.RemoveFirst() != nullptr) {
   }
-  CQMSiblingList<CQMExecutor> executors;
+  CQMContextList executors;
   {
     std::scoped_lock const lock(g_library.executorListMutex);
     std::swap(executors, g_library.executors);

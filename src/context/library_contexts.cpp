@@ -1,6 +1,7 @@
 // The named contexts: making, finding, choosing, locking and destroying them.
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "context/context_use.h"
 #include "context/library.h"
@@ -32,11 +33,35 @@ bool HasLockableContext(CQMContextUse const& call) {
   return call.GetExecutor() != nullptr && call.GetExecutor() != g_library.primaryExecutor.load();
 }
 
+/** In the context that the calling thread asks for its last error: the current or else the default one. */
+void ReportOutOfMemory(CQMContextUse const& call) {
+  if (call.GetExecutor() != nullptr) return call.GetExecutor()->SetLastError(Error::OutOfMemory);
+  std::unique_lock lock(g_library.threadListMutex);
+  CQMExecutor* const executor = g_library.defaultExecutor.load();
+  if (executor == nullptr) return;
+  CQMContextUse const target(*call.GetRecord(), *executor);  // it may be destroyed from here on
+  lock.unlock();
+  executor->SetLastError(Error::OutOfMemory);
+}
+
+/** What make answers for the calling thread's record; 0, with the code of exhausted memory, when it throws.
+ */
+template <class Make>
+Handle CreateContext(char const* name, Make make) {
+  CQMContextUse const call(false);
+  if (call.GetRecord() == nullptr || name == nullptr || IsPrimaryName(name)) return 0;
+  try {
+    return make(*call.GetRecord());
+  } catch (std::bad_alloc const&) {
+    ReportOutOfMemory(call);
+    return 0;
+  }
+}
+
 }  // namespace
 
 CQMExecutor* FindPublicLocked(char const* name) {
-  if (name == nullptr) return nullptr;
-  return g_library.executors.Find([name](CQMExecutor const& executor) { return executor.Name() == name; });
+  return name != nullptr ? g_library.executors.FindByName(name) : nullptr;
 }
 
 CQMExecutor* FindPublicExecutor(char const* name) {
@@ -64,21 +89,16 @@ bool DropPublicExecutor(char const* name) {
 }
 
 Handle CreatePublicContext(char const* name) {
-  CQMContextUse const call(false);
-  if (call.GetRecord() == nullptr || name == nullptr || IsPrimaryName(name)) return 0;
-  std::scoped_lock const lock(g_library.executorListMutex);
-  if (CQMExecutor* const known = FindPublicLocked(name); known != nullptr) return known->GetObjectHandle();
-  auto executor = std::make_unique<CQMExecutor>();
-  executor->SetObjectName(name);
-  CopySettings(call.GetRecord()->GetCopies(), EQMContextKind::Public, *executor);
-  if (!executor->Initialize()) return 0;
-  return g_library.executors.Append(std::move(executor))->GetObjectHandle();
+  return CreateContext(name, [name](CQMThreadInfo& record) {
+    std::scoped_lock const lock(g_library.executorListMutex);
+    if (CQMExecutor* const known = FindPublicLocked(name); known != nullptr) return known->GetObjectHandle();
+    auto executor = CQMExecutor::Make(name, record.GetCopies(), EQMContextKind::Public);
+    return g_library.executors.Append(std::move(executor))->GetObjectHandle();
+  });
 }
 
 Handle CreatePrivateContext(char const* name) {
-  CQMContextUse const call(false);
-  if (call.GetRecord() == nullptr || name == nullptr || IsPrimaryName(name)) return 0;
-  return HandleOf(call.GetRecord()->AddExecutor(name));
+  return CreateContext(name, [name](CQMThreadInfo& record) { return HandleOf(record.AddExecutor(name)); });
 }
 
 bool DestroyPrivateContext(char const* name) {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <mutex>
 
+#include "context/context_list.h"
 #include "context/executor.h"
 #include "context/sibling_list.h"
 #include "context/thread_info.h"
@@ -29,7 +30,7 @@ struct SQMLibraryState {
   std::atomic<CQMExecutor*> defaultExecutor{nullptr};
 
   std::recursive_mutex executorListMutex;  // guards executors
-  CQMSiblingList<CQMExecutor> executors;
+  CQMContextList executors;
 };
 
 extern constinit SQMLibraryState g_library;

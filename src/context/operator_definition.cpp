@@ -6,6 +6,8 @@
 #include <fstream>
 #include <string_view>
 
+#include "engine/reachable_definitions.h"
+
 namespace qumel {
 
 namespace {
@@ -78,7 +80,7 @@ long ReadFile(char const* path, std::string& text) {
 
 struct CQMOperatorDefiner::SQMChecked {
   EQMFix fix = EQMFix::None;
-  SQMOperatorDefinition definition;
+  std::shared_ptr<SQMOperatorDefinition> definition = std::make_shared<SQMOperatorDefinition>();
 };
 
 long CQMOperatorDefiner::Conclude(long code) {
@@ -93,10 +95,9 @@ CQMOperatorList& CQMOperatorDefiner::ListOf(char scope) const {
 long CQMOperatorDefiner::Define(SQMOperatorDeclaration const& declaration, char const* text) {
   SQMChecked checked;
   if (long const code = Check(declaration, checked); code != Error::None) return Conclude(code);
-  checked.definition.hasBody = !IsMissing(text);
-  checked.definition.isRecursive = !checked.definition.hasBody;
-  if (checked.definition.hasBody) {
-    if (long const code = Convert(text, checked.definition.body); code != Error::None) return Conclude(code);
+  checked.definition->isRecursive = IsMissing(text);
+  if (!checked.definition->isRecursive) {
+    if (long const code = GiveBody(*checked.definition, text); code != Error::None) return Conclude(code);
   }
   return Conclude(Load(declaration, std::move(checked)));
 }
@@ -105,26 +106,17 @@ long CQMOperatorDefiner::Attach(SQMOperatorDeclaration const& declaration, Opera
   SQMChecked checked;
   if (long const code = Check(declaration, checked); code != Error::None) return Conclude(code);
   if (callback == nullptr) return Conclude(Error::NoFunctionPointer);
-  checked.definition.callback = callback;
+  checked.definition->callback = callback;
   return Conclude(Load(declaration, std::move(checked)));
 }
 
 long CQMOperatorDefiner::DefineBody(char scope, char const* name, char const* text) {
   CQMOpInfo info;
   if (name == nullptr || !ListOf(scope).CopyByToken(name, info)) return Conclude(Error::NotFound);
-  if (info.definition != nullptr && info.definition->hasBody) return Conclude(Error::OperatorExists);
+  if (info.definition != nullptr && info.definition->HasBody()) return Conclude(Error::OperatorExists);
   if (!info.bodyPending) return Conclude(Error::NotAwaitingBody);
   if (IsMissing(text)) return Conclude(Error::NoExpressionSupplied);
-  auto definition = std::make_shared<SQMOperatorDefinition>(*info.definition);
-  if (long const code = Convert(text, definition->body); code != Error::None) return Conclude(code);
-  definition->hasBody = true;  // it stays recursive: its body may name the operator itself
-  bool isFirst = false;        // of the threads that give a process-wide one its body
-  bool const isThere = ListOf(scope).ChangeDefined(info.id, [&](CQMOpInfo& row) {
-    isFirst = !row.definition->hasBody;
-    if (isFirst) row.definition = std::move(definition);
-  });
-  if (!isThere) return Conclude(Error::NotFound);
-  return Conclude(isFirst ? Error::None : Error::OperatorExists);
+  return Conclude(GiveBody(*info.definition, text));  // it stays recursive: its body may name the operator
 }
 
 long CQMOperatorDefiner::Read(SQMOperatorDeclaration const& declaration, char const* path) {
@@ -156,8 +148,8 @@ long CQMOperatorDefiner::Check(SQMOperatorDeclaration const& declaration, SQMChe
   if (IsMissing(declaration.returnWord)) return Error::NoReturnType;
   auto const type = FindWord(kTypeWords, declaration.returnWord);
   if (type == kTypeWords.end()) return Error::InvalidReturnType;
-  checked.definition.returnType = type->value;
-  return ParseParameters(declaration.parameters, checked.definition.parameters);
+  checked.definition->returnType = type->value;
+  return ParseParameters(declaration.parameters, checked.definition->parameters);
 }
 
 // entry {separator entry}, with entry = type word, name | type word | name; blanks anywhere between words
@@ -181,18 +173,17 @@ long CQMOperatorDefiner::ParseParameters(char const* text,
   return Error::None;
 }
 
-long CQMOperatorDefiner::Convert(char const* text, std::string& postfix) {
-  char const* const converted = m_context.ConvertExpression(text);
+long CQMOperatorDefiner::GiveBody(SQMOperatorDefinition& definition, char const* text) {
+  char const* const postfix = m_context.ConvertExpression(text);
   if (long const code = m_context.GetLastErrorID(); code != Error::None) return code;
-  postfix = converted;
-  return Error::None;
+  return CQMReachableDefinitions::GiveBody(definition, CQMReachableDefinitions::MakeBody(postfix, m_context));
 }
 
 long CQMOperatorDefiner::Load(SQMOperatorDeclaration const& declaration, SQMChecked&& checked) {
   auto info = std::make_unique<CQMOpInfo>(declaration.name);
   info->id = CQMExecutor::GetNextExternalOperatorID();
   info->fix = checked.fix;
-  info->minOperands = info->maxOperands = static_cast<std::int32_t>(checked.definition.parameters.size());
+  info->minOperands = info->maxOperands = static_cast<std::int32_t>(checked.definition->parameters.size());
   CQMOpInfo neighbour;
   bool const hasNeighbour =
       !IsMissing(declaration.precedenceOperator) &&
@@ -200,9 +191,11 @@ long CQMOperatorDefiner::Load(SQMOperatorDeclaration const& declaration, SQMChec
   info->precedence = hasNeighbour ? neighbour.precedence : kDefaultPrecedence;
   info->rightAssociative = checked.fix == EQMFix::Prefix;
   info->userDefined = true;
-  info->bodyPending = !checked.definition.hasBody && checked.definition.callback == nullptr;
-  info->returnType = checked.definition.returnType;
-  info->definition = std::make_shared<SQMOperatorDefinition const>(std::move(checked.definition));
+  info->bodyPending = checked.definition->isRecursive;
+  info->returnType = checked.definition->returnType;
+  info->definition = std::move(checked.definition);
+  info->definition->id = info->id;
+  info->definition->owner = declaration.scope == Scope::kCosmic ? nullptr : &m_context;
   bool const isFirst =
       ListOf(declaration.scope).Load(std::move(info), m_context.GetSettings().allowImpliedMultiplication);
   return isFirst ? Error::None : Error::OperatorExists;

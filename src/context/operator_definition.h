@@ -43,7 +43,7 @@ class CQMOperatorDefiner {
   CQMOperatorList& ListOf(char scope) const;
   long Check(SQMOperatorDeclaration const& declaration, SQMChecked& checked) const;
   long ParseParameters(char const* text, std::vector<SQMOperatorParameter>& parameters) const;
-  long Convert(char const* text, std::string& postfix);
+  long GiveBody(SQMOperatorDefinition& definition, char const* text);
   long Load(SQMOperatorDeclaration const& declaration, SQMChecked&& checked);
   long Conclude(long code);
 

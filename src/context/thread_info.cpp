@@ -25,8 +25,7 @@ CQMThreadInfo::~CQMThreadInfo() {
 // ---- private contexts ----
 
 CQMExecutor* CQMThreadInfo::FindExecutor(char const* name) const {
-  if (name == nullptr) return nullptr;
-  return m_privates.Find([name](CQMExecutor const& executor) { return executor.Name() == name; });
+  return name != nullptr ? m_privates.FindByName(name) : nullptr;
 }
 
 bool CQMThreadInfo::IsExecutor(CQMLinkedObject const* object) const {
@@ -37,11 +36,7 @@ bool CQMThreadInfo::IsExecutor(CQMLinkedObject const* object) const {
 CQMExecutor* CQMThreadInfo::AddExecutor(char const* name) {
   if (name == nullptr) return nullptr;
   if (CQMExecutor* const known = FindExecutor(name); known != nullptr) return known;
-  auto executor = std::make_unique<CQMExecutor>();
-  executor->SetObjectName(name);
-  CopySettings(GetCopies(), EQMContextKind::Private, *executor);
-  if (!executor->Initialize()) return nullptr;
-  return m_privates.Append(std::move(executor));
+  return m_privates.Append(CQMExecutor::Make(name, GetCopies(), EQMContextKind::Private));
 }
 
 bool CQMThreadInfo::DropExecutor(char const* name) {

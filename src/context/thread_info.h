@@ -3,9 +3,9 @@
 
 #include <atomic>
 
+#include "context/context_list.h"
 #include "context/executor.h"
 #include "context/settings.h"
-#include "context/sibling_list.h"
 
 namespace qumel {
 
@@ -32,8 +32,7 @@ class CQMThreadInfo : public CQMLinkedObject {
 
   CQMExecutor* FindExecutor(char const* name) const;
   bool IsExecutor(CQMLinkedObject const* object) const;
-  /** The private context of that name, made when there is none; it does not become current. Null when it
-   * cannot be made. */
+  /** The private context of that name, made when there is none; it does not become current. Null for null. */
   CQMExecutor* AddExecutor(char const* name);
   bool DropExecutor(char const* name);
   /** Makes executor current; with lock, waits for its lock first, and fails when the context is destroyed
@@ -107,7 +106,7 @@ class CQMThreadInfo : public CQMLinkedObject {
   unsigned long m_threadId;
   std::atomic<CQMExecutor*> m_current{nullptr};
   bool m_locked = false;
-  CQMSiblingList<CQMExecutor> m_privates;
+  CQMContextList m_privates;
   SQMSettings m_settings;
   std::atomic<CQMExecutor*> m_used{nullptr};      // by the outermost call
   std::atomic<CQMExecutor*> m_entering{nullptr};  // by a nested call, until the context counts it

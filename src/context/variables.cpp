@@ -96,7 +96,9 @@ bool CQMVariables::Enter(char scope, NewDatum datum) {
 }
 
 Handle CQMVariables::EnterWithHandle(char scope, NewDatum datum) {
-  Handle const handle = datum != nullptr ? datum->GetObjectHandle() : 0;
+  if (datum == nullptr) return 0;
+  Handle const handle = datum->GetObjectHandle();
+  if (handle == 0) return Refuse(Error::OutOfMemory), 0;
   return Enter(scope, std::move(datum)) ? handle : 0;
 }
 
@@ -129,7 +131,9 @@ char CQMVariables::LetterOf(CQMDatum const* datum) {
 Handle CQMVariables::GetHandle(char scope, char const* name) {
   FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
   if (datum == nullptr) return Refuse(Error::NotDefined), 0;
-  return datum->GetObjectHandle();
+  Handle const handle = datum->GetObjectHandle();
+  if (handle == 0) Refuse(Error::OutOfMemory);
+  return handle;
 }
 
 bool CQMVariables::ReleaseHandle(Handle handle) {

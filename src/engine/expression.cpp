@@ -41,7 +41,8 @@ long CQMExpression::SetParsedExpression(std::string_view postfix, bool optimize)
 long CQMExpression::SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                                         std::span<CQMDatum* const> parameters, bool optimize) {
   m_definition = std::move(definition);
-  m_text = m_definition != nullptr ? m_definition->body : std::string();
+  SQMOperatorBody const* const body = m_definition != nullptr ? m_definition->GetBody() : nullptr;
+  m_text = body != nullptr ? body->postfix : std::string();
   return Compile(parameters, optimize);
 }
 
@@ -51,6 +52,7 @@ long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const
   m_globalTable = original.m_globalTable;
   m_factory = original.m_factory;
   m_definition = original.m_definition;
+  m_definitions = original.m_definitions;
   m_text = original.m_text;
   return Compile(parameters, original.m_isOptimized);
 }
@@ -84,6 +86,7 @@ void CQMExpression::DestroyTokenLists() {
   m_operators.clear();  // before the datums: results may be proxies of them
   m_operands.clear();
   m_temporaries.clear();
+  m_names.clear();
   for (CQMDatum* symbol : m_references) {
     if (symbol != nullptr)
       symbol->ReleaseRef();  // a place stays empty when memory runs out before its symbol
@@ -92,8 +95,8 @@ void CQMExpression::DestroyTokenLists() {
 }
 
 void CQMExpression::EnterComplexMode() {
+  m_resolver = m_context.GetResolver(EQMResolverClass::Complex);  // first, as there may be no memory for it
   m_complexMode = true;
-  m_resolver = m_context.GetResolver(EQMResolverClass::Complex);
   if (m_original != nullptr) m_original->m_startsComplex = true;
 }
 
@@ -122,8 +125,8 @@ EQMDataType CQMExpression::GetNextNumericSymbolDataType() {
 }
 
 void CQMExpression::AddSymbol(std::unique_ptr<CQMDatum> symbol) {
-  m_localsByName.try_emplace(symbol->Name(), symbol.get());
-  m_locals.push_back(std::move(symbol));
+  CQMDatum* const added = m_locals.emplace_back(std::move(symbol)).get();
+  m_localsByName.try_emplace(added->Name(), added);
 }
 
 CQMDatum* CQMExpression::GetSymbol(std::string_view name) const {
@@ -134,10 +137,8 @@ CQMDatum* CQMExpression::GetSymbol(std::string_view name) const {
 
 long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
   if (datum == nullptr || !datum->IsPending()) return Error::None;
-  // A new name is confirmed soon after it was read, so it stands near the end.
-  auto const owned = std::find_if(m_temporaries.rbegin(), m_temporaries.rend(),
-                                  [datum](auto const& temporary) { return temporary.get() == datum; });
-  if (owned == m_temporaries.rend()) return Error::NotFound;
+  auto const owned = m_names.find(datum);
+  if (owned == m_names.end()) return Error::NotFound;
   char scope = UseNextSymbolScope();
   if (scope == Scope::kDefault) scope = m_context.GetDefaultVariableScope();
   CQMSymbolTable* const table = scope == Scope::kCosmic   ? m_cosmicTable
@@ -157,11 +158,11 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
   }
   if (table == nullptr) {
     SettleSymbol(*datum, Scope::kLocal);
-    AddSymbol(std::move(*owned));
+    AddSymbol(std::move(owned->second));
   } else {
-    static_cast<void>(owned->release());  // the table owns it now
+    static_cast<void>(owned->second.release());  // the table owns it now
   }
-  m_temporaries.erase(std::next(owned).base());
+  m_names.erase(owned);
   return Error::None;
 }
 

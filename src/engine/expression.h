@@ -18,6 +18,7 @@
 namespace qumel {
 
 class CQMOperatorFactory;
+class CQMReachableDefinitions;
 class CQMResolver;
 class CQMSymbolTable;
 
@@ -46,6 +47,9 @@ class CQMExpression : public CQMLinkedObject {
    * and intermediate results of its own, and shares everything else with its original, which outlives it. */
   long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
   std::string const& GetParsedText() const { return m_text; }
+  /** Before compiling: other, which lives as long as this one, keeps the definitions of host operators for
+   * both. */
+  void ShareDefinitions(CQMExpression const& other) { m_definitions = other.m_definitions; }
 
   // ---- symbols ----
   void SetNextSymbolScope(char scope) { m_nextScope = scope; }
@@ -82,7 +86,8 @@ class CQMExpression : public CQMLinkedObject {
  private:
   struct SQMWorkItem {
     CQMDatum* datum;
-    long firstOperator;  // where the operators that compute datum begin
+    long firstOperator;     // where the operators that compute datum begin
+    bool isResult = false;  // of an operator: it is pushed once, so whoever pops it alone reads it
   };
   using WorkStack = std::vector<SQMWorkItem>;
 
@@ -96,6 +101,7 @@ class CQMExpression : public CQMLinkedObject {
   CQMDatum* ReadString(std::string_view text);
   CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
   CQMDatum* MakeTemporary();
+  std::unique_ptr<CQMDatum> NewTemporary();
   CQMDatum* FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const;
   /** The symbol, with a reference that this expression gives back; null where the table has none. */
   CQMDatum* ReserveTableSymbol(CQMSymbolTable& table, std::string_view name);
@@ -131,9 +137,11 @@ class CQMExpression : public CQMLinkedObject {
   std::string m_text;
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
   CQMExpression* m_original = nullptr;  // of a copy
+  std::shared_ptr<CQMReachableDefinitions> m_definitions;  // made with the first host operator
   std::vector<std::unique_ptr<CQMDatum>> m_locals;
   std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
-  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;  // literals and names not confirmed
+  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;  // literals
+  std::unordered_map<CQMDatum const*, std::unique_ptr<CQMDatum>> m_names;  // read, and not confirmed
   std::vector<CQMDatum*> m_references;  // table symbols that this expression holds a reference on
   std::vector<CQMDatum*> m_operands;    // one an operand token
   std::vector<std::unique_ptr<CQMOperator>> m_operators;  // in execution order

@@ -6,6 +6,7 @@
 #include "base/postfix_reader.h"
 #include "engine/expression.h"
 #include "engine/operator_factory.h"
+#include "engine/reachable_definitions.h"
 #include "tables/symbol_table.h"
 
 namespace qumel {
@@ -57,6 +58,8 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
   std::size_t const point = text.find(PostfixMark::kCount);
   long const id = ParseLong(text.substr(0, point));
   long const wanted = point == std::string_view::npos ? 0 : ParseLong(text.substr(point + 1));
+  if (id > OpId::LastStandard && m_definitions == nullptr)
+    m_definitions = std::make_shared<CQMReachableDefinitions>(m_context);
   long const index = GetOperatorCount();
   std::unique_ptr<CQMOperator> made = MakeOperatorAt(index, id);
   if (made == nullptr) return Error::UnimplementedOperator;
@@ -73,6 +76,7 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
   long first = index;
   for (long i = 0; i < count && !stack.empty(); ++i) {
     if (op.AssignOperand(stack.back().datum) != Error::None) break;
+    if (stack.back().isResult) op.SetOnlyReader(count - 1 - i);
     first = std::min(first, stack.back().firstOperator);
     stack.pop_back();
   }
@@ -86,7 +90,7 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
   if (declared != nullptr) {
     stack.push_back({declared, first});
   } else if (!LeavesNothing(id)) {
-    stack.push_back({result, first});
+    stack.push_back({result, first, true});
   }
   return Error::None;
 }
@@ -96,15 +100,17 @@ std::unique_ptr<CQMOperator> CQMExpression::MakeOperatorAt(long index, long id) 
   if (m_original != nullptr) {
     if (auto twin = m_original->GetOperatorByIndex(index)->MakeTwin(); twin != nullptr) return twin;
   }
-  return m_factory != nullptr ? m_factory->GetOperator(id) : nullptr;
+  return m_factory != nullptr ? m_factory->GetOperator(id, m_definitions.get()) : nullptr;
 }
 
-CQMDatum* CQMExpression::MakeTemporary() {
-  CQMDatum* const made = m_temporaries.emplace_back(std::make_unique<CQMDatum>()).get();
+std::unique_ptr<CQMDatum> CQMExpression::NewTemporary() {
+  auto made = std::make_unique<CQMDatum>();
   made->SetTemporary(true);
   made->SetOwningExpression(this);
   return made;
 }
+
+CQMDatum* CQMExpression::MakeTemporary() { return m_temporaries.emplace_back(NewTemporary()).get(); }
 
 CQMDatum* CQMExpression::ReadNumber(std::string_view text) {
   bool const hasSmallDigits = std::any_of(text.begin() + (text.empty() ? 0 : 1), text.end(),
@@ -132,10 +138,11 @@ CQMDatum* CQMExpression::ReadSymbol(std::string_view name, std::span<CQMDatum* c
   if (m_original != nullptr) return m_original->m_operands[m_operands.size()];
   if (CQMDatum* const local = GetSymbol(name); local != nullptr) return local;
   if (CQMDatum* const symbol = FindTableSymbol(name); symbol != nullptr) return symbol;
-  CQMDatum* const datum = MakeTemporary();
+  std::unique_ptr<CQMDatum> datum = NewTemporary();
   datum->SetDatumName(std::string(name).c_str());
   datum->SetPending(true);
-  return datum;
+  CQMDatum* const read = datum.get();
+  return m_names.try_emplace(read, std::move(datum)).first->second.get();
 }
 
 CQMDatum* CQMExpression::FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const {

@@ -108,7 +108,10 @@ long CQMExpression::Substitute(long index) {
   made->SetParentObject(this);
   made->SetExpression(this);
   made->CreateOperandList(place->GetOperandCount());
-  for (long i = place->GetOperandCount() - 1; i >= 0; --i) made->AssignOperand(place->GetOperandByIndex(i));
+  for (long i = place->GetOperandCount() - 1; i >= 0; --i) {
+    made->AssignOperand(place->GetOperandByIndex(i));
+    if (place->IsOnlyReader(i)) made->SetOnlyReader(i);
+  }
   made->SetResultOperand(place->ReleaseResultOperand());
   made->SetEndsStatement(place->EndsStatement());
   place = std::move(made);

@@ -18,6 +18,7 @@ long CQMOperator::Finalize() {
 
 void CQMOperator::CreateOperandList(long count) {
   m_assigned = 0;
+  m_readAlone = 0;
   m_operands.assign(count > 0 ? static_cast<std::size_t>(count) : 0, nullptr);
 }
 

@@ -1,6 +1,7 @@
 // The base of all operator objects: operands, result, links, and the contract of verification and execution.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
@@ -58,6 +59,11 @@ class CQMOperator : public CQMLinkedObject {
   /** Fills the slots from the last to the first; TooManyOperands when none is left. */
   long AssignOperand(CQMDatum* operand);
   CQMDatum* GetOperandByIndex(long index) const;
+  /** The operand is a result of another operator that nobody but this one reads. */
+  void SetOnlyReader(long index) {
+    if (index < kMostReadAlone) m_readAlone |= 1U << index;
+  }
+  bool IsOnlyReader(long index) const { return index < kMostReadAlone && (m_readAlone >> index & 1U) != 0; }
   long GetOperandCount() const { return static_cast<long>(m_operands.size()); }
   CQMDatum** GetOperandList() { return m_operands.data(); }
   CQMDatum* GetResultOperand() const { return m_result.get(); }
@@ -148,8 +154,11 @@ class CQMOperator : public CQMLinkedObject {
   void StoreComplex(double real, double imaginary) { m_result->SetComplex(real, imaginary); }
 
  private:
+  static constexpr long kMostReadAlone = 32;
+
   std::vector<CQMDatum*> m_operands;
   long m_assigned = 0;
+  std::uint32_t m_readAlone = 0;  // a bit an operand
   std::unique_ptr<CQMDatum> m_result;
   CQMExpression* m_expression = nullptr;
   CQMOperator* m_topLinkOperator = nullptr;

@@ -2,20 +2,29 @@
 #include "engine/operator_factory.h"
 
 #include "engine/operator_context.h"
+#include "engine/reachable_definitions.h"
 
 namespace qumel {
 
-std::unique_ptr<CQMOperator> CQMOperatorFactory::GetOperator(long id) {
+std::unique_ptr<CQMOperator> CQMOperatorFactory::GetOperator(long id, CQMReachableDefinitions* known) {
   std::unique_ptr<CQMOperator> made;
   if (id <= OpId::LastStandard) {
     made = MakeOperator(id);
-  } else if (m_context != nullptr) {
-    if (auto definition = m_context->FindOperatorDefinition(id); definition != nullptr) {
-      made = MakeDefinedOperator(std::move(definition));
-    }
+  } else if (auto definition = FindDefinition(id, known); definition != nullptr) {
+    made = MakeDefinedOperator(std::move(definition));
   }
   if (made != nullptr) made->SetId(id);
   return made;
+}
+
+std::shared_ptr<SQMOperatorDefinition const> CQMOperatorFactory::FindDefinition(
+    long id, CQMReachableDefinitions* known) const {
+  if (known != nullptr) {
+    if (auto definition = known->Find(id); definition != nullptr) return definition;
+  }
+  auto definition = m_context != nullptr ? m_context->FindOperatorDefinition(id) : nullptr;
+  if (known != nullptr && definition != nullptr) known->Add(definition);
+  return definition;
 }
 
 }  // namespace qumel

@@ -8,6 +8,7 @@
 namespace qumel {
 
 class CQMOperatorContext;
+class CQMReachableDefinitions;
 struct SQMOperatorDefinition;
 
 // The floor of the operators, which stands above this one, defines these two.
@@ -21,10 +22,12 @@ class CQMOperatorFactory : public CQMLinkedObject {
  public:
   void Initialize(CQMOperatorContext* context) { m_context = context; }
   /** A new operator that carries id, or null for an id that names nothing. Ids above LastStandard are looked
-   * up among the operators that hosts defined. */
-  virtual std::unique_ptr<CQMOperator> GetOperator(long id);
+   * up among the operators that hosts defined: first those that known has, to which others are added. */
+  virtual std::unique_ptr<CQMOperator> GetOperator(long id, CQMReachableDefinitions* known = nullptr);
 
  private:
+  std::shared_ptr<SQMOperatorDefinition const> FindDefinition(long id, CQMReachableDefinitions* known) const;
+
   CQMOperatorContext* m_context = nullptr;
 };
 

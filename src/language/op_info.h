@@ -56,7 +56,7 @@ class CQMOpInfo : public CQMLinkedObject {
   bool bodyPending = false;
   EQMDataType returnType = EQMDataType::Undefined;  // Undefined: the operator decides
   /** Parameters, body and callback of a host's operator; null for the standard ones. */
-  std::shared_ptr<SQMOperatorDefinition const> definition;
+  std::shared_ptr<SQMOperatorDefinition> definition;
 };
 
 }  // namespace qumel

@@ -56,24 +56,31 @@ void SetDefaults(CQMOpInfo& info, bool isShared, bool impliedMultiplication) {
   }
 }
 
+/** Rows that were deleted, of a table that is not worth a new one. */
+constexpr long kSparedRows = 1000;
+
 std::unique_ptr<CQMTable> MakeTable() {
+  constexpr auto kTokenWidth = static_cast<long>(CQMOpInfo::kLongestToken);
   auto table = std::make_unique<CQMTable>();
-  table->AppendColumn(kTokenColumn, EQMDataType::String, static_cast<long>(CQMOpInfo::kLongestToken));
-  table->AppendColumn(kIdColumn, EQMDataType::String, kIdWidth);
-  table->AppendColumn(kInfoColumn, EQMDataType::Pointer);
-  table->DefineIndex(kTokenColumn, {{kTokenColumn}});
-  table->DefineIndex(kIdColumn, {{kIdColumn}});
+  bool const isMade =
+      table->GetIndexCount() > 0 &&  // a table without its row map takes no row, ever
+      table->AppendColumn(kTokenColumn, EQMDataType::String, kTokenWidth) == TableResult::Done &&
+      table->AppendColumn(kIdColumn, EQMDataType::String, kIdWidth) == TableResult::Done &&
+      table->AppendColumn(kInfoColumn, EQMDataType::Pointer) == TableResult::Done &&
+      table->DefineIndex(kTokenColumn, {{kTokenColumn}}) == TableResult::Done &&
+      table->DefineIndex(kIdColumn, {{kIdColumn}}) == TableResult::Done;
+  if (!isMade) throw std::bad_alloc();
   return table;
 }
 
-void SetInfo(CQMTable& table, CQMOpInfo const* info) {
-  table.SetValue(kInfoColumn, static_cast<void const*>(&info));
-}
-
-bool SelectRowOf(CQMTable& table, CQMOpInfo const& info) {
-  std::string const id = DecimalText(info.id);
-  table.SelectIndex(kIdColumn);
-  return table.SetCurrentRowByKey({id.c_str()}) > 0;
+void AppendRow(CQMTable& table, CQMOpInfo const* info) {
+  if (table.AppendRow() <= 0) throw std::bad_alloc();
+  bool const isSet = table.SetValue(kTokenColumn, info->token.c_str()) == TableResult::Done &&
+                     table.SetValue(kIdColumn, DecimalText(info->id).c_str()) == TableResult::Done &&
+                     table.SetValue(kInfoColumn, static_cast<void const*>(&info)) == TableResult::Done;
+  if (isSet) return;
+  table.DeleteRow();
+  throw std::bad_alloc();
 }
 
 }  // namespace
@@ -81,13 +88,15 @@ bool SelectRowOf(CQMTable& table, CQMOpInfo const& info) {
 // ---- rows in memory ----
 
 void CQMOperatorList::SQMRows::Add(CQMOpInfoRef const& row) {
-  byToken[row->token].push_back(row);
-  byId.try_emplace(row->id, row);
-}
-
-void CQMOperatorList::SQMRows::Replace(CQMOpInfoRef const& row, CQMOpInfoRef const& by) {
-  std::ranges::replace(byToken[row->token], row, by);
-  byId[row->id] = by;
+  auto const place = byToken.try_emplace(row->token).first;
+  try {
+    place->second.push_back(row);
+    byId.try_emplace(row->id, row);
+  } catch (std::bad_alloc const&) {  // a row that is not found by its id must not be found by its token
+    std::erase(place->second, row);
+    if (place->second.empty()) byToken.erase(place);
+    throw;
+  }
 }
 
 std::vector<CQMOpInfoRef> const* CQMOperatorList::SQMRows::Find(std::string_view token) const {
@@ -123,12 +132,11 @@ bool CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultipli
   SetDefaults(*info, m_shared, m_impliedMultiplication);
   auto const lock = LockForChange();
   if (m_frozen && m_defined.Find(info->token) != nullptr) return false;
-  if (m_table->AppendRow() <= 0) throw std::bad_alloc();
-  m_table->SetValue(kTokenColumn, info->token.c_str());
-  m_table->SetValue(kIdColumn, DecimalText(info->id).c_str());
-  SetInfo(*m_table, info.get());
+  AppendRow(*m_table, info.get());
   if (m_frozen) {
+    ++m_deadRows;  // until it is found: then its row lives
     m_defined.Add(CQMOpInfoRef(std::move(info)));
+    --m_deadRows;
     m_definedCount.fetch_add(1, std::memory_order_release);
   } else {
     CQMOpInfo const* const row = m_standardInfos.emplace_back(std::move(info)).get();
@@ -155,11 +163,9 @@ void CQMOperatorList::SetEnclose(long id, bool enclose) {
   Change(id, [=](CQMOpInfo& info) { info.enclose = enclose; });
 }
 
-void CQMOperatorList::Change(long id, std::function<void(CQMOpInfo&)> const& change) {
-  if (m_frozen) {
-    ChangeDefined(id, change);
-    return;
-  }
+template <class Action>
+void CQMOperatorList::Change(long id, Action change) {
+  if (m_frozen) return;
   auto const row = std::ranges::find(m_standardInfos, id, [](auto const& info) { return info->id; });
   if (row != m_standardInfos.end()) change(**row);
 }
@@ -202,30 +208,44 @@ bool CQMOperatorList::CopyByToken(std::string_view token, CQMOpInfo& out) const 
   return found != nullptr;
 }
 
-bool CQMOperatorList::ChangeDefined(long id, std::function<void(CQMOpInfo&)> const& change) {
-  auto const lock = LockForChange();
-  CQMOpInfoRef const row = m_defined.Find(id);
-  if (row == nullptr) return false;
-  auto changed = std::make_shared<CQMOpInfo>();
-  *changed = *row;
-  change(*changed);
-  if (SelectRowOf(*m_table, *row)) SetInfo(*m_table, changed.get());
-  m_defined.Replace(row, changed);
-  return true;
-}
-
 long CQMOperatorList::DeleteDefined(std::string_view token) {
   auto const lock = LockForChange();
   if (m_standard.Find(token) != nullptr) return Error::DeleteNotAllowed;
   auto const found = m_defined.byToken.find(token);
   if (found == m_defined.byToken.end()) return Error::NotFound;
   for (CQMOpInfoRef const& row : found->second) {
-    if (SelectRowOf(*m_table, *row)) m_table->DeleteRow();
+    if (row->definition != nullptr) row->definition->MarkDeleted();
     m_defined.byId.erase(row->id);
     m_definedCount.fetch_sub(1, std::memory_order_release);
+    ++m_deadRows;
   }
   m_defined.byToken.erase(found);
+  if (m_deadRows > kSparedRows + m_definedCount.load(std::memory_order_relaxed)) DropDeadRows();
   return Error::None;
+}
+
+/** To take out one row of a table moves all behind it; so those of deleted operators stay until many go. */
+void CQMOperatorList::DropDeadRows() {
+  try {
+    auto table = MakeTable();
+    m_table->SelectIndex(nullptr);
+    for (long row = 1; row <= m_table->GetRowCount(); ++row) {
+      auto const* const id = static_cast<char const*>(m_table->GetValueByRowNumber(kIdColumn, row));
+      long const number = ParseLong(id != nullptr ? id : "");
+      CQMOpInfoRef info = m_standard.Find(number);
+      if (info == nullptr) info = m_defined.Find(number);
+      if (info != nullptr) AppendRow(*table, info.get());
+    }
+    m_table = std::move(table);
+    m_deadRows = 0;
+  } catch (std::bad_alloc const&) {  // later, then
+  }
+}
+
+CQMTable& CQMOperatorList::Table() {
+  auto const lock = LockForChange();
+  if (m_deadRows > 0) DropDeadRows();
+  return *m_table;
 }
 
 }  // namespace qumel

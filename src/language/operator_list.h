@@ -57,7 +57,7 @@ class CQMOperatorList {
   /** Ends the loading of the standard rows: from now on they never change, and new rows are the host's. */
   void Freeze() { m_frozen = true; }
 
-  // Of the row of an id; an unknown id and a frozen row are left alone.
+  // Of the standard row of an id; an unknown id is left alone, and so are all rows once the list is frozen.
   void SetContext(long id, std::uint8_t left, std::uint8_t right);
   void AddContext(long id, std::uint8_t left, std::uint8_t right);
   void SetEnclose(long id, bool enclose);
@@ -70,13 +70,11 @@ class CQMOperatorList {
   bool CopyById(long id, CQMOpInfo& out) const;
   bool CopyByToken(std::string_view token, CQMOpInfo& out) const;
 
-  /** Applies change to the descriptor of a host's operator; false when id names none. Who holds the
-   * descriptor keeps it unchanged. */
-  bool ChangeDefined(long id, std::function<void(CQMOpInfo&)> const& change);
   /** Deletes all rows of token: NotFound, DeleteNotAllowed for a standard operator, or 0. */
   long DeleteDefined(std::string_view token);
 
-  CQMTable& Table() { return *m_table; }
+  /** With a row for each operator that there is now. */
+  CQMTable& Table();
 
  private:
   struct SQMTokenHash {
@@ -88,7 +86,6 @@ class CQMOperatorList {
     std::unordered_map<long, CQMOpInfoRef> byId;  // the first of an id
 
     void Add(CQMOpInfoRef const& row);
-    void Replace(CQMOpInfoRef const& row, CQMOpInfoRef const& by);
     std::vector<CQMOpInfoRef> const* Find(std::string_view token) const;
     CQMOpInfoRef Find(long id) const;
   };
@@ -96,7 +93,9 @@ class CQMOperatorList {
   std::unique_lock<std::shared_mutex> LockForChange();
   template <class Result, class Read>
   Result ReadDefined(Result none, Read read) const;
-  void Change(long id, std::function<void(CQMOpInfo&)> const& change);
+  template <class Action>
+  void Change(long id, Action change);
+  void DropDeadRows();
 
   bool const m_shared;
   bool m_frozen = false;
@@ -107,6 +106,7 @@ class CQMOperatorList {
   std::atomic<long> m_definedCount{0};
   SQMRows m_defined;
   std::unique_ptr<CQMTable> m_table;
+  long m_deadRows = 0;  // of m_table: rows of operators that were deleted since it was made
 };
 
 }  // namespace qumel

@@ -1,6 +1,7 @@
 // Checking, compiling and running of host operators that have a body, and the callbacks.
 #include "operators/defined_operators.h"
 
+#include <new>
 #include <span>
 
 #include "base/stack_room.h"
@@ -46,7 +47,7 @@ bool Accepts(EQMDataType declared, EQMDataType actual) {
 }  // namespace
 
 std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition) {
-  if (definition->hasBody) {
+  if (definition->HasBody()) {
     if (definition->isRecursive) return std::make_unique<CQMRecursiveOperator>(std::move(definition));
     return std::make_unique<CQMExpressionOperator>(std::move(definition));
   }
@@ -94,6 +95,7 @@ std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody(CQMExpression* or
     body->SetCosmicSymbolTable(context.GetCosmicSymbolTable());
     body->SetGlobalSymbolTable(context.GetGlobalSymbolTable());
     body->SetOperatorFactory(context.GetOperatorFactory());
+    body->ShareDefinitions(*GetExpression());
     body->SetParsedExpression(m_definition, operands, false);
   }
   // only now: each operator of the body looks for its root, past all bodies that this one is nested in
@@ -212,13 +214,16 @@ long CQMCallbackOperator::VerifyOperands() {
 long CQMCallbackOperator::CallHost() {
   auto& place = GetOriginal() != nullptr ? static_cast<CQMCallbackOperator&>(*GetOriginal()) : *this;
   if (place.m_handle == 0) place.m_handle = place.GetObjectHandle();
+  if (place.m_handle == 0) return Error::OutOfMemory;  // the host could neither read parameters nor set a result
   CQMTemporaryValue<CQMCallbackOperator*> const answering(place.m_answering, this);
   return Definition().callback(place.m_handle);
 }
 
 long CQMCallbackOperator::DoOperation(long& position) {
+  m_isOutOfMemory = false;
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
-  long const status = CallHost();
+  long status = CallHost();
+  if (status == Status::Done && m_isOutOfMemory) status = Error::OutOfMemory;
   // The position of a stop tells whose result the evaluation has. Otherwise the callback is not repeated,
   // whatever the status is.
   if (status != Status::Stop) ++position;
@@ -245,6 +250,11 @@ long CQMCallbackOperator::StatusOfComplexResult(long status) {
 
 void CQMCallbackOperator::Report(long code) {
   if (CQMOperatorContext* const context = GetContext(); context != nullptr) context->SetLastError(code);
+}
+
+void CQMCallbackOperator::NoteOutOfMemory() {
+  m_isOutOfMemory = true;
+  Report(Error::OutOfMemory);
 }
 
 CQMDatum* CQMCallbackOperator::Parameter(long index) {
@@ -332,8 +342,13 @@ long CQMCallbackOperator::SetBooleanResult(bool value) {
 
 long CQMCallbackOperator::SetStringResult(char const* value) {
   if (!Result().IsString()) return Error::TypeMismatch;
-  Result().SetWholeText(value != nullptr ? value : "");
-  return Error::None;
+  try {
+    Result().SetWholeText(value != nullptr ? value : "");
+    return Error::None;
+  } catch (std::bad_alloc const&) {
+    NoteOutOfMemory();
+    return Error::OutOfMemory;
+  }
 }
 
 }  // namespace qumel

@@ -92,12 +92,14 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
   double GetImaginaryParameter(long index);
   bool GetBooleanParameter(long index);
   char const* GetStringParameter(long index);
-  // 0, or TypeMismatch when the result is of another kind.
+  // 0, TypeMismatch when the result is of another kind, or OutOfMemory.
   long SetNumericResult(double value);
   long SetRealResult(double value);
   long SetImaginaryResult(double value);
   long SetBooleanResult(bool value);
   long SetStringResult(char const* value);
+  /** A read or a result failed for want of memory: so does the operation, whatever the host makes of it. */
+  void NoteOutOfMemory();
 
  private:
   CQMDatum* Parameter(long index);
@@ -108,6 +110,7 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
 
   Handle m_handle = 0;
   CQMCallbackOperator* m_answering = nullptr;
+  bool m_isOutOfMemory = false;  // during this run
   std::string m_signature;
   std::vector<std::string> m_texts;
 };

@@ -62,9 +62,8 @@ class CQMConcatOperator final
     : public CQMTextOperator<EQMDataType::String, 0, EQMWanted::Text, EQMWanted::Text> {
  public:
   long DoOperation(long& position) override {
-    std::string joined(Text(0));
-    joined += Text(1);
-    return Finish(joined, position);
+    Result().SetJoinedText(Operand(0), IsOnlyReader(0), Operand(1), IsOnlyReader(1));
+    return Advance(position);
   }
 };
 

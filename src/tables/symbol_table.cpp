@@ -89,7 +89,7 @@ struct NameHash {
 // ---- rows ----
 
 /** The rows of the table, and the look-aside maps that find them: the first entry of a key in a map is the
- * row that the sorted index of the table gives, without a sort after every change. */
+ * first living row that the sorted index of the table gives, without a sort after every change. */
 class CQMSymbolTable::Rows {
  public:
   using ReadLock = std::shared_lock<std::shared_mutex>;
@@ -111,20 +111,19 @@ class CQMSymbolTable::Rows {
  private:
   static constexpr long kNameColumn = 1, kSerialColumn = 2, kObjectColumn = 3;
   static constexpr long kNoSlot = 0;
-  static constexpr long kSparedSlots = 1000;  // dead ones in a small table are not worth a new table
+  static constexpr long kSparedRows = 1000;  // dead ones in a small table are not worth a new table
 
   static std::unique_ptr<CQMTable> MakeTable();
   static long AppendRow(CQMTable& table, char const* name, std::int32_t serialNumber, CQMObject* object);
   template <class Value>
   Value ValueOfRow(long column, long row);
-  void DeleteRow(long slot);
-  void DropDeadSlots();
+  void KillRow(long slot);
+  void DropDeadRows();
 
   bool const m_shared;
   std::shared_mutex m_mutex;
   std::atomic<long> m_count{0};
-  std::unique_ptr<CQMTable> m_table;  // made with the first row
-  long m_lastSlot = kNoSlot;
+  std::unique_ptr<CQMTable> m_table;  // made with the first row; rows without an object are dead
   EntryMap<std::string, NameHash> m_byName;
   EntryMap<long> m_bySerial;
 };
@@ -139,13 +138,12 @@ long CQMSymbolTable::Rows::Add(CQMObject& object) {
     entry.slot = AppendRow(*m_table, object.Name().data(),
                            static_cast<std::int32_t>(object.GetSerialNumber()), &object);
     if (entry.slot == kNoSlot) return Error::OutOfMemory;
-    m_lastSlot = entry.slot;
     auto const [name, named] = m_byName.Add(std::string(object.Name()), entry);
     entry.name = named->name = name;
     m_bySerial.Add(object.GetSerialNumber(), entry);
   } catch (std::bad_alloc const&) {
     if (entry.name != nullptr) m_byName.Remove(*entry.name, entry.slot);
-    if (entry.slot != kNoSlot) DeleteRow(entry.slot);
+    if (entry.slot != kNoSlot) KillRow(entry.slot);
     return Error::OutOfMemory;
   }
   m_count.fetch_add(1, std::memory_order_release);
@@ -153,16 +151,17 @@ long CQMSymbolTable::Rows::Add(CQMObject& object) {
 }
 
 void CQMSymbolTable::Rows::Remove(SQMSymbolEntry const& entry) {
-  DeleteRow(entry.slot);
+  KillRow(entry.slot);
   m_bySerial.Remove(entry.object->GetSerialNumber(), entry.slot);
   m_byName.Remove(*entry.name, entry.slot);
   m_count.fetch_sub(1, std::memory_order_release);
-  if (m_lastSlot > kSparedSlots + 2 * Count()) DropDeadSlots();
+  if (m_table->GetRowCount() > kSparedRows + 2 * Count()) DropDeadRows();
 }
 
 std::unique_ptr<CQMTable> CQMSymbolTable::Rows::MakeTable() {
   auto table = std::make_unique<CQMTable>();
-  bool const isMade = table->AppendColumn("name", EQMDataType::String, kLongestName) == TableResult::Done &&
+  bool const isMade = table->GetIndexCount() > 0 &&  // a table without its row map takes no row, ever
+                      table->AppendColumn("name", EQMDataType::String, kLongestName) == TableResult::Done &&
                       table->AppendColumn("serialno", EQMDataType::RowNumber) == TableResult::Done &&
                       table->AppendColumn("object", EQMDataType::Pointer) == TableResult::Done &&
                       table->DefineIndex("name", {{"name"}}) == TableResult::Done &&
@@ -201,28 +200,29 @@ void CQMSymbolTable::Rows::DestroyObjects() {
   }
 }
 
-void CQMSymbolTable::Rows::DeleteRow(long slot) {
-  m_table->SelectIndex(nullptr);
-  long const row = m_table->FindRowOfSlot(slot);
-  if (row > 0) m_table->DeleteRowByRowNumber(row);  // 0 would be the current row
+/** The row itself stays: to take out one row moves all behind it. */
+void CQMSymbolTable::Rows::KillRow(long slot) {
+  m_table->GetColumn(kObjectColumn)->SetColumnValue(slot, static_cast<void const*>(nullptr));
 }
 
-/** The slots of deleted rows stay in the columns of a table. When most are dead, the others move to a new
- * one, so that variables that come and go take no memory for good. */
-void CQMSymbolTable::Rows::DropDeadSlots() {
+/** When most rows are dead, the others move to a new table, so that variables that come and go take no memory
+ * for good. */
+void CQMSymbolTable::Rows::DropDeadRows() {
   try {
     std::unique_ptr<CQMTable> table = MakeTable();
     if (table == nullptr) return;
     m_table->SelectIndex(nullptr);
     long const rows = m_table->GetLastRow();
-    std::vector<long> slots;  // those of the rows until now; in the new table a row's slot is its number
+    std::vector<long> slots;  // those of living rows until now; in the new table a row's slot is its number
     for (long row = 1; row <= rows; ++row) {
+      auto* const object = ValueOfRow<CQMObject*>(kObjectColumn, row);
+      if (object == nullptr) continue;
       slots.push_back(m_table->GetColumnRowNumber(row));
       void const* const name = m_table->GetValueByRowNumber(kNameColumn, row);
       std::string const nameCopy(name != nullptr ? static_cast<char const*>(name) : "");
       auto const serialNumber = ValueOfRow<std::int32_t>(kSerialColumn, row);
-      auto* const object = ValueOfRow<CQMObject*>(kObjectColumn, row);
-      if (AppendRow(*table, nameCopy.c_str(), serialNumber, object) != row) return;
+      if (AppendRow(*table, nameCopy.c_str(), serialNumber, object) != static_cast<long>(slots.size()))
+        return;
     }
     auto const renumber = [&slots](SQMSymbolEntry& entry) {
       entry.slot = std::lower_bound(slots.begin(), slots.end(), entry.slot) - slots.begin() + 1;
@@ -230,7 +230,6 @@ void CQMSymbolTable::Rows::DropDeadSlots() {
     m_byName.ForEach(renumber);
     m_bySerial.ForEach(renumber);
     m_table = std::move(table);
-    m_lastSlot = rows;
   } catch (std::bad_alloc const&) {  // later, then
   }
 }

@@ -128,8 +128,6 @@ class CQMTable : public CQMObject {
   // Physical slots: the row numbers of the columns.
   /** The slot of a row number in the order of the current index; 0 when there is none. */
   long GetColumnRowNumber(long row) const;
-  /** The logical row that lives in slot, in the row map's order; 0 when there is none. */
-  long FindRowOfSlot(long slot) const;
 
   // Values: null or a result code when the column, row or key is not found.
   void const* GetValue(SQMColumnKey column) { return GetValueByRowNumber(column, 0); }
@@ -223,7 +221,6 @@ class CQMTable : public CQMObject {
   long m_currentRow = 0;
   std::int32_t m_nextSerial = 1;  // the physical slot of the next row
   std::uint32_t m_changeCount = 0;
-  bool m_rowMapAscends = true;  // slots in the row map grow with the row
   std::array<std::unique_ptr<SQMTableIndex>, kIndexSlots> m_indexes;
   long m_indexCount = 0;
   long m_currentIndex = 0;

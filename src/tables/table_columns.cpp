@@ -77,7 +77,9 @@ long CQMTable::AppendColumn(std::unique_ptr<CQMColumn> column) {
 
 long CQMTable::AppendColumn(char const* name, EQMDataType type, long declaredLength) {
   try {
-    return AppendColumn(std::make_unique<CQMColumn>(name, type, declaredLength, m_space));
+    auto column = std::make_unique<CQMColumn>(name, type, declaredLength, m_space);
+    if (column->GetRegion() == nullptr) return TableResult::OutOfMemory;  // it would never hold a value
+    return AppendColumn(std::move(column));
   } catch (std::bad_alloc const&) {
     return TableResult::OutOfMemory;
   }

@@ -15,6 +15,7 @@ long CQMTable::DefineRowMap() {
     auto map = std::make_unique<SQMTableIndex>();
     map->name = kRowMapName;
     map->rows = std::make_unique<CQMColumn>(kRowMapName, EQMDataType::RowNumber, 0, m_space);
+    if (map->rows->GetRegion() == nullptr) return TableResult::NameNotFound;
     m_indexes[0] = std::move(map);
   } catch (std::bad_alloc const&) {
     return TableResult::NameNotFound;
@@ -51,6 +52,7 @@ long CQMTable::DefineIndex(char const* name, std::span<SQMIndexKey const> keys) 
       index->keys.push_back({column, direction, column->GetChangeCount()});
     }
     index->rows = std::make_unique<CQMColumn>(name, EQMDataType::RowNumber, 0, m_space);
+    if (index->rows->GetRegion() == nullptr) return TableResult::OutOfMemory;
     m_indexes[static_cast<std::size_t>(number)] = std::move(index);
   } catch (std::bad_alloc const&) {
     return TableResult::OutOfMemory;

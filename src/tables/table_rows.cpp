@@ -47,23 +47,6 @@ bool CQMTable::SetSlotOfLogicalRow(long row, long slot) {
   return map->SetColumnValue(row, static_cast<void const*>(&number)) == TableResult::Done;
 }
 
-long CQMTable::FindRowOfSlot(long slot) const {
-  if (slot < 1) return 0;
-  if (!m_rowMapAscends) {
-    for (long row = 1; row <= m_rowCount; ++row) {
-      if (SlotOfLogicalRow(row) == slot) return row;
-    }
-    return 0;
-  }
-  long low = 1;
-  for (long high = m_rowCount; low < high;) {
-    long const middle = low + (high - low) / 2;
-    if (SlotOfLogicalRow(middle) < slot) low = middle + 1;
-    else high = middle;
-  }
-  return low <= m_rowCount && SlotOfLogicalRow(low) == slot ? low : 0;
-}
-
 // ---- rows ----
 
 /** Appends zeros to every column up to slot, so that a column that came late is in step from here on. */
@@ -85,7 +68,6 @@ long CQMTable::TakeSlot(long row) {
   if (row <= m_rowCount) {
     if (!RowMap()->GetRegion()->MoveAtoms(row, row + 1, m_rowCount - row + 1)) return 0;
     SetSlotOfLogicalRow(row, slot);
-    m_rowMapAscends = false;
   }
   ++m_changeCount;
   ++m_rowCount;
@@ -110,7 +92,6 @@ long CQMTable::DeleteRowByRowNumber(long row) {
   if (!RowMap()->GetRegion()->MoveAtoms(logical + 1, logical, m_rowCount - logical))
     return TableResult::OutOfMemory;
   --m_rowCount;
-  if (m_rowCount == 0) m_rowMapAscends = true;
   m_currentRow = std::min(row, m_rowCount);
   ++m_changeCount;
   for (auto const& column : m_columns) column->CountChange();

@@ -35,6 +35,7 @@ bool CQMDatum::StoreElements(std::int64_t count, std::int32_t elementSize) {
   m_value = bytes == 0 ? nullptr : m_storage != nullptr ? m_storage.get() : m_inline;
   m_storageBytes = bytes;
   m_elementSize = elementSize;
+  m_joinedLength = kUnknownLength;
   RefreshCurrent();
   return true;
 }
@@ -62,6 +63,7 @@ void CQMDatum::SetValuePointer(void* memory) {
 
 void CQMDatum::ClearValue() {
   CQMDatum& datum = FinalTarget();
+  datum.m_joinedLength = kUnknownLength;
   if (datum.m_value == nullptr) {
     std::fill(std::begin(datum.m_inline), std::end(datum.m_inline), std::byte{0});
   } else if (datum.m_ownsStorage && datum.HoldsOwnStorage()) {
@@ -78,11 +80,16 @@ void CQMDatum::SetDatumType(EQMDataType type) {
   CQMDatum& datum = FinalTarget();
   SQMTypeTraits const traits = TraitsOf(type);
   std::int32_t const stringSize = datum.m_elementSize >= 1 ? datum.m_elementSize : kDefaultStringSize;
+  std::int32_t const elementSize = type == EQMDataType::String ? stringSize : traits.elementSize;
+  if (datum.m_ownsStorage) {
+    if (!datum.StoreElements(1, elementSize)) throw std::bad_alloc();
+  } else {
+    datum.m_elementSize = elementSize;
+    datum.DropStorage();
+  }
   datum.m_type = type;
-  datum.m_elementSize = type == EQMDataType::String ? stringSize : traits.elementSize;
   datum.m_partSize = traits.partSize;
   datum.m_class = traits.datumClass;
-  if (!datum.m_ownsStorage || !datum.StoreElements(1, datum.m_elementSize)) datum.DropStorage();
   datum.UpdateProxyDatums();
   datum.MoveEpoch();
 }
@@ -113,7 +120,7 @@ EQMDataType CQMDatum::ChangeDatumType(EQMDataType type) {
   std::unique_ptr<std::byte[]> oldStorage = std::move(datum.m_storage);
   if (!datum.StoreElements(count, kTraits.elementSize)) {
     datum.m_storage = std::move(oldStorage);
-    return datum.m_type;
+    throw std::bad_alloc();
   }
   if (old != nullptr) std::memcpy(datum.m_value, old, std::min(oldBytes, datum.m_storageBytes));
 

@@ -48,11 +48,12 @@ class CQMDatum : public CQMLinkedObject {
   std::int32_t GetRevision() const { return m_revision; }
 
   /** Gives the final target this type, with fresh zeroed storage where it owns its storage and none
-   * otherwise. An array loses its elements: callers dimension it again. */
+   * otherwise. An array loses its elements: callers dimension it again. Without the memory it throws
+   * std::bad_alloc, and nothing has changed. */
   void SetDatumType(EQMDataType type);
-  /** Promotes a number to complex in place; every other request changes nothing, as does one without the
-   * memory. The elements are copied raw: in an array only element 0 keeps its real part in place. Returns the
-   * type that the datum has afterwards. */
+  /** Promotes a number to complex in place; every other request changes nothing. The elements are copied raw:
+   * in an array only element 0 keeps its real part in place. Returns the type that the datum has afterwards.
+   * Without the memory it throws std::bad_alloc, and nothing has changed. */
   EQMDataType ChangeDatumType(EQMDataType type);
   /** Length of a string buffer, terminator included. Accepted once, before the type is set; 0 takes it back.
    * A length below 0 or above kMaximumArrayBytes is ignored. */
@@ -108,9 +109,13 @@ class CQMDatum : public CQMLinkedObject {
   std::string_view GetText() const;
   /** Stores text with an end, cut to the buffer. Safe when text lies inside this datum. */
   void SetText(std::string_view text);
-  /** As SetText, after making the buffer of an owned scalar string long enough. For results, not for
-   * variables. */
+  /** As SetText, after making the buffer of an owned scalar string long enough; std::bad_alloc, with nothing
+   * changed, where there is no memory for it. For results, not for variables. */
   void SetWholeText(std::string_view text);
+  /** Makes this result the text of first and second. Where the caller allows it, which it does for a result
+   * that nobody else reads before it is computed anew, the buffer of one is taken over: a chain of additions
+   * then copies each text once, and has one buffer. std::bad_alloc as for SetWholeText. */
+  void SetJoinedText(CQMDatum& first, bool mayTakeFirst, CQMDatum& second, bool mayTakeSecond);
 
   // ---- values by part (0 real, 1 imaginary) and element ----
   /** Start of the elements, or the element of a proxy; null where there is no storage. */
@@ -215,6 +220,7 @@ class CQMDatum : public CQMLinkedObject {
   static constexpr long kMostExtents = kMaximumDimensions + 1;  // a string's buffer length included
   // Reads of eight bytes at a part of any element end inside owned storage.
   static constexpr std::size_t kReadMargin = 16;
+  static constexpr std::size_t kUnknownLength = ~std::size_t{0};
 
   // storage
   void MoveEpoch() const {
@@ -224,7 +230,10 @@ class CQMDatum : public CQMLinkedObject {
     return m_value == m_inline || (m_storage != nullptr && m_value == m_storage.get());
   }
   bool HasStoredDimensions() const { return m_dimensionCount > 0 && m_dimensionCount <= kMaximumDimensions; }
+  bool IsPlainText() const;
   bool StoreElements(std::int64_t count, std::int32_t elementSize);
+  void GrowBuffer(std::size_t needed);
+  void TakeBufferOf(CQMDatum& giver);
   void DropStorage();
 
   // addresses
@@ -236,6 +245,9 @@ class CQMDatum : public CQMLinkedObject {
   bool IsPartThere(long part, bool promote);
   void WritePart(std::byte* element, long part, void const* source);
   void StoreText(std::byte* element, std::string_view text);
+  std::size_t TextLength() const {
+    return m_joinedLength != kUnknownLength ? m_joinedLength : GetText().size();
+  }
   bool Locate(std::span<long const> indices, long base, long& flatIndex) const;
   void CopyDimensions(CQMDatum const& source);
 
@@ -259,6 +271,7 @@ class CQMDatum : public CQMLinkedObject {
   std::byte* m_value = nullptr;    // start of the elements, a proxy's element, or null without storage
   std::byte* m_current;            // the current element, or m_inline where there is no storage
   std::size_t m_storageBytes = 0;  // bytes from m_value on; 0 in proxies
+  std::size_t m_joinedLength = kUnknownLength;  // of the text that SetJoinedText stored
   CQMExpression* m_owner = nullptr;
   EQMDataType m_type = EQMDataType::Undefined;
   EQMTypeClass m_class = EQMTypeClass::Undefined;

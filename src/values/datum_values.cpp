@@ -1,6 +1,7 @@
 // Reading and writing the values of datums, by part and element, and their texts.
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "values/datum.h"
@@ -97,6 +98,7 @@ std::string_view CQMDatum::GetText() const {
 }
 
 void CQMDatum::StoreText(std::byte* element, std::string_view text) {
+  m_joinedLength = kUnknownLength;
   std::size_t const room = RoomAt(element);
   if (room == 0) return;
   bool const ownsElement =
@@ -114,14 +116,68 @@ void CQMDatum::SetText(std::string_view text) {
 
 void CQMDatum::SetWholeText(std::string_view text) {
   std::size_t const needed = text.size() + 1;
-  constexpr auto kLongest = static_cast<std::size_t>(kMaximumArrayBytes);
   bool const mayGrow = m_type == EQMDataType::String && m_target == nullptr && m_ownsStorage && !IsArray();
-  if (!mayGrow || needed <= RoomAt(m_current) || needed > kLongest) return SetText(text);
+  if (!mayGrow || needed <= RoomAt(m_current)) return SetText(text);
   std::string const copy(text);  // text may lie in the storage that goes
-  // by doubling: a text that grows by every turn of a loop is not copied by every turn
-  std::size_t const size = std::clamp(2 * static_cast<std::size_t>(m_elementSize), needed, kLongest);
-  if (StoreElements(1, static_cast<std::int32_t>(size))) UpdateProxyDatums();
+  GrowBuffer(needed);
+  UpdateProxyDatums();
   SetText(copy);
+}
+
+/** Makes a buffer of zeros for at least needed bytes. By doubling: a text that grows by every turn of a loop
+ * is not copied by every turn. */
+void CQMDatum::GrowBuffer(std::size_t needed) {
+  constexpr auto kLongest = static_cast<std::size_t>(kMaximumArrayBytes);
+  if (needed > kLongest) throw std::bad_alloc();
+  std::size_t const size = std::clamp(2 * static_cast<std::size_t>(m_elementSize), needed, kLongest);
+  if (!StoreElements(1, static_cast<std::int32_t>(size))) throw std::bad_alloc();
+}
+
+/** Whether this is a text of its own that nothing else points to. */
+bool CQMDatum::IsPlainText() const {
+  return m_type == EQMDataType::String && m_ownsStorage && HoldsOwnStorage() && !IsArray() &&
+         GetFirstChildObject() == nullptr;
+}
+
+/** Exchanges the buffers, but gives no long one away: or the links of a chain would have as many as they are.
+ */
+void CQMDatum::TakeBufferOf(CQMDatum& giver) {
+  bool const isShort = m_storage != nullptr && m_elementSize <= kDefaultStringSize;
+  if (!isShort && !StoreElements(1, kDefaultStringSize)) throw std::bad_alloc();
+  std::swap(m_storage, giver.m_storage);
+  std::swap(m_value, giver.m_value);
+  std::swap(m_storageBytes, giver.m_storageBytes);
+  std::swap(m_elementSize, giver.m_elementSize);
+  giver.m_joinedLength = kUnknownLength;
+  giver.RefreshCurrent();
+  RefreshCurrent();
+}
+
+void CQMDatum::SetJoinedText(CQMDatum& first, bool mayTakeFirst, CQMDatum& second, bool mayTakeSecond) {
+  std::size_t const firstLength = first.TextLength();
+  std::size_t const secondLength = second.TextLength();
+  std::size_t const length = firstLength + secondLength;
+  bool const takesFirst = mayTakeFirst && first.IsPlainText() && first.m_storage != nullptr;
+  bool const takesSecond = mayTakeSecond && second.IsPlainText() && second.m_storage != nullptr;
+  if (!IsPlainText() || !(takesFirst || takesSecond)) {
+    std::string joined;
+    joined.reserve(length);
+    return SetWholeText(joined.append(first.GetText()).append(second.GetText()));
+  }
+  bool const appends = takesFirst && (!takesSecond || firstLength >= secondLength);
+  TakeBufferOf(appends ? first : second);
+  std::string_view const kept(reinterpret_cast<char const*>(m_value), appends ? firstLength : secondLength);
+  if (length + 1 > m_storageBytes) {
+    std::string const copy(kept);
+    GrowBuffer(length + 1);
+    std::memcpy(m_value + (appends ? 0 : firstLength), copy.data(), copy.size());
+  } else if (!appends) {
+    std::memmove(m_value + firstLength, kept.data(), kept.size());
+  }
+  if (appends) std::memcpy(m_value + firstLength, second.m_current, secondLength);
+  else std::memcpy(m_value, first.m_current, firstLength);
+  m_value[length] = std::byte{0};
+  m_joinedLength = length;
 }
 
 }  // namespace qumel

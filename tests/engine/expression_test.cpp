@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/reachable_definitions.h"
 #include "program_runner.h"
 #include "support/failing_allocation.h"
 
@@ -54,8 +55,8 @@ class CQMProbe final : public CQMOperator {
 /** Makes probes besides what the language has. */
 class CQMProbeFactory final : public CQMOperatorFactory {
  public:
-  std::unique_ptr<CQMOperator> GetOperator(long id) override {
-    if (id != kProbe && id != kOtherProbe) return CQMOperatorFactory::GetOperator(id);
+  std::unique_ptr<CQMOperator> GetOperator(long id, CQMReachableDefinitions* known) override {
+    if (id != kProbe && id != kOtherProbe) return CQMOperatorFactory::GetOperator(id, known);
     auto made = std::make_unique<CQMProbe>();
     made->SetId(id);
     return made;
@@ -279,8 +280,7 @@ TEST_F(Expression, NamesAreLookedUpFromTheInsideOut) {
   EXPECT_EQ(m_context.Run("X"), "none");
 
   auto definition = std::make_shared<SQMOperatorDefinition>();
-  definition->hasBody = true;
-  definition->body = "@x@y!1101.2;@x@x#d7!101.2!1101.2;";
+  CQMReachableDefinitions::GiveBody(*definition, {"@x@y!1101.2;@x@x#d7!101.2!1101.2;", {}});
   definition->parameters = {{"x", EQMDataType::Number}, {"", EQMDataType::Number}};
   CQMDatum parameters[] = {{EQMDataType::Number, "a"}, {EQMDataType::Number, "b"}};
   parameters[0].SetReal(10.0);
@@ -288,8 +288,9 @@ TEST_F(Expression, NamesAreLookedUpFromTheInsideOut) {
   auto const body = Make();
   EXPECT_EQ(body->SetParsedExpression(definition, given, false), Error::None);
   EXPECT_EQ(CQMTestContext::Resolve(*body), "14");
-  auto sum = std::make_shared<SQMOperatorDefinition>(*definition);
-  sum->body = "@x@y!1101.2;";
+  auto sum = std::make_shared<SQMOperatorDefinition>();
+  CQMReachableDefinitions::GiveBody(*sum, {"@x@y!1101.2;", {}});
+  sum->parameters = definition->parameters;
   EXPECT_EQ(body->SetParsedExpression(sum, given, false), Error::None);
   EXPECT_EQ(CQMTestContext::Resolve(*body), "9");
   EXPECT_EQ(m_context.Run("x"), "3");

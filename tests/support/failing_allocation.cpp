@@ -1,4 +1,4 @@
-// The replaced global allocation functions behind FailingAllocation.
+// The replaced global allocation functions behind FailingAllocation and CountedAllocations.
 #include "support/failing_allocation.h"
 
 #include <cstdlib>
@@ -8,21 +8,50 @@ namespace {
 
 constexpr long kNeverFails = -1;
 thread_local long g_spared = kNeverFails;
+thread_local long g_failures = 0;
+thread_local bool g_hasFailed = false;
+thread_local std::size_t g_count = 0;
+thread_local std::size_t g_bytes = 0;
+thread_local std::size_t g_released = 0;
+
+bool FailsNow() {
+  if (g_spared == kNeverFails) return false;
+  if (g_spared > 0) {
+    --g_spared;
+    return false;
+  }
+  if (g_failures == 0) return false;
+  --g_failures;
+  return g_hasFailed = true;
+}
 
 }  // namespace
 
 namespace qumel::testing {
 
-FailingAllocation::FailingAllocation(long spared) { g_spared = spared; }
+FailingAllocation::FailingAllocation(long spared, long failures) {
+  g_spared = spared;
+  g_failures = failures;
+  g_hasFailed = false;
+}
 FailingAllocation::~FailingAllocation() { g_spared = kNeverFails; }
+bool FailingAllocation::HasFailed() { return g_hasFailed; }
+
+CountedAllocations::CountedAllocations() : m_count(g_count), m_bytes(g_bytes), m_released(g_released) {}
+std::size_t CountedAllocations::Count() const { return g_count - m_count; }
+std::size_t CountedAllocations::Bytes() const { return g_bytes - m_bytes; }
+long CountedAllocations::Kept() const {
+  return static_cast<long>(g_count - m_count) - static_cast<long>(g_released - m_released);
+}
 
 }  // namespace qumel::testing
 
 // The other forms of new and delete are defined in terms of these by the standard library; those for arrays
 // are not where a sanitizer brings its own.
 void* operator new(std::size_t size) {
-  if (g_spared == 0) throw std::bad_alloc();
-  if (g_spared > 0) --g_spared;
+  if (FailsNow()) throw std::bad_alloc();
+  ++g_count;
+  g_bytes += size;
   if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
   throw std::bad_alloc();
 }
@@ -33,8 +62,11 @@ void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
     return nullptr;
   }
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+  if (memory != nullptr) ++g_released;
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept { ::operator delete(memory); }
 void* operator new[](std::size_t size) { return ::operator new(size); }
 void operator delete[](void* memory) noexcept { ::operator delete(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { ::operator delete(memory); }

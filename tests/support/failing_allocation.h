@@ -1,17 +1,40 @@
-// Lets allocations fail on purpose, to see what is left when memory runs out.
+// Lets allocations fail on purpose, to see what is left when memory runs out, and counts them, to see how
+// work grows.
 #pragma once
+
+#include <cstddef>
+#include <limits>
 
 namespace qumel::testing {
 
-/** While it lives, every allocation of this thread after the first `spared` ones throws std::bad_alloc. A
- * test program that uses it lists support/failing_allocation.cpp among its sources, which replaces the global
- * operator new. */
+/** While it lives, `failures` allocations of this thread, or all, throw std::bad_alloc after the first
+ * `spared` ones. A test program that uses it or CountedAllocations lists support/failing_allocation.cpp among
+ * its sources, which replaces the global operator new. */
 class FailingAllocation {
  public:
-  explicit FailingAllocation(long spared = 0);
+  static constexpr long kAll = std::numeric_limits<long>::max();
+
+  explicit FailingAllocation(long spared = 0, long failures = kAll);
   ~FailingAllocation();
   FailingAllocation(FailingAllocation const&) = delete;
   FailingAllocation& operator=(FailingAllocation const&) = delete;
+
+  /** Whether an allocation has failed since. */
+  static bool HasFailed();
+};
+
+/** What this thread has allocated since it was made. */
+class CountedAllocations {
+ public:
+  CountedAllocations();
+  /** Whether it was freed again or not. */
+  std::size_t Count() const;
+  std::size_t Bytes() const;
+  /** More allocations than releases. */
+  long Kept() const;
+
+ private:
+  std::size_t m_count, m_bytes, m_released;
 };
 
 }  // namespace qumel::testing

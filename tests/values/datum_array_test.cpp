@@ -2,6 +2,8 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <new>
+#include <string>
 
 #include "support/failing_allocation.h"
 #include "values/datum_makers.h"
@@ -208,23 +210,32 @@ TEST(DatumArrayTest, WithoutMemoryNothingChanges) {
   }
   datum.SetIsArray(extents);
   datum.SetReal(5.0);
-  {
+  auto const throws = [](auto call) {
     FailingAllocation const failing;
-    EXPECT_EQ(datum.ChangeDatumType(EQMDataType::Complex), EQMDataType::Number);
-    datum.SetIsArray(1000L);
-    datum.SetComplex(6.0, 7.0);
-  }
-  EXPECT_EQ(datum.Real(), 6.0);
+    try {
+      call();
+      return false;
+    } catch (std::bad_alloc const&) {
+      return true;
+    }
+  };
+  EXPECT_FALSE(throws([&] { datum.SetIsArray(1000L); }));
+  EXPECT_TRUE(throws([&] { datum.ChangeDatumType(EQMDataType::Complex); }));
+  EXPECT_TRUE(throws([&] { datum.SetComplex(6.0, 7.0); }));
+  EXPECT_TRUE(throws([&] { datum.GetValue(1, true); }));
+  EXPECT_EQ(datum.GetType(), EQMDataType::Number);
+  EXPECT_EQ(datum.Real(), 5.0);
+  EXPECT_EQ(datum.GetArraySize(), 100);
   EXPECT_EQ(datum.SetCurrentElement(99), Error::None);
-  {
-    FailingAllocation const failing;
-    datum.SetDatumType(EQMDataType::String);
-    datum.SetDatumAtomSize(0);
-    datum.SetDatumType(EQMDataType::String);
-  }
-  EXPECT_EQ(datum.GetValue(), nullptr);
-  datum.SetText("a text longer than what is left");
-  EXPECT_LT(datum.GetText().size(), 16U);
+
+  CQMDatum text;
+  EXPECT_TRUE(throws([&] { text.SetDatumType(EQMDataType::String); }));
+  EXPECT_EQ(text.GetType(), EQMDataType::Undefined);
+  text.SetDatumType(EQMDataType::String);
+  text.SetWholeText("as it was");
+  std::string const longText(1000, 'l');
+  EXPECT_TRUE(throws([&] { text.SetWholeText(longText); }));
+  EXPECT_EQ(text.GetText(), "as it was");
 }
 
 }  // namespace
