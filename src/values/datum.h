@@ -245,8 +245,10 @@ class CQMDatum : public CQMLinkedObject {
   bool IsPartThere(long part, bool promote);
   void WritePart(std::byte* element, long part, void const* source);
   void StoreText(std::byte* element, std::string_view text);
-  std::size_t TextLength() const {
-    return m_joinedLength != kUnknownLength ? m_joinedLength : GetText().size();
+  /** As GetText, without a search for the end of what SetJoinedText stored. */
+  std::string_view ResultText() const {
+    if (m_joinedLength == kUnknownLength) return GetText();
+    return {reinterpret_cast<char const*>(m_current), m_joinedLength};
   }
   bool Locate(std::span<long const> indices, long base, long& flatIndex) const;
   void CopyDimensions(CQMDatum const& source);

@@ -154,28 +154,27 @@ void CQMDatum::TakeBufferOf(CQMDatum& giver) {
 }
 
 void CQMDatum::SetJoinedText(CQMDatum& first, bool mayTakeFirst, CQMDatum& second, bool mayTakeSecond) {
-  std::size_t const firstLength = first.TextLength();
-  std::size_t const secondLength = second.TextLength();
-  std::size_t const length = firstLength + secondLength;
-  bool const takesFirst = mayTakeFirst && first.IsPlainText() && first.m_storage != nullptr;
-  bool const takesSecond = mayTakeSecond && second.IsPlainText() && second.m_storage != nullptr;
-  if (!IsPlainText() || !(takesFirst || takesSecond)) {
+  std::string_view const head = first.ResultText();
+  std::string_view const tail = second.ResultText();
+  bool const takesFirst = mayTakeFirst && first.m_storage != nullptr && first.IsPlainText();
+  bool const takesSecond = mayTakeSecond && second.m_storage != nullptr && second.IsPlainText();
+  if (!(takesFirst || takesSecond) || !IsPlainText()) {
     std::string joined;
-    joined.reserve(length);
-    return SetWholeText(joined.append(first.GetText()).append(second.GetText()));
+    joined.reserve(head.size() + tail.size());
+    return SetWholeText(joined.append(head).append(tail));
   }
-  bool const appends = takesFirst && (!takesSecond || firstLength >= secondLength);
-  TakeBufferOf(appends ? first : second);
-  std::string_view const kept(reinterpret_cast<char const*>(m_value), appends ? firstLength : secondLength);
+  bool const appends = takesFirst && (!takesSecond || head.size() >= tail.size());
+  TakeBufferOf(appends ? first : second);  // head or tail stays where it is
+  std::size_t const length = head.size() + tail.size();
   if (length + 1 > m_storageBytes) {
-    std::string const copy(kept);
+    std::string const copy(appends ? head : tail);
     GrowBuffer(length + 1);
-    std::memcpy(m_value + (appends ? 0 : firstLength), copy.data(), copy.size());
+    std::memcpy(m_value + (appends ? 0 : head.size()), copy.data(), copy.size());
   } else if (!appends) {
-    std::memmove(m_value + firstLength, kept.data(), kept.size());
+    std::memmove(m_value + head.size(), tail.data(), tail.size());
   }
-  if (appends) std::memcpy(m_value + firstLength, second.m_current, secondLength);
-  else std::memcpy(m_value, first.m_current, firstLength);
+  if (appends) std::memcpy(m_value + head.size(), tail.data(), tail.size());
+  else std::memcpy(m_value, head.data(), head.size());
   m_value[length] = std::byte{0};
   m_joinedLength = length;
 }
