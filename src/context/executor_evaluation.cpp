@@ -85,6 +85,11 @@ long CQMExecutor::Compile(CQMExpression& expression, bool optimize) {
 
 template <class Store>
 long CQMExecutor::Run(CQMExpression& expression, Store store) {
+  if (expression.IsQuiet()) {
+    long const code = expression.Resolve();
+    if (code == Error::None) store(expression.GetResult());
+    return code;
+  }
   CQMRun const run(*this, expression);
   CQMExpression& runs = expression.ForNewRun();
   long const code = runs.Resolve();

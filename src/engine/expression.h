@@ -72,6 +72,8 @@ class CQMExpression : public CQMLinkedObject {
   /** The datum that holds the result of the last run, or null. It lives as long as the expression. */
   CQMDatum* GetResult() const;
   bool IsInComplexMode() const { return m_complexMode; }
+  /** Whether a run is sure not to call the host: then nothing can happen to the expression meanwhile. */
+  bool IsQuiet() const { return m_program.IsQuiet(); }
   /** For good. */
   void EnterComplexMode();
 
@@ -136,11 +138,11 @@ class CQMExpression : public CQMLinkedObject {
 
   std::string m_text;
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
-  CQMExpression* m_original = nullptr;  // of a copy
+  CQMExpression* m_original = nullptr;                     // of a copy
   std::shared_ptr<CQMReachableDefinitions> m_definitions;  // made with the first host operator
   std::vector<std::unique_ptr<CQMDatum>> m_locals;
   std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
-  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;  // literals
+  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;                    // literals
   std::unordered_map<CQMDatum const*, std::unique_ptr<CQMDatum>> m_names;  // read, and not confirmed
   std::vector<CQMDatum*> m_references;  // table symbols that this expression holds a reference on
   std::vector<CQMDatum*> m_operands;    // one an operand token

@@ -49,7 +49,8 @@ CQMStepMaker::CQMStepMaker(std::span<std::unique_ptr<CQMOperator> const> operato
       m_toRadians(toRadians),
       m_joining(joining) {}
 
-void CQMStepMaker::MakeAll() {
+bool CQMStepMaker::MakeAll() {
+  bool isQuiet = true;
   m_steps.resize(m_operators.size() + 1);
   for (std::size_t i = 0; i < m_operators.size(); ++i) {
     CQMOperator& op = *m_operators[i];
@@ -62,6 +63,7 @@ void CQMStepMaker::MakeAll() {
     if (op.MakeStep(*this, step)) {
       if (m_takesCarried) m_steps[i - 1].function = m_before.handingOn;
     } else {
+      isQuiet = false;
       m_current = {};
       step = {};
       step.function = &RunObject;
@@ -70,6 +72,7 @@ void CQMStepMaker::MakeAll() {
   }
   m_steps.back() = {};
   m_steps.back().function = &RunEnd;
+  return isQuiet;
 }
 
 bool CQMStepMaker::IsResultOfStepBefore(CQMDatum const& operand) const {
@@ -152,13 +155,14 @@ void CQMProgram::Make(std::span<std::unique_ptr<CQMOperator> const> operators,
 void CQMProgram::Clear() {
   m_operators = {};
   m_steps.clear();
+  m_isQuiet = false;
 }
 
 std::uint32_t CQMProgram::CurrentEpoch() { return CQMDatum::StorageEpoch(); }
 
 void CQMProgram::Remake() {
   m_epoch = CurrentEpoch();
-  CQMStepMaker(m_operators, m_steps, *m_context, m_toRadians, m_joining).MakeAll();
+  m_isQuiet = CQMStepMaker(m_operators, m_steps, *m_context, m_toRadians, m_joining).MakeAll();
 }
 
 long CQMProgram::Run(long& position) {

@@ -39,7 +39,8 @@ class CQMStepMaker {
   CQMStepMaker(std::span<std::unique_ptr<CQMOperator> const> operators, std::vector<SQMStep>& steps,
                CQMOperatorContext const& context, double const& toRadians, EQMJoining joining);
 
-  void MakeAll();
+  /** Returns whether every operator has made a step of its own. */
+  bool MakeAll();
 
   /** Whether operand index of op is a number, and where; of a number that the step before computes, Carried
    * if mayCarry. */
@@ -82,6 +83,8 @@ class CQMProgram {
             EQMJoining joining);
   void Clear();
   std::span<std::unique_ptr<CQMOperator> const> GetOperators() const { return m_operators; }
+  /** Whether every step does its work without an operator: then a run can neither call the host nor throw. */
+  bool IsQuiet() const { return m_isQuiet; }
 
   /** Runs from position on until the end or a status. Returns the status; position becomes that of the
    * operator that ended the run, or of the one to go on with. */
@@ -99,6 +102,7 @@ class CQMProgram {
   std::span<std::unique_ptr<CQMOperator> const> m_operators;
   CQMOperatorContext const* m_context = nullptr;
   EQMJoining m_joining = EQMJoining::None;
+  bool m_isQuiet = false;
   std::uint32_t m_epoch = 0;
   double m_toRadians = 1.0;  // when the run began
   std::vector<SQMStep> m_steps;

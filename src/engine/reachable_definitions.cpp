@@ -7,8 +7,8 @@
 
 #include "base/number_text.h"
 #include "base/operator_ids.h"
-#include "engine/operator_context.h"
 #include "base/postfix_reader.h"
+#include "engine/operator_context.h"
 
 namespace qumel {
 
