@@ -2,6 +2,7 @@
 // objects.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -53,6 +54,10 @@ class CQMDatum : public CQMLinkedObject {
    * memory. The elements are copied raw: in an array only element 0 keeps its real part in place. Returns the
    * type that the datum has afterwards. */
   EQMDataType ChangeDatumType(EQMDataType type);
+  /** Changes whenever a number that has a name has become complex, anywhere in the process. */
+  static std::uint32_t GetPromotionCount() { return sm_promotionCount.load(std::memory_order_relaxed); }
+  /** As ChangeDatumType to complex, for a variable that nobody but the caller has to look at. */
+  void PromoteUnannounced();
   /** Length of a string buffer, terminator included. Accepted once, before the type is set; 0 takes it back.
    * A length below 0 or above kMaximumArrayBytes is ignored. */
   void SetDatumAtomSize(long size);
@@ -199,6 +204,7 @@ class CQMDatum : public CQMLinkedObject {
   }
   bool HasStoredDimensions() const { return m_dimensionCount > 0 && m_dimensionCount <= kMaximumDimensions; }
   bool StoreElements(std::int64_t count, std::int32_t elementSize);
+  bool Promote();
   void DropStorage();
 
   // addresses
@@ -229,6 +235,8 @@ class CQMDatum : public CQMLinkedObject {
   void LeaveTarget();
   void FollowTarget();
   void BecomeOwner();
+
+  static std::atomic<std::uint32_t> sm_promotionCount;
 
   std::byte* m_value = nullptr;    // start of the elements, a proxy's element, or null without storage
   std::byte* m_current;            // the current element, or m_inline where there is no storage

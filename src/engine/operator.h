@@ -49,11 +49,14 @@ class CQMOperator : public CQMLinkedObject {
   virtual void CreateOperandList(long count);
   /** For the same place in a copy of the expression; null where one that the factory makes will do. */
   virtual std::unique_ptr<CQMOperator> MakeTwin() { return nullptr; }
+  /** The compiled expression that the operator runs and keeps; null for most. */
+  virtual CQMExpression* GetBody() const { return nullptr; }
 
   // ---- operands and result ----
   /** Fills the slots from the last to the first; TooManyOperands when none is left. */
   long AssignOperand(CQMDatum* operand);
   CQMDatum* GetOperandByIndex(long index) const;
+  bool HasComplexOperand() const;
   long GetOperandCount() const { return static_cast<long>(m_operands.size()); }
   CQMDatum** GetOperandList() { return m_operands.data(); }
   CQMDatum* GetResultOperand() const { return m_result.get(); }
@@ -116,7 +119,6 @@ class CQMOperator : public CQMLinkedObject {
   /** CheckOperandCounts, then CheckDefined of every operand: names that nobody knows come before any check of
    * type. */
   long CheckOperands();
-  bool HasComplexOperand() const;
   /** ComplexOperandFound when an operand is complex, else 0: how a check that passed ends. */
   long ComplexStatus() const { return HasComplexOperand() ? Error::ComplexOperandFound : Error::None; }
   /** Makes datum the result as it is, without the return type and the zeroing of SetResultOperand. */
