@@ -60,6 +60,8 @@ long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const
 long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize) {
   DestroyTokenLists();
   m_isOptimized = optimize;
+  m_promotionsBeforeRun = m_promotions = CQMDatum::GetPromotionCount();
+  m_promotedWithinRun = EQMPromoted::Nothing;
   m_errorState = Error::None;
   m_complexMode = false;
   long code = CreateTokenLists(parameters);
@@ -68,6 +70,8 @@ long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize
   if (code == Error::None) code = Finalize();
   if (code == Error::None) code = Link();
   m_runnable = code == Error::None;
+  m_parameters = parameters;
+  m_complexCounts = CountComplex();
   // a setting that was made since has no part in a copy
   bool const isForced = m_original == nullptr && m_context.GetForceComplexResults();
   m_resolver = m_context.GetResolver(EQMResolverClass::RealOptimized);
@@ -82,6 +86,8 @@ void CQMExpression::DestroyTokenLists() {
   m_copies.clear();  // first: they stand on what follows
   m_program.Clear();
   m_openersToReset.clear();
+  m_bodies.clear();
+  m_parameters = {};
   m_unverified.clear();
   m_operators.clear();  // before the datums: results may be proxies of them
   m_operands.clear();
@@ -186,8 +192,7 @@ long CQMExpression::EnterTableSymbol(CQMSymbolTable& table, char scope, CQMDatum
 
 // ---- running ----
 
-CQMExpression& CQMExpression::ForNewRun() {
-  if (!m_isRunning) return *this;
+CQMExpression& CQMExpression::CopyForNewRun() {
   auto const idle =
       std::find_if(m_copies.begin(), m_copies.end(), [](auto const& copy) { return !copy->m_isRunning; });
   if (idle != m_copies.end() && (*idle)->m_runnable) return **idle;
@@ -202,19 +207,23 @@ long CQMExpression::Resolve() {
   m_stopPosition = kNoPosition;
   if (!m_runnable)
     return m_errorState != Error::None ? m_errorState : static_cast<long>(Error::BadExpression);
-  FollowModes();
+  if (m_startsComplex || m_original != nullptr) FollowModes();
+  if (CQMDatum::GetPromotionCount() != m_promotionsBeforeRun) {
+    if (long const code = VerifyBeforeRun(); code != Error::None) return code;
+  }
   CQMTemporaryValue<bool> const running(m_isRunning, true);
   for (CQMOperator* const opener : m_openersToReset) opener->ResetBlock();
   long position = 0;
   long status = Status::NeedsComplex;
   if (!m_complexMode) {
     status = m_resolver->Resolve(m_program, position);
-    if (status == Status::NeedsComplex) {
+    if (status == Status::NeedsComplex && !m_complexMode) {
       if (!m_context.MayBecomeComplex()) return Error::ResultIsComplex;
       EnterComplexMode();  // for good, and from the operator that asked for it on
     }
   }
   if (status == Status::NeedsComplex) status = m_resolver->Resolve(m_program, position);
+  if (m_complexMode) AcceptPromotions();
   if (status != Status::Stop) return status;
   m_stopPosition = position;
   return Error::None;

@@ -2,6 +2,7 @@
 // runnable.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -60,6 +61,7 @@ class CQMExpression : public CQMLinkedObject {
   EQMDataType GetNextNumericSymbolDataType();
   void AddSymbol(std::unique_ptr<CQMDatum> symbol);
   CQMDatum* GetSymbol(std::string_view name) const;
+  bool OwnsSymbol(CQMDatum const& symbol) const { return GetSymbol(symbol.Name()) == &symbol; }
   /** Places a pending name in the table that the next symbol scope, or the context's default scope, names.
    * Returns 0 or the table's error. Does nothing for a datum that is not pending. */
   long ConfirmSymbol(CQMDatum* datum);
@@ -67,15 +69,25 @@ class CQMExpression : public CQMLinkedObject {
   // ---- running ----
   /** Where a run that begins now takes place: here or, while a run is going on here, in a copy. Copies are
    * kept for later runs. One that cannot be compiled says so when it is to run. */
-  CQMExpression& ForNewRun();
+  CQMExpression& ForNewRun() { return m_isRunning ? CopyForNewRun() : *this; }
   long Resolve();
   /** The datum that holds the result of the last run, or null. It lives as long as the expression. */
   CQMDatum* GetResult() const;
   bool IsInComplexMode() const { return m_complexMode; }
   /** Whether a run is sure not to call the host: then nothing can happen to the expression meanwhile. */
   bool IsQuiet() const { return m_program.IsQuiet(); }
-  /** For good. */
+  /** For good. Needs no permission: whoever calls this has it, or has complex operands. */
   void EnterComplexMode();
+
+  // ---- variables that become complex (expression_promotion.cpp) ----
+  /** What this run made complex so far is its own doing. To be called before another expression or the host
+   * is.
+   */
+  void AcceptPromotions();
+  /** To be called when these have returned with status, where the run goes on at next: verifies what follows
+   * if they made a variable complex, and may enter complex mode. Gives status, or the code that ends the run.
+   */
+  long FollowCall(long status, long next);
 
   long GetErrorState() const { return m_errorState; }
   void SetErrorState(long code) { m_errorState = code; }
@@ -94,6 +106,7 @@ class CQMExpression : public CQMLinkedObject {
   using WorkStack = std::vector<SQMWorkItem>;
 
   long Compile(std::span<CQMDatum* const> parameters, bool optimize);
+  CQMExpression& CopyForNewRun();
   void FollowModes();
   // reading postfix text (expression_reading.cpp)
   long CreateTokenLists(std::span<CQMDatum* const> parameters);
@@ -119,7 +132,20 @@ class CQMExpression : public CQMLinkedObject {
   long Finalize();
   long Link();
   long Substitute(long index);
+  /** Whether the code of a verification, which is no fault then, asks for complex evaluation. */
+  bool AsksForComplex(long code) const;
   long Fail(long code) { return m_errorState = code; }
+  // variables that become complex (expression_promotion.cpp)
+  enum class EQMPromoted { Nothing, Other, TableVariable };  // each outweighs those before it
+  struct SQMComplexCounts {
+    long inTables, others, parameters;
+  };
+  long VerifyBeforeRun();
+  long VerifyAnew(long first, EQMPromoted promoted);
+  EQMPromoted FindPromoted() const;
+  long CountComplexParameters() const;
+  SQMComplexCounts CountComplex() const;
+  long FirstThatMayFollow(long next) const;
 
   CQMOperatorContext& m_context;
   CQMSymbolTable* m_cosmicTable = nullptr;
@@ -150,7 +176,14 @@ class CQMExpression : public CQMLinkedObject {
   std::vector<long> m_unverified;                         // positions of operators, ascending
   CQMProgram m_program;
   std::vector<CQMOperator*> m_openersToReset;  // of blocks that a run may enter without them
+  std::vector<CQMExpression*> m_bodies;        // of operators, which own them
   std::vector<std::unique_ptr<CQMExpression>> m_copies;
+  // what tells whether variables became complex
+  std::span<CQMDatum* const> m_parameters;
+  SQMComplexCounts m_complexCounts{};                      // of the operands, when they were last looked at
+  std::uint32_t m_promotions = 0;                          // in the process, at that time
+  std::uint32_t m_promotionsBeforeRun = 0;                 // and when that was done for a whole run
+  EQMPromoted m_promotedWithinRun = EQMPromoted::Nothing;  // by others, since the last run began
 };
 
 }  // namespace qumel

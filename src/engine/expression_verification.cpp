@@ -84,20 +84,22 @@ long CQMExpression::VerifyOperator(long index, bool finalPass, bool& askAgain, b
   }
   switch (code) {
     case Error::None: break;
-    case Error::ComplexOperandFound: m_complexMode = true; break;
-    case Error::ResultIsComplex:
-      // a copy has the permission that its original had
-      if (m_original == nullptr && !m_context.MayBecomeComplex()) return code;
-      m_complexMode = true;
-      break;
     case Error::VerifyAgain:
       return HasOperand(*op, [](CQMDatum const& d) { return d.IsPending(); }) ? Error::NotDefined
                                                                               : Error::TooManySubstitutions;
-    default: return code;
+    default:
+      if (!AsksForComplex(code)) return code;
+      m_complexMode = true;
   }
   if (!op->IsVerified()) progress = true;
   op->SetVerified(true);
   return Error::None;
+}
+
+// A copy has the permission that its original had.
+bool CQMExpression::AsksForComplex(long code) const {
+  return code == Error::ComplexOperandFound ||
+         (code == Error::ResultIsComplex && (m_original != nullptr || m_context.MayBecomeComplex()));
 }
 
 // The new operator takes over operands and result; whoever holds the result datum need not know.
@@ -145,6 +147,7 @@ long CQMExpression::Optimize() {
 long CQMExpression::Finalize() {
   for (auto const& op : m_operators) {
     if (long const code = op->Finalize(); code != Error::None) return Fail(code);
+    if (CQMExpression* const body = op->GetBody(); body != nullptr) m_bodies.push_back(body);
   }
   return Error::None;
 }

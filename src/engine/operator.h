@@ -54,6 +54,8 @@ class CQMOperator : public CQMLinkedObject {
   virtual void CreateOperandList(long count);
   /** For the same place in a copy of the expression; null where one that the factory makes will do. */
   virtual std::unique_ptr<CQMOperator> MakeTwin() { return nullptr; }
+  /** The compiled expression that the operator runs and keeps; null for most. */
+  virtual CQMExpression* GetBody() const { return nullptr; }
 
   // ---- operands and result ----
   /** Fills the slots from the last to the first; TooManyOperands when none is left. */
@@ -64,6 +66,7 @@ class CQMOperator : public CQMLinkedObject {
     if (index < kMostReadAlone) m_readAlone |= 1U << index;
   }
   bool IsOnlyReader(long index) const { return index < kMostReadAlone && (m_readAlone >> index & 1U) != 0; }
+  bool HasComplexOperand() const;
   long GetOperandCount() const { return static_cast<long>(m_operands.size()); }
   CQMDatum** GetOperandList() { return m_operands.data(); }
   CQMDatum* GetResultOperand() const { return m_result.get(); }
@@ -123,7 +126,6 @@ class CQMOperator : public CQMLinkedObject {
   /** CheckOperandCounts, then CheckDefined of every operand: names that nobody knows come before any check of
    * type. */
   long CheckOperands();
-  bool HasComplexOperand() const;
   /** ComplexOperandFound when an operand is complex, else 0: how a check that passed ends. */
   long ComplexStatus() const { return HasComplexOperand() ? Error::ComplexOperandFound : Error::None; }
   /** Gives the result type, with storage as a fresh datum of that type has it: the few bytes of a number are

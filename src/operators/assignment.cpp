@@ -45,7 +45,9 @@ bool CQMTargetOperator::TargetIsConstant() const {
 
 long CQMTargetOperator::GiveResultType() {
   bool const isComplex = IsComplexOperation();
-  TypeResult(isComplex ? EQMDataType::Complex : VariableTypeFor(Target().GetType()));
+  EQMDataType const type = isComplex ? EQMDataType::Complex : VariableTypeFor(Target().GetType());
+  // a result that is a number already keeps its value: somebody may still read it
+  if (Result().ChangeDatumType(type) != type) TypeResult(type);
   return isComplex ? Error::ComplexOperandFound : Error::None;
 }
 
@@ -59,6 +61,9 @@ void CQMTargetOperator::StoreRealInBoth(double value) {
 
 void CQMTargetOperator::StoreComplexInBoth(double real, double imaginary) {
   StoreComplex(real, imaginary);
+  // nobody else knows a variable of this expression but those it is lent to, who look at what they are lent
+  CQMExpression const* const expression = GetExpression();
+  if (expression != nullptr && expression->OwnsSymbol(Target().FinalTarget())) Target().PromoteUnannounced();
   Target().SetComplex(real, imaginary);
 }
 

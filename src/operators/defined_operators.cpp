@@ -126,12 +126,17 @@ class CQMDefinedOperator::CQMLoan {
 };
 
 long CQMDefinedOperator::RunBody(CQMExpression& body, long& position) {
+  CQMExpression& caller = *GetExpression();
+  bool const wasReal = !caller.IsInComplexMode();
   CQMNesting const nesting;
   CQMLoan const loan(*this);
+  caller.AcceptPromotions();
   long status = nesting.IsTooDeep() ? static_cast<long>(Error::OutOfMemory) : body.Resolve();
-  if (status == Status::Done) status = StoreBodyResult(body.GetResult());
   ++position;
-  return status;
+  status = caller.FollowCall(status, position);
+  if (status == Status::Done) status = StoreBodyResult(body.GetResult());
+  bool const becameComplex = wasReal && caller.IsInComplexMode();
+  return status == Status::Done && becameComplex ? static_cast<long>(Status::NeedsComplex) : status;
 }
 
 long CQMDefinedOperator::StoreBodyResult(CQMDatum* value) {
@@ -222,12 +227,16 @@ long CQMCallbackOperator::CallHost() {
 long CQMCallbackOperator::DoOperation(long& position) {
   m_isOutOfMemory = false;
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
+  CQMExpression& expression = *GetExpression();
+  bool const wasReal = !expression.IsInComplexMode();
+  expression.AcceptPromotions();
   long status = CallHost();
   if (status == Status::Done && m_isOutOfMemory) status = Error::OutOfMemory;
   // The position of a stop tells whose result the evaluation has. Otherwise the callback is not repeated,
   // whatever the status is.
   if (status != Status::Stop) ++position;
-  if (GetExpression()->IsInComplexMode()) return status;
+  status = expression.FollowCall(status, position);
+  if (!wasReal) return status;
   if (Result().Imaginary() != 0.0) return StatusOfComplexResult(status);
   // a number again, of which this or an earlier run had set the imaginary part
   if (Result().IsComplex() && GetReturnType() == EQMDataType::Number) {
@@ -235,7 +244,9 @@ long CQMCallbackOperator::DoOperation(long& position) {
     Result().SetDatumType(EQMDataType::Number);
     Result().SetReal(real);
   }
-  return status;
+  // a variable became complex, and with it the run
+  bool const becameComplex = expression.IsInComplexMode();
+  return status == Status::Done && becameComplex ? static_cast<long>(Status::NeedsComplex) : status;
 }
 
 /** What becomes of the callback's status where it gave a real evaluation a complex result. */

@@ -57,6 +57,7 @@ class CQMExpressionOperator final : public CQMDefinedOperator {
   ~CQMExpressionOperator() override;
   long VerifyOperands() override;
   long DoOperation(long& position) override;
+  CQMExpression* GetBody() const override { return m_body.get(); }
 
  private:
   std::unique_ptr<CQMExpression> m_body;

@@ -103,36 +103,47 @@ void CQMDatum::BecomeScalar(EQMDataType type) {
   datum.SetDatumType(type);
 }
 
+constinit std::atomic<std::uint32_t> CQMDatum::sm_promotionCount{0};
+
 EQMDataType CQMDatum::ChangeDatumType(EQMDataType type) {
   CQMDatum& datum = FinalTarget();
-  bool const isReal = datum.m_type == EQMDataType::Number || datum.m_type == EQMDataType::Real;
-  if (!isReal || type != EQMDataType::Complex) return datum.m_type;
+  if (type == EQMDataType::Complex && datum.Promote() && !datum.Name().empty()) {
+    sm_promotionCount.fetch_add(1, std::memory_order_relaxed);
+  }
+  return datum.m_type;
+}
+
+void CQMDatum::PromoteUnannounced() { FinalTarget().Promote(); }
+
+// Of a datum that is no proxy. False when it is no number.
+bool CQMDatum::Promote() {
+  if (m_type != EQMDataType::Number && m_type != EQMDataType::Real) return false;
 
   // The old elements are copied as they lie, so they must outlive the making of the new storage.
   constexpr SQMTypeTraits kTraits = TraitsOf(EQMDataType::Complex);
   std::byte inlineValue[kInlineBytes];
-  std::memcpy(inlineValue, datum.m_inline, kInlineBytes);
-  std::byte const* const old = datum.m_value == datum.m_inline ? inlineValue : datum.m_value;
-  std::size_t const oldBytes = datum.m_storageBytes;
-  auto const elementSize = static_cast<std::size_t>(std::max(datum.m_elementSize, 1));
-  long const dimensioned = datum.HasStoredDimensions() ? datum.GetArraySize() : 1;
+  std::memcpy(inlineValue, m_inline, kInlineBytes);
+  std::byte const* const old = m_value == m_inline ? inlineValue : m_value;
+  std::size_t const oldBytes = m_storageBytes;
+  auto const elementSize = static_cast<std::size_t>(std::max(m_elementSize, 1));
+  long const dimensioned = HasStoredDimensions() ? GetArraySize() : 1;
   auto const count = std::max<std::int64_t>(dimensioned, static_cast<std::int64_t>(oldBytes / elementSize));
-  std::unique_ptr<std::byte[]> oldStorage = std::move(datum.m_storage);
-  if (!datum.StoreElements(count, kTraits.elementSize)) {
-    datum.m_storage = std::move(oldStorage);
+  std::unique_ptr<std::byte[]> oldStorage = std::move(m_storage);
+  if (!StoreElements(count, kTraits.elementSize)) {
+    m_storage = std::move(oldStorage);
     throw std::bad_alloc();
   }
-  if (old != nullptr) std::memcpy(datum.m_value, old, std::min(oldBytes, datum.m_storageBytes));
+  if (old != nullptr) std::memcpy(m_value, old, std::min(oldBytes, m_storageBytes));
 
-  datum.m_revision = static_cast<std::int32_t>(static_cast<std::uint32_t>(datum.m_revision) + 1U);
-  datum.m_type = EQMDataType::Complex;
-  datum.m_class = kTraits.datumClass;
-  datum.m_partSize = kTraits.partSize;
-  datum.m_ownsStorage = true;
-  datum.m_callerWord = 0;
-  datum.UpdateProxyDatums();
-  datum.MoveEpoch();
-  return datum.m_type;
+  m_revision = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_revision) + 1U);
+  m_type = EQMDataType::Complex;
+  m_class = kTraits.datumClass;
+  m_partSize = kTraits.partSize;
+  m_ownsStorage = true;
+  m_callerWord = 0;
+  UpdateProxyDatums();
+  MoveEpoch();
+  return true;
 }
 
 void CQMDatum::SetDatumAtomSize(long size) {

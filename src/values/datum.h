@@ -55,6 +55,10 @@ class CQMDatum : public CQMLinkedObject {
    * in an array only element 0 keeps its real part in place. Returns the type that the datum has afterwards.
    * Without the memory it throws std::bad_alloc, and nothing has changed. */
   EQMDataType ChangeDatumType(EQMDataType type);
+  /** Changes whenever a number that has a name has become complex, anywhere in the process. */
+  static std::uint32_t GetPromotionCount() { return sm_promotionCount.load(std::memory_order_relaxed); }
+  /** As ChangeDatumType to complex, for a variable that nobody but the caller has to look at. */
+  void PromoteUnannounced();
   /** Length of a string buffer, terminator included. Accepted once, before the type is set; 0 takes it back.
    * A length below 0 or above kMaximumArrayBytes is ignored. */
   void SetDatumAtomSize(long size);
@@ -234,6 +238,7 @@ class CQMDatum : public CQMLinkedObject {
   bool StoreElements(std::int64_t count, std::int32_t elementSize);
   void GrowBuffer(std::size_t needed);
   void TakeBufferOf(CQMDatum& giver);
+  bool Promote();
   void DropStorage();
 
   // addresses
@@ -269,6 +274,8 @@ class CQMDatum : public CQMLinkedObject {
   void LeaveTarget();
   void FollowTarget();
   void BecomeOwner();
+
+  static std::atomic<std::uint32_t> sm_promotionCount;
 
   std::byte* m_value = nullptr;    // start of the elements, a proxy's element, or null without storage
   std::byte* m_current;            // the current element, or m_inline where there is no storage

@@ -80,7 +80,7 @@ TEST(Assignment, ClearsTheImaginaryPartOfVariablesThatBecameComplexElsewhere) {
   context.Run("x 1 =");
   auto const store = context.Compile("x 7 =");
   EXPECT_EQ(context.Run("x 1 2 |_ = ; x return"), "1+2i");
-  EXPECT_EQ(CQMTestContext::Resolve(*store), "7");
+  EXPECT_EQ(CQMTestContext::Resolve(*store), "7+0i");
   EXPECT_EQ(context.Run("x"), "7+0i");
 }
 
