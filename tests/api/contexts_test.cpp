@@ -60,6 +60,33 @@ TEST_F(Contexts, NoNameIsNoContext) {
   EXPECT_STREQ(qmGetCurrentContextName(), "test");
 }
 
+TEST_F(Contexts, CallsAboutContextsChooseNone) {
+  struct SQMCall {
+    char const* name;
+    bool (*succeeds)();
+  };
+  constexpr SQMCall kCalls[] = {
+      {"set an unknown one", [] { return qmSetContext("nope", false) != 0; }},
+      {"set an unknown one with its lock", [] { return qmSetContext("nope", true) != 0; }},
+      {"set none", [] { return qmSetContext(nullptr, false) != 0; }},
+      {"release", [] { return qmReleaseContext(); }},
+      {"lock", [] { return qmLockContext(); }},
+      {"make an unknown one the default", [] { return qmSetDefaultContext("nope"); }},
+      {"destroy an unknown one", [] { return qmDestroyPrivateContext("nope"); }},
+      {"destroy an unknown public one", [] { return qmDestroyPublicContext("nope"); }},
+      {"find an unknown one", [] { return qmGetContextHandle("nope") != 0; }},
+      {"ask for the current one", [] { return qmGetCurrentContextHandle() != 0; }},
+      {"ask for its name", [] { return *qmGetCurrentContextName() != '\0'; }},
+      {"ask for the name of none", [] { return *qmGetContextName(0) != '\0'; }},
+  };
+  for (auto const& [name, succeeds] : kCalls) {
+    SCOPED_TRACE(name);
+    qmClearContext();
+    EXPECT_FALSE(succeeds());
+    EXPECT_EQ(qmGetCurrentContextHandle(), 0U);
+  }
+}
+
 TEST_F(Contexts, ClearedContextsAndTheDefault) {
   EXPECT_TRUE(qmClearContext());
   EXPECT_STREQ(qmGetCurrentContextName(), "");

@@ -532,6 +532,37 @@ TEST_F(Callbacks, AccessesUnderBothNames) {
   }
 }
 
+TEST_F(Callbacks, ParametersAreOfTheDeclaredKinds) {
+  struct Case {
+    char const* parameter;
+    char const *accepted[2], *refused[3];
+  };
+  constexpr Case kCases[] = {
+      {"number x", {"1.5", "(1 |_ 2)"}, {"\"1\"", "(1 < 2)", "(\"a\" + \"b\")"}},
+      {"complex x", {"1.5", "(1 |_ 2)"}, {"\"1\"", "(1 < 2)", "(\"a\" + \"b\")"}},
+      {"string x", {"\"1\"", "(\"a\" + \"b\")"}, {"1.5", "(1 |_ 2)", "(1 < 2)"}},
+      {"boolean x", {"(1 < 2)", "(2 < 1)"}, {"1.5", "(1 |_ 2)", "\"1\""}},
+  };
+  qmSetAllowComplexResults(true);
+  for (Case const& c : kCases) {
+    for (char const* const list : {"%", "number n, %", "%, string s"}) {
+      std::string parameters(list), before, behind;
+      parameters.replace(parameters.find('%'), 1, c.parameter);
+      if (parameters.starts_with("number n, ")) before = "1, ";
+      if (parameters.ends_with(", string s")) behind = ", \"s\"";
+      SCOPED_TRACE(parameters);
+      ASSERT_EQ(Link("taking", "number", parameters.c_str(), [](Handle) { return 0; }), kNone);
+      auto const codeOf = [&](char const* argument) {
+        qmEvalExpStr(("taking(" + before + argument + behind + ")").c_str());
+        return qmGetLastErrorID();
+      };
+      for (char const* const argument : c.accepted) EXPECT_EQ(codeOf(argument), kNone) << argument;
+      for (char const* const argument : c.refused) EXPECT_EQ(codeOf(argument), 3090) << argument;
+      qmDeleteOp('G', "taking");
+    }
+  }
+}
+
 TEST_F(Callbacks, StatusesSteerTheEvaluationWithoutRepeatingTheCall) {
   ASSERT_EQ(Link("status", "number", "number x", &StatusOf), kNone);
   struct Case {

@@ -160,6 +160,18 @@ TEST(Executor, ParsedTextOfAnExpression) {
   EXPECT_STREQ(executor.GetParsedExpression(expression), "#d1#d2!1101.2;");
   EXPECT_STREQ(executor.GetParsedExpression(nullptr), "");
   EXPECT_EQ(executor.GetLastErrorID(), Error::NotFound);
+
+  std::string sum = "1";
+  for (int i = 0; i < 100; ++i) sum += "+1";
+  auto* const longer = ObjectFromHandle<CQMExpression>(executor.ParseExpression(sum.c_str()));
+  CQMExecutor fresh;  // without the room that a conversion left
+  ASSERT_TRUE(fresh.Initialize());
+  {
+    testing::FailingAllocation const failing;
+    fresh.GetParsedExpression(longer);
+  }
+  EXPECT_EQ(fresh.GetLastErrorID(), Error::OutOfMemory);
+  EXPECT_EQ(fresh.GetParsedExpression(longer), longer->GetParsedText());
 }
 
 // Memory that ends anywhere makes an error and leaves a context that works.

@@ -127,6 +127,10 @@ TEST(Exchange, SwapsValuesOfOneType) {
       {"x 1 = ; y 2 = ; x y <=> ; x return", "2"},
       {"x 1 = ; y 2 = ; x y <=> ; y return", "1"},
       {"x 1 = ; y 2 = ; x y <=>", "2"},
+      {"s 'ab = ; t 'cde = ; s t <=>", "'cde"},
+      {"s 'ab = ; t 'cde = ; t s <=>", "'ab"},
+      {"b true = ; c 2 1 < = ; b c <=>", "false"},
+      {"b true = ; c 2 1 < = ; c b <=>", "true"},
       {"s 3 [1 string ; s 'ab = ; t 'long = ; s t <=> ; s return", "'lo"},
       {"s 3 [1 string ; s 'ab = ; t 'long = ; s t <=> ; t return", "'ab"},
       {"b true = ; c 1 2 < = ; d 2 1 < = ; b d <=> ; b return", "false"},
@@ -154,6 +158,17 @@ TEST(Declaration, TypesNames) {
       {"complex z number ; y number ; y return", "0"},
   };
   ExpectOutcomes(kPrograms);
+}
+
+TEST(Declaration, LeavesNamesThatOthersLeftWithoutAType) {
+  for (EQMDataType const type : {EQMDataType::Untyped, EQMDataType::Undefined}) {
+    for (char const* word : {"number", "string", "boolean"}) {
+      CQMTestContext context;
+      context.AddGlobal(std::make_unique<CQMDatum>(type, "u"));
+      EXPECT_EQ(context.Run(std::string("u ") + word), "error 3060") << word;
+      EXPECT_EQ(context.Find(Scope::kGlobal, "u")->GetType(), type) << word;
+    }
+  }
 }
 
 TEST(Declaration, PlacesNamesByScope) {

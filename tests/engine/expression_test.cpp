@@ -189,6 +189,32 @@ TEST_F(Expression, ActsOnTheAnswersOfVerification) {
   }
 }
 
+TEST_F(Expression, AsksAgainAsLongAsAnOperatorGetsOn) {
+  struct SQMCase {
+    std::vector<long> answers;  // of three operators, pass by pass
+    long code;
+    std::size_t asked;
+  };
+  constexpr long kAgain = Error::VerifyAgain, kMismatch = Error::TypeMismatch, kDone = Error::None;
+  SQMCase const kCases[] = {
+      {{kAgain, kAgain, kDone, kAgain, kDone, kDone}, kDone, 6},
+      {{kMismatch, kAgain, kDone, kMismatch, kDone, kDone}, kDone, 6},
+      // one pass more, in which nothing changed, decides
+      {{kAgain, kDone, kDone, kAgain, kDone}, kDone, 5},
+      {{kAgain, kDone, kDone, kAgain, kAgain}, Error::TooManySubstitutions, 5},
+      {{kMismatch, kDone, kDone, kMismatch, kMismatch}, kMismatch, 5},
+      {{kAgain, kAgain, kAgain, kDone, kDone, kDone}, kDone, 6},
+      {{kAgain, kAgain, kAgain, kDone, kMismatch}, kMismatch, 5},
+  };
+  for (std::size_t row = 0; row < std::size(kCases); ++row) {
+    SCOPED_TRACE(row);
+    g_script = {};
+    g_script.verify = kCases[row].answers;
+    EXPECT_EQ(CompileText("!9001.0!9001.0!9001.0")->GetErrorState(), kCases[row].code);
+    EXPECT_EQ(g_script.verified, kCases[row].asked);
+  }
+}
+
 TEST_F(Expression, EndsSubstitutionsAndOptimisationsThatNeverEnd) {
   struct SQMCase {
     std::vector<long> verify;

@@ -115,6 +115,19 @@ TEST(Stack, OpensAndClosesInTheMiddle) {
   EXPECT_EQ(CQMCounted::s_alive, 3);
 }
 
+TEST(Stack, GrowsFromADepthOfNothing) {
+  CQMStack stack;
+  ASSERT_EQ(stack.InitStack(0), Error::None);
+  EXPECT_EQ(stack.GetDepth(), 0);
+  EXPECT_EQ(stack.Pop(), Error::StackEmpty);
+  stack.SetAutoGrow(false);
+  EXPECT_EQ(stack.Push(std::make_unique<CQMStackString>("none fits")), Error::StackFull);
+  stack.SetAutoGrow(true);
+  Fill(stack, 3);
+  EXPECT_EQ(stack.GetTop(), 2);
+  EXPECT_EQ(stack.GetDepth(), 16);
+}
+
 TEST(Stack, NeverGetsShallower) {
   CQMStack stack;
   EXPECT_EQ(stack.InitStack(-1), Error::StackCreateFailed);

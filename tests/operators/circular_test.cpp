@@ -52,6 +52,26 @@ TEST(Circular, InfinitiesAndNaNsFollowTheRules) {
   });
 }
 
+TEST(Circular, ArcsinesKeepPartsWhoseSquaresVanishOrOverflow) {
+  double const slope = 1.0 / std::sqrt(0.75);  // of the arcsine at a half
+  for (double const y : {1e-139, 1e-150, 1e-160, 1e-300, 1e-307}) {
+    SCOPED_TRACE(y);
+    for (double const side : {1.0, -1.0}) {
+      for (double const x : {0.5, -0.5}) {
+        Value const value = CQMBench(OpId::Arcsine, {Complex(x, side * y)}).RunComplex();
+        EXPECT_TRUE(Agree(value, Complex(std::asin(x), side * y * slope), 1e-15)) << Describe(value);
+        Complex const found = std::get<Complex>(value);
+        EXPECT_NEAR(found.imag() / (side * y * slope), 1.0, 1e-15);
+      }
+    }
+  }
+  for (double const x : {1e149, 1e151, 1e200, 1e300}) {
+    Value const value = CQMBench(OpId::Arcsine, {Complex(x, x)}).RunComplex();
+    Complex const expected(kHalfPi / 2.0, std::log(x) + 1.5 * std::numbers::ln2);
+    EXPECT_TRUE(Agree(value, expected, 1e-15)) << Describe(value);
+  }
+}
+
 TEST(Circular, CosinesOfComplexNumbersWithoutImaginaryPartKeepTheSignOfTheirZero) {
   ExpectOperations({
       {OpId::Cosine, {Complex(3.0, 0.0)}, std::cos(3.0), Complex(std::cos(3.0), -0.0)},
