@@ -17,13 +17,12 @@ long OnDefiner(Call call) noexcept {
   });
 }
 
-/** Runs call on the callback operator that handle names; missing for any other handle. Needs no current
- * context: the operator knows its own. */
+/** Runs call on the callback operator that handle names, in its context; missing for any other handle. */
 template <class Value, class Call>
 Value OnOperator(Handle handle, Value missing, Call call) noexcept {
   try {
-    CQMOperator* const object = ObjectFromHandle<CQMOperator>(handle);
-    auto* const op = dynamic_cast<CQMCallbackOperator*>(object);
+    CQMContextUse const use(handle, CQMContextUse::EQMNeed::None);
+    auto* const op = dynamic_cast<CQMCallbackOperator*>(use.GetObject());
     return op != nullptr ? call(*op) : missing;
   } catch (...) {
     return missing;

@@ -165,7 +165,10 @@ long CQMCallbackOperator::VerifyOperands() {
 }
 
 long CQMCallbackOperator::DoOperation(long& position) {
-  if (m_handle == 0) m_handle = GetObjectHandle();
+  if (m_handle == 0) {
+    CQMOperatorContext* const context = GetContext();
+    m_handle = GetObjectHandle(context != nullptr ? context->GetHandleGuard() : nullptr);
+  }
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
   long const status = Definition().callback(m_handle);
   ++position;  // whatever the status is, the callback is not repeated
