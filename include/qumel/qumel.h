@@ -22,13 +22,26 @@
  *   Scopes: 'C' process-wide, 'G' the current context only, any other: the current context, then
  *   process-wide.
  *   Types:  'N' number, 'C' complex, 'S' string, 'B' boolean, 'X' none.
- * Threads. Any thread may call any function. Threads that use different contexts need no care; threads that
- *   share a context take turns, by a lock of their own or by qmLockContext. Process-wide names may be
- *   defined, used and deleted by all threads at any time; what another thread is using is not deleted
- *   (3440). Threads that write and read the value of one take turns, and while a text that was handed out
- *   as its own buffer is read, no other thread deletes it. Each thread has a record of its own that lives
- *   until qmReset, qmRelease or qmUnloadQumel, not until the thread ends: a later thread to which the
- *   system gives the same id takes it over, with its contexts and settings.
+ * Threads. Returned texts, the last result and the last error belong to the context: where several threads
+ *   share one, each finds what the last call of any of them left there. Threads that need them use contexts
+ *   of their own, or keep each other out with qmLockContext. The numbers and truth values that a call
+ *   returns are right in any case.
+ *   Any thread may call any function. Threads that use different contexts do not wait for each other. A call
+ *   that enters a context in which another thread works waits until that has left; the calls of a callback
+ *   do not wait for the call that they stand in. Whatever works on variables, expressions, operators,
+ *   settings, errors and results enters the current context, or the one of its handle; making, choosing,
+ *   locking, naming and destroying contexts enters none.
+ *   A wait that would close a circle of waiting threads is refused: the call answers with its failure value.
+ *   The error is 3010. It becomes the last error of the current context where the thread is at work in that;
+ *   and to ask for the last error of the context that could not be entered gives 3010, too. A callback that
+ *   waits by means of its own for another thread, which calls in the same context, waits for ever: that
+ *   circle is the host's own.
+ *   Process-wide names may be defined, used and deleted by all threads at any time; what another thread is
+ *   using is not deleted (3440). Threads that write and read the value of one see to their turns themselves,
+ *   and while a text that was handed out as its own buffer is read, no other thread deletes it.
+ *   Each thread has a record of its own that lives until qmReset, qmRelease or qmUnloadQumel, not until the
+ *   thread ends: a later thread to which the system gives the same id takes it over, with its contexts and
+ *   settings.
  * Exceptions. None leaves the library. A failure to allocate is error 3230.
  */
 #ifndef QUMEL_QUMEL_H
@@ -208,8 +221,9 @@ QM_API unsigned long long qmCreatePublicContext(char const* name);
  *  returns  the context's handle; 0 for a null or reserved name */
 QM_API unsigned long long qmCreatePrivateContext(char const* name);
 
-/** Destroys a public context with all that belongs to it. Threads for which it was current have no current
- *  context then; if it was the default, the primary context is again.
+/** Destroys a public context with all that belongs to it, as soon as the calls that are at work in it have
+ *  returned. Threads for which it was current have no current context then, and go on in the default one at
+ *  their next call that needs one. If it was the default, the primary context is again.
  *  returns  false when there is none of that name */
 QM_API bool qmDestroyPublicContext(char const* name);
 
@@ -220,8 +234,8 @@ QM_API bool qmDestroyPrivateContext(char const* name);
  *  public one. The thread's settings become those of the context.
  *  lock     waits until no other thread has the context locked, and locks it; the primary context is never
  *           locked. A lock on the context that was current before is kept.
- *  returns  the context's handle; 0, and nothing changes, when there is none of that name or it is destroyed
- *           during the wait */
+ *  returns  the context's handle; 0, and nothing changes, when there is none of that name, when it is
+ *           destroyed during the wait, and when the wait would never end */
 QM_API unsigned long long qmSetContext(char const* name, bool lock);
 
 /** Makes a public context, or "Qumel", the default: threads that have no current context get it.
@@ -248,14 +262,16 @@ QM_API char const* qmGetCurrentContextName(void);
 QM_API unsigned long long qmGetCurrentContextHandle(void);
 
 /** Waits until no other thread has the current context locked, and locks it. The lock is an agreement among
- *  threads that take it: evaluation itself takes none.
+ *  threads that take it, for what is to be done undivided: other calls neither take it nor wait for it.
  *  returns  true when this thread has the lock; false in the primary context, without a current one (none is
- *           chosen here), and when it is destroyed during the wait */
+ *           chosen here), when it is destroyed during the wait, and when the wait would never end */
 QM_API bool qmLockContext(void);
 
-/** Gives the lock on the current context back.
- *  returns  true when the context is not locked by this thread now; false in the primary context and without
- *           a current one */
+/** Gives the lock back that the thread took since the context became current, by qmSetContext with lock or
+ *  by qmLockContext. A lock from before, of a context that the thread left and came back to without taking
+ *  it again, stays; take it again and give it back then.
+ *  returns  true, also when there was nothing to give back; false in the primary context and without a
+ *           current one */
 QM_API bool qmReleaseContext(void);
 
 /** The thread has no current context afterwards; a lock on it is given back, and the thread's settings get
@@ -299,8 +315,9 @@ QM_API char const* qmEvalExpStrToStr(char const* text);
  * Parsed expressions
  *
  * An expression that is evaluated often is parsed once. It belongs to the context that parsed it, and runs
- * there whichever context is current. It lives until qmDeleteExp or until its context goes. A handle that
- * names no expression gives the values of "without a context" and changes nothing.
+ * there whichever context is current: its results and errors are kept there, and qmGetLastErrorID tells them
+ * while that context is current. It lives until qmDeleteExp or until its context goes. A handle that names no
+ * expression gives the values of "without a context" and changes nothing.
  * ====================================================================================================== */
 
 /** Reads and compiles text. Returns the handle of the expression; 0 after an error, which becomes the last
@@ -482,8 +499,9 @@ QM_API void qmClearLastError(void);
 QM_API bool qmDefineError(char scope, long code, char const* text);
 
 /** Has callback called with the code of each error in which evaluating or parsing in the current context
- *  ends, on the evaluating thread, before the call returns. Null clears it. Returns false without a
- *  context. */
+ *  ends, on the evaluating thread, before the call returns. What the callback evaluates in the same context
+ *  replaces the last error, so that the caller does not find it any more: look at the code, or put it back
+ *  with qmSetLastError. Null clears the callback. Returns false without a context. */
 QM_API bool qmSetErrorCallback(void (*callback)(long code));
 
 /** Clears the callback. Returns false without a context. */
@@ -518,11 +536,14 @@ QM_API bool qmIsArray(char scope, char const* name);
  *   there is a reference, qmDeleteVar refuses (3440). Give it back with qmReleaseVarHandle.
  * Linked variables are the host's memory, which must stay in place until the variable is deleted or its
  *   context goes. The library reads and writes it during evaluation, neither clears nor frees it, and holds
- *   no reference.
+ *   no reference. A linked number that gets a complex value comes loose: it goes on as a complex variable of
+ *   the library's own, and the host's memory keeps what it held.
  * Arrays have 1 to 6 dimensions: dims is their number, e1 to e6 the extents, i1 to i6 the indices, of which
- *   those behind dims are not looked at (pass -1). The first extent must not be 0, and none may be -1.
+ *   those behind dims are not looked at (pass -1). Extents are 1 and more; others are refused (3210).
  *   Indices count from 0. Elements lie in rows: the last index runs fastest (the first one with inverted
- *   indices).
+ *   indices). A complex value that an expression stores into one element of an array of numbers makes the
+ *   whole array complex and moves all others: what stood there is taken as pairs of real and imaginary
+ *   part, with zeros behind them. Create such an array as a complex one.
  * Errors become the last error: 3060 no such variable; 3070 the name is taken; 3090 another type; 3210
  *   dimensions or indices out of bounds, an array where a scalar is meant or the reverse; 3230 out of
  *   memory. Creating and linking also refuse a missing name (3060), one too long for a table (3100), a text
@@ -539,8 +560,9 @@ QM_API unsigned long long qmCreateNumVar(char scope, char const* name, double in
 /** Makes *value a number variable. Returns whether the last error is 0 (3070). */
 QM_API bool qmLinkNumVar(char scope, char const* name, double* value);
 /** Sets a number, or the real part of a complex number. Returns whether the last error is 0 (3060, 3090,
- *  3210). With 3090 and 3210 the value is stored all the same, converted to the type that the variable
- *  has. */
+ *  3210). With 3090 the bytes of the double are copied as they are into the variable of the other type, and
+ *  with 3210 into the first element of the array: what the variable held is lost, and what it holds then is
+ *  neither the number nor a meaningful text or truth value. */
 QM_API bool qmSetNumVar(char scope, char const* name, double value);
 /** Sets a number by handle. Stores nothing after an error (3060, 3090, 3210). */
 QM_API bool qmSetNumVarByHandle(unsigned long long handle, double value);
@@ -564,7 +586,8 @@ QM_API bool qmSetComplexVarByHandle(unsigned long long handle, double real, doub
 QM_API bool qmSetRealVar(char scope, char const* name, double real);
 /** Sets the real part by handle; else as qmSetNumVarByHandle. */
 QM_API bool qmSetRealVarByHandle(unsigned long long handle, double real);
-/** Sets the imaginary part; else as qmSetNumVar. */
+/** Sets the imaginary part; else as qmSetNumVar, but that a number becomes complex with 3090, and texts and
+ *  truth values stay. */
 QM_API bool qmSetImagVar(char scope, char const* name, double imaginary);
 /** Sets the imaginary part by handle; else as qmSetNumVarByHandle. */
 QM_API bool qmSetImagVarByHandle(unsigned long long handle, double imaginary);
@@ -580,7 +603,8 @@ QM_API void qmGetComplexVarValueByHandle(unsigned long long handle, double* real
 QM_API unsigned long long qmCreateBoolVar(char scope, char const* name, bool initial);
 /** Makes *value a boolean variable. Returns whether the last error is 0 (3070). */
 QM_API bool qmLinkBoolVar(char scope, char const* name, bool* value);
-/** Sets a truth value; else as qmSetNumVar. */
+/** Sets a truth value; else as qmSetNumVar: with 3090 the byte of the truth value, followed by zeros, is
+ *  copied into a variable of another type. */
 QM_API bool qmSetBoolVar(char scope, char const* name, bool value);
 /** Sets a truth value by handle. Stores nothing after an error (3060, 3090, 3210). */
 QM_API bool qmSetBoolVarByHandle(unsigned long long handle, bool value);
@@ -709,8 +733,9 @@ QM_API char const* qmGetStrArrayElementByHandle(unsigned long long handle, long 
 /** Handle of a variable, with a reference that qmReleaseVarHandle gives back; 0 if there is none. */
 QM_API unsigned long long qmGetVarHandle(char scope, char const* name);
 
-/** Gives back one reference that came with a handle, so that the variable can be deleted. The handle goes
- *  on naming the variable while that lives. Returns false when handle names no variable. */
+/** Gives back one reference that came with a handle, from creating or from qmGetVarHandle, so that the
+ *  variable can be deleted. The handle goes on naming the variable while that lives. Returns false when
+ *  handle names no variable, and when all references have been given back. */
 QM_API bool qmReleaseVarHandle(unsigned long long handle);
 
 /** Type letter of a variable; 'X' if there is none. */
@@ -783,10 +808,11 @@ QM_API long qmDeleteOp(char scope, char const* name);
 /* ======================================================================================================
  * Inside a callback
  *
- * handle is what the callback was called with; it is good until the callback returns. While another run of
- * the same expression calls back from the same place, it answers for that call. Parameters count from 0. An
- * index out of range makes the last error 3190, a parameter of another type 3090. Any other handle gives 0,
- * 0.0, false or null, and 3220 from the functions that set the result. Each function has a second name.
+ * handle is what the callback was called with; it is good until the callback returns, on the thread that was
+ * called: others wait until the evaluation has ended. While another run of the same expression calls back from
+ * the same place, it answers for that call. Parameters count from 0. An index out of range makes the last error
+ * 3190, a parameter of another type 3090. Any other handle gives 0, 0.0, false or null, and 3220 from the
+ * functions that set the result. Each function has a second name.
  * ====================================================================================================== */
 
 /** Number of parameters. */

@@ -10,16 +10,13 @@ namespace {
 /** Runs call on the expression that handle names, in the context that parsed it, whichever is current. */
 template <class Value, class Call>
 Value OnExpression(Handle handle, Value failure, Call call) noexcept {
-  CQMThreadInfo* const record = GetThreadInfo(true);
-  if (record == nullptr) return failure;
-  auto* const expression = ObjectFromHandle<CQMExpression>(handle);
-  if (expression == nullptr) return failure;
-  CQMLinkedObject* const parent = expression->GetParentObject();
-  if (parent == nullptr || !parent->HasTypeTag(CQMExecutor::kTypeTag)) return failure;
-  auto* const owner = static_cast<CQMExecutor*>(parent);
-  if (owner->IsRetired()) return failure;  // it only lives on until the calls that run in it return
-  CQMContextUse const use(*record, *owner);
-  auto const onContext = [&](CQMExecutor& context) { return call(context, *expression); };
+  CQMContextUse const use(handle);
+  CQMLinkedObject* const object = use.GetObject();
+  if (object == nullptr || !object->HasTypeTag(CQMExpression::kTypeTag)) return failure;
+  if (use.GetExecutor()->IsRetired()) return failure;  // it only lives on until the calls in it return
+  auto const onContext = [&](CQMExecutor& context) {
+    return call(context, static_cast<CQMExpression&>(*object));
+  };
   return OnUsedContext(use, failure, onContext);
 }
 

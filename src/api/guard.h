@@ -38,7 +38,7 @@ Value OnUsedContext(CQMContextUse const& use, Value failure, Call& call) {
 /** Runs call on the calling thread's current context, which is found or made where there is none. */
 template <class Value, class Call>
 Value OnContext(Value failure, Call call) noexcept {
-  CQMContextUse const use(true);
+  CQMContextUse const use;
   return OnUsedContext(use, failure, call);
 }
 
@@ -51,13 +51,13 @@ void OnContext(Call call) noexcept {
   });
 }
 
-/** Runs call on the calling thread's record, which need not have a current context. */
+/** Runs call on the calling thread's record, in its current context if it has one. */
 template <class Value, class Call>
 Value OnThread(Value failure, Call call) noexcept {
-  CQMContextUse const use(false);
-  CQMThreadInfo* const record = use.GetRecord();
-  return record != nullptr ? Guarded<Value>(failure, [&] { return static_cast<Value>(call(*record)); })
-                           : failure;
+  CQMRecordUse const record;
+  CQMContextUse const use(CQMContextUse::EQMNeed::CurrentIfAny);
+  if (record.GetRecord() == nullptr || use.IsRefused()) return failure;
+  return Guarded<Value>(failure, [&] { return static_cast<Value>(call(*record.GetRecord())); });
 }
 
 }  // namespace qumel

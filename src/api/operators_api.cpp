@@ -20,18 +20,21 @@ long OnDefiner(Call call) noexcept {
   });
 }
 
-/** Runs call on the callback operator that handle names; missing for any other handle. Needs no current
- * context: the operator knows its own. */
+/** Runs call on the callback operator that handle names, in its context; missing for any other handle. */
 template <class Value, class Call>
 Value OnOperator(Handle handle, Value missing, Call call) noexcept {
-  auto* const op = dynamic_cast<CQMCallbackOperator*>(ObjectFromHandle<CQMOperator>(handle));
-  if (op == nullptr) return missing;
-  try {
-    return call(op->GetAnswering());
-  } catch (...) {
-    op->GetAnswering().NoteOutOfMemory();
-    return missing;
-  }
+  return Guarded<Value>(missing, [&] {
+    CQMContextUse const use(handle, CQMContextUse::EQMNeed::None);
+    auto* const op = dynamic_cast<CQMCallbackOperator*>(use.GetObject());
+    if (op == nullptr) return missing;
+    CQMCallbackOperator& answering = op->GetAnswering();
+    try {
+      return call(answering);
+    } catch (...) {
+      answering.NoteOutOfMemory();
+      return missing;
+    }
+  });
 }
 
 }  // namespace

@@ -16,15 +16,59 @@ Value OnVariables(Value failure, Call call) noexcept {
   });
 }
 
-/** Hands the parts out that read gives; without a context nothing is written. */
-template <class Read>
-void ReadComplexParts(double* real, double* imaginary, Read read) noexcept {
-  OnVariables(false, [&](CQMVariables& variables) {
-    std::complex<double> const value = read(variables);
-    if (real != nullptr) *real = value.real();
-    if (imaginary != nullptr) *imaginary = value.imag();
-    return true;
-  });
+CQMDatum* VariableOf(CQMLinkedObject* object) {
+  bool const isVariable = object != nullptr && object->HasTypeTag(CQMDatum::kTypeTag);
+  return isVariable ? static_cast<CQMDatum*>(object) : nullptr;
+}
+
+/** Runs access on the variable that handle names, or on null, while nobody destroys it, and then conclude
+ * with what came of it on the variables of the current context; failure without one. */
+template <class Value, class Access, class Conclude>
+Value OnVariable(Handle handle, Value failure, Access access, Conclude conclude) noexcept {
+  auto outcome = access(nullptr);
+  auto const concludeIn = [&](CQMExecutor& context) {
+    CQMVariables variables(context);
+    return conclude(variables, outcome);
+  };
+  if (CQMLinkedObject::FindTarget(handle).gate == nullptr) {
+    return OnContext(failure, [&](CQMExecutor& context) {
+      {
+        CQMSharedVariableUse const variable(handle);
+        outcome = access(VariableOf(variable.GetObject()));
+      }
+      return concludeIn(context);
+    });
+  }
+  {
+    CQMContextUse const use(handle);
+    if (use.IsRefused()) return failure;
+    if (use.GetExecutor() != nullptr && !use.GetExecutor()->IsRetired())
+      outcome = access(VariableOf(use.GetObject()));
+    if (use.IsInCurrent()) return OnUsedContext(use, failure, concludeIn);
+  }
+  // The context of the variable is left before the one that keeps the error is entered: a thread that is in
+  // neither waits for one of them at a time, and thus not in a circle.
+  return OnContext(failure, concludeIn);
+}
+
+/** As above, for questions that leave no error. */
+template <class Value, class Access>
+Value AskVariable(Handle handle, Value failure, Access access) noexcept {
+  return OnVariable(handle, failure, access, [](CQMVariables&, Value answer) { return answer; });
+}
+
+/** Keeps the error of access, and answers what it read or whether it stored. */
+template <class Value, class Access>
+Value UseVariable(Handle handle, Value failure, Access access) noexcept {
+  return OnVariable(handle, failure, access,
+                    [](CQMVariables& variables, auto const& outcome) { return variables.Conclude(outcome); });
+}
+
+/** Hands the parts of value out. */
+bool WriteParts(std::complex<double> value, double* real, double* imaginary) {
+  if (real != nullptr) *real = value.real();
+  if (imaginary != nullptr) *imaginary = value.imag();
+  return true;
 }
 
 }  // namespace
@@ -34,6 +78,8 @@ void ReadComplexParts(double* real, double* imaginary, Read read) noexcept {
 #define QM_INDICES (SQMIndices{dims, {i1, i2, i3, i4, i5, i6}})
 // Opens an exported function: its calls go to the variables v of the current context.
 #define QM_ON_VARIABLES(failure) return OnVariables(failure, [&](CQMVariables & v)
+// The same for a call on the variable datum of a handle, or null.
+#define QM_ON_VARIABLE(failure) return UseVariable(handle, failure, [&](CQMDatum * datum)
 
 // ---- creating ----
 Handle qmCreateNumVar(char scope, char const* name, double initial) {
@@ -88,18 +134,18 @@ bool qmLinkStrArray(char scope, char const* name, char* buffer, long length, QM_
 }
 
 // ---- writing: one row a value, four functions a row ----
-#define QM_SETTERS(scalar, element, Access, Type)                                                \
-  bool scalar(char scope, char const* name, Type value) {                                        \
-    QM_ON_VARIABLES(false) { return v.Set<Access>(scope, name, value); });                       \
-  }                                                                                              \
-  bool scalar##ByHandle(Handle handle, Type value) {                                             \
-    QM_ON_VARIABLES(false) { return v.SetByHandle<Access>(handle, value); });                    \
-  }                                                                                              \
-  bool element(char scope, char const* name, Type value, QM_INDEX_PARAMETERS) {                  \
-    QM_ON_VARIABLES(false) { return v.SetElement<Access>(scope, name, value, QM_INDICES); });    \
-  }                                                                                              \
-  bool element##ByHandle(Handle handle, Type value, QM_INDEX_PARAMETERS) {                       \
-    QM_ON_VARIABLES(false) { return v.SetElementByHandle<Access>(handle, value, QM_INDICES); }); \
+#define QM_SETTERS(scalar, element, Access, Type)                                                      \
+  bool scalar(char scope, char const* name, Type value) {                                              \
+    QM_ON_VARIABLES(false) { return v.Set<Access>(scope, name, value); });                             \
+  }                                                                                                    \
+  bool scalar##ByHandle(Handle handle, Type value) {                                                   \
+    QM_ON_VARIABLE(false) { return CQMVariables::StoreIn<Access>(datum, value); });                    \
+  }                                                                                                    \
+  bool element(char scope, char const* name, Type value, QM_INDEX_PARAMETERS) {                        \
+    QM_ON_VARIABLES(false) { return v.SetElement<Access>(scope, name, value, QM_INDICES); });          \
+  }                                                                                                    \
+  bool element##ByHandle(Handle handle, Type value, QM_INDEX_PARAMETERS) {                             \
+    QM_ON_VARIABLE(false) { return CQMVariables::StoreElementIn<Access>(datum, value, QM_INDICES); }); \
   }
 QM_SETTERS(qmSetNumVar, qmSetNumArrayElement, NumberAccess, double)
 QM_SETTERS(qmSetRealVar, qmSetRealArrayElement, RealPartAccess, double)
@@ -112,31 +158,31 @@ bool qmSetComplexVar(char scope, char const* name, double real, double imaginary
   QM_ON_VARIABLES(false) { return v.Set<ComplexAccess>(scope, name, {real, imaginary}); });
 }
 bool qmSetComplexVarByHandle(Handle handle, double real, double imaginary) {
-  QM_ON_VARIABLES(false) { return v.SetByHandle<ComplexAccess>(handle, {real, imaginary}); });
+  QM_ON_VARIABLE(false) { return CQMVariables::StoreIn<ComplexAccess>(datum, {real, imaginary}); });
 }
 bool qmSetComplexArrayElement(char scope, char const* name, double real, double imaginary,
                               QM_INDEX_PARAMETERS) {
   QM_ON_VARIABLES(false) { return v.SetElement<ComplexAccess>(scope, name, {real, imaginary}, QM_INDICES); });
 }
 bool qmSetComplexArrayElementByHandle(Handle handle, double real, double imaginary, QM_INDEX_PARAMETERS) {
-  QM_ON_VARIABLES(false) {
-    return v.SetElementByHandle<ComplexAccess>(handle, {real, imaginary}, QM_INDICES);
+  QM_ON_VARIABLE(false) {
+    return CQMVariables::StoreElementIn<ComplexAccess>(datum, {real, imaginary}, QM_INDICES);
   });
 }
 
 // ---- reading ----
-#define QM_GETTERS(scalar, element, Access, Type)                                          \
-  Type scalar(char scope, char const* name) {                                              \
-    QM_ON_VARIABLES(Type{}) { return v.Get<Access>(scope, name); });                       \
-  }                                                                                        \
-  Type scalar##ByHandle(Handle handle) {                                                   \
-    QM_ON_VARIABLES(Type{}) { return v.GetByHandle<Access>(handle); });                    \
-  }                                                                                        \
-  Type element(char scope, char const* name, QM_INDEX_PARAMETERS) {                        \
-    QM_ON_VARIABLES(Type{}) { return v.GetElement<Access>(scope, name, QM_INDICES); });    \
-  }                                                                                        \
-  Type element##ByHandle(Handle handle, QM_INDEX_PARAMETERS) {                             \
-    QM_ON_VARIABLES(Type{}) { return v.GetElementByHandle<Access>(handle, QM_INDICES); }); \
+#define QM_GETTERS(scalar, element, Access, Type)                                                 \
+  Type scalar(char scope, char const* name) {                                                     \
+    QM_ON_VARIABLES(Type{}) { return v.Get<Access>(scope, name); });                              \
+  }                                                                                               \
+  Type scalar##ByHandle(Handle handle) {                                                          \
+    QM_ON_VARIABLE(Type{}) { return CQMVariables::LoadFrom<Access>(datum); });                    \
+  }                                                                                               \
+  Type element(char scope, char const* name, QM_INDEX_PARAMETERS) {                               \
+    QM_ON_VARIABLES(Type{}) { return v.GetElement<Access>(scope, name, QM_INDICES); });           \
+  }                                                                                               \
+  Type element##ByHandle(Handle handle, QM_INDEX_PARAMETERS) {                                    \
+    QM_ON_VARIABLE(Type{}) { return CQMVariables::LoadElementFrom<Access>(datum, QM_INDICES); }); \
   }
 using ConstText = char const*;
 QM_GETTERS(qmGetNumVarValue, qmGetNumArrayElement, NumberAccess, double)
@@ -144,45 +190,55 @@ QM_GETTERS(qmGetBoolVarValue, qmGetBoolArrayElement, BooleanAccess, bool)
 QM_GETTERS(qmGetStrVarValue, qmGetStrArrayElement, StringAccess, ConstText)
 #undef QM_GETTERS
 
-#define QM_READ_COMPLEX ReadComplexParts(real, imaginary, [&](CQMVariables & v)
+// without a context nothing is written
 void qmGetComplexVarValue(char scope, char const* name, double* real, double* imaginary) {
-  QM_READ_COMPLEX { return v.Get<ComplexAccess>(scope, name); });
+  OnVariables(
+      false, [&](CQMVariables& v) { return WriteParts(v.Get<ComplexAccess>(scope, name), real, imaginary); });
 }
 void qmGetComplexVarValueByHandle(Handle handle, double* real, double* imaginary) {
-  QM_READ_COMPLEX { return v.GetByHandle<ComplexAccess>(handle); });
+  OnVariable(
+      handle, false, [](CQMDatum* datum) { return CQMVariables::LoadFrom<ComplexAccess>(datum); },
+      [=](CQMVariables& v, auto const& read) { return WriteParts(v.Conclude(read), real, imaginary); });
 }
 void qmGetComplexArrayElement(char scope, char const* name, double* real, double* imaginary,
                               QM_INDEX_PARAMETERS) {
-  QM_READ_COMPLEX { return v.GetElement<ComplexAccess>(scope, name, QM_INDICES); });
+  OnVariables(false, [&](CQMVariables& v) {
+    return WriteParts(v.GetElement<ComplexAccess>(scope, name, QM_INDICES), real, imaginary);
+  });
 }
 void qmGetComplexArrayElementByHandle(Handle handle, double* real, double* imaginary, QM_INDEX_PARAMETERS) {
-  QM_READ_COMPLEX { return v.GetElementByHandle<ComplexAccess>(handle, QM_INDICES); });
+  OnVariable(
+      handle, false,
+      [&](CQMDatum* datum) { return CQMVariables::LoadElementFrom<ComplexAccess>(datum, QM_INDICES); },
+      [=](CQMVariables& v, auto const& read) { return WriteParts(v.Conclude(read), real, imaginary); });
 }
-#undef QM_READ_COMPLEX
 
 // ---- queries and removal ----
 Handle qmGetVarHandle(char scope, char const* name) {
   QM_ON_VARIABLES(Handle{0}) { return v.GetHandle(scope, name); });
 }
 bool qmReleaseVarHandle(Handle handle) {
-  QM_ON_VARIABLES(false) { return v.ReleaseHandle(handle); });
+  return AskVariable(handle, false,
+                     [](CQMDatum* datum) { return datum != nullptr && datum->ReleaseObjectHandle(); });
 }
 char qmGetVarType(char scope, char const* name) {
   QM_ON_VARIABLES(TypeLetter::kNone) { return v.GetType(scope, name); });
 }
 char qmGetVarTypeByHandle(Handle handle) {
-  QM_ON_VARIABLES(TypeLetter::kNone) { return v.GetTypeByHandle(handle); });
+  return AskVariable(handle, TypeLetter::kNone,
+                     [](CQMDatum* datum) { return CQMVariables::LetterOf(datum); });
 }
 bool qmIsVarHandle(Handle handle) {
-  QM_ON_VARIABLES(false) { return v.IsVariableHandle(handle); });
+  return AskVariable(handle, false, [](CQMDatum* datum) { return datum != nullptr; });
 }
 bool qmIsArrayHandle(Handle handle) {
-  QM_ON_VARIABLES(false) { return v.IsArrayHandle(handle); });
+  return AskVariable(handle, false, [](CQMDatum* datum) { return datum != nullptr && datum->IsArray(); });
 }
 long qmDeleteVar(char scope, char const* name) {
   QM_ON_VARIABLES(0L) { return v.Delete(scope, name); });
 }
 
 #undef QM_ON_VARIABLES
+#undef QM_ON_VARIABLE
 #undef QM_INDICES
 #undef QM_INDEX_PARAMETERS

@@ -1,4 +1,4 @@
-// Calls announce what they use; whoever destroys a context or a record looks at these announcements.
+// The ways of calls into contexts that are not the shortest, and the end of what calls may still use.
 #include "context/context_use.h"
 
 #include "base/stack_room.h"
@@ -7,146 +7,209 @@
 
 namespace qumel {
 
-namespace {
+// ---- contexts ----
 
-thread_local constinit int t_nesting = 0;
-
-/** Under the thread list's lock. A context that is taken away from all records gets no new users. */
-bool IsUsed(CQMExecutor const* executor) {
-  auto const isUser = [executor](CQMThreadInfo const& record) { return record.IsUsing(executor); };
-  // the announcements first: a nested call takes its own back only after the context has counted it
-  return g_library.threads.Find(isUser) != nullptr || g_library.retiredThreads.Find(isUser) != nullptr ||
-         executor->HasNestedUse();
-}
-
-/** Moves what fits from one list to the other. */
-template <class Object, class Predicate>
-void MoveIf(CQMSiblingList<Object>& from, CQMSiblingList<Object>& to, Predicate fits) {
-  for (Object* object = from.GetFirst(); object != nullptr;) {
-    Object* const next = from.GetNext(object);
-    if (fits(*object)) to.Append(from.Remove(object));
-    object = next;
+/** The gate that the fast way was tried at, if it was, comes first, whatever became of it meanwhile. */
+void CQMContextUse::EnterCurrent(bool create) {
+  for (CQMContextGate* gate = m_gate;; gate = nullptr) {
+    if (gate == nullptr) {
+      if (m_caller == nullptr || (create && m_caller->current.load()->IsMark())) {
+        if (GetThreadInfo(create) == nullptr) return;
+        m_caller = t_caller;
+      }
+      gate = m_caller->current.load();
+      if (gate->IsMark()) return;
+    }
+    Enter(*gate);
+    if (m_isRefused) return;
+    // another thread may have destroyed the context, during the wait or before: then there is another one
+    if (m_entry != EQMEntry::None && m_caller->current.load() == gate) return;
+    Leave();
   }
 }
 
-void DestroyUnused() {
-  CQMSiblingList<CQMThreadInfo> records;
-  CQMSiblingList<CQMExecutor> executors;
+void CQMContextUse::EnterGuardOf(Handle handle, EQMNeed need) {
+  CQMContextGate* gate = m_gate;
+  if (gate == nullptr) {
+    bool const needsCurrent = need == EQMNeed::Current;
+    if (m_caller == nullptr || (needsCurrent && m_caller->current.load()->IsMark())) {
+      if (GetThreadInfo(needsCurrent) == nullptr) return;
+      m_caller = t_caller;
+      if (needsCurrent && m_caller->current.load()->IsMark()) return;
+    }
+    gate = CQMLinkedObject::FindTarget(handle).gate;
+    if (gate == nullptr) return;
+  }
+  Enter(*gate);
+  // looked up again: until here another thread may have destroyed the object
+  SQMHandleTarget const target = CQMLinkedObject::FindTarget(handle);
+  m_object = target.object;
+  if (target.object == nullptr || target.gate != gate) Leave();
+}
+
+void CQMContextUse::Enter(CQMContextGate& gate) {
+  CQMContextGate* const used = m_caller->used.load(std::memory_order_relaxed);
+  if (used != nullptr && (used == &gate || gate.IsHeldBy(*m_caller))) return Nest(gate);
+  if (used == nullptr && EnterAsOwner(&gate)) return;
+  m_gate = &gate;
+  switch (gate.Acquire(*m_caller)) {
+    case CQMContextGate::EQMEntry::AsOwner: m_entry = EQMEntry::AsOwner; break;
+    case CQMContextGate::EQMEntry::Queued:
+      if (used == nullptr) {
+        m_caller->used.store(CQMContextGate::Queued());
+        m_entry = EQMEntry::Queued;
+      } else {
+        ++m_caller->nested;
+        m_entry = EQMEntry::NestedQueued;
+      }
+      break;
+    case CQMContextGate::EQMEntry::Refused:
+      m_isRefused = true;
+      ReportRefusedWait();
+      return;
+    case CQMContextGate::EQMEntry::Closed: return;
+  }
+  m_executor = gate.GetContext();
+}
+
+void CQMContextUse::Leave() {
+  m_executor = nullptr;
+  switch (std::exchange(m_entry, EQMEntry::None)) {
+    case EQMEntry::None: break;
+    case EQMEntry::AsOwner: m_gate->LeaveAsOwner(*m_caller); break;
+    case EQMEntry::Queued:
+      m_caller->used.store(nullptr);
+      m_gate->Release();
+      break;
+    case EQMEntry::NestedQueued:
+      --m_caller->nested;
+      m_gate->Release();
+      break;
+    case EQMEntry::Nested: --m_caller->nested; break;
+  }
+}
+
+bool CQMContextUse::IsNestedTooDeep() { return t_caller->nested >= kMostNestedCalls || IsStackLow(); }
+
+void ReportRefusedWait() {
+  CQMContextGate* const used = t_caller->used.load();
+  CQMContextGate* const current = t_caller->current.load();
+  bool const isIn = used != nullptr && (used == current || current->IsHeldBy(*t_caller));
+  if (isIn) current->GetContext()->SetLastError(Error::NotInitialized);
+}
+
+void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor) {
+  CQMContextGate& gate = executor->GetGate();
   {
     std::scoped_lock const lock(g_library.threadListMutex);
-    MoveIf(g_library.retiredThreads, records, [](CQMThreadInfo& record) {
-      if (record.IsInUse()) return false;
-      record.ClearExecutor();
-      --g_library.retiredCount;
-      return true;
-    });
-    MoveIf(g_library.retiredExecutors, executors, [](CQMExecutor& executor) {
-      if (IsUsed(&executor)) return false;
-      --g_library.retiredCount;
-      return true;
-    });
+    executor->Retire();
+    for (SQMCaller* caller = FirstCaller(); caller != nullptr; caller = caller->nextCaller) {
+      CQMContextGate* current = &gate;
+      caller->current.compare_exchange_strong(current, CQMContextGate::Lost());
+    }
+    if (g_library.defaultExecutor.load() == executor.get()) {
+      g_library.defaultExecutor.store(g_library.primaryExecutor.load());
+    }
   }
-  while (records.RemoveFirst() != nullptr) {
+  std::unique_ptr<CQMExecutor> const unused = gate.Close(std::move(executor));
+}
+
+// ---- kept contexts ----
+
+CQMKeptContext::CQMKeptContext(bool mayWait) {
+  SQMCaller* const caller = t_caller;
+  while (caller != nullptr && m_executor == nullptr) {
+    m_gate = caller->current.load(std::memory_order_relaxed);
+    if (m_gate->IsMark()) return;
+    if (!mayWait && caller->used.load(std::memory_order_relaxed) == nullptr) {
+      m_isIn = m_gate->EnterAsOwner(*caller);
+      if (m_isIn) {
+        m_executor = m_gate->GetContext();
+        return;
+      }
+      m_gate->Settle(*caller);
+    }
+    m_executor = m_gate->Keep();
+    if (m_executor == nullptr || caller->current.load() == m_gate) continue;
+    m_gate->LetGo();
+    m_executor = nullptr;
   }
-  while (executors.RemoveFirst() != nullptr) {
+}
+
+CQMKeptContext::CQMKeptContext(CQMExecutor* executor) {
+  if (executor == nullptr) return;
+  m_gate = &executor->GetGate();
+  m_executor = m_gate->Keep();
+}
+
+// ---- records ----
+
+namespace {
+
+void DestroyUnusedRecords() {
+  CQMSiblingList<CQMThreadInfo> unused;  // destroyed after the lock is released
+  {
+    std::scoped_lock const lock(g_library.threadListMutex);
+    for (CQMThreadInfo* record = g_library.retiredThreads.GetFirst(); record != nullptr;) {
+      CQMThreadInfo* const next = g_library.retiredThreads.GetNext(record);
+      if (!record->IsInUse()) {
+        record->Detach();
+        --g_library.retiredCount;
+        unused.Append(g_library.retiredThreads.Remove(record));
+      }
+      record = next;
+    }
+  }
+  while (unused.RemoveFirst() != nullptr) {
   }
 }
 
 }  // namespace
 
-CQMContextUse::CQMContextUse(bool create) {
-  ++t_nesting;
+CQMRecordUse::CQMRecordUse() {
   for (;;) {
-    m_record = GetThreadInfo(create);
-    if (m_record == nullptr) return;
-    EnterCurrent();
-    // where there is a default, a context was found, and destroyed by another thread since: look again
-    bool const isLost = create && m_executor == nullptr && g_library.defaultExecutor.load() != nullptr;
-    if (!isLost) return;
-    m_record->m_calls.fetch_sub(1);
+    m_caller = t_caller;
+    if (m_caller != nullptr) {
+      m_caller->usesRecord.store(true, CQMAsymmetricBarrier::kStore);
+      CQMAsymmetricBarrier::Light();
+      if (m_caller->generation == g_library.generation.load()) {
+        m_record = m_caller->record;
+        return;
+      }
+    }
+    if (GetThreadInfo(false) == nullptr) return;
   }
 }
 
-CQMContextUse::CQMContextUse(CQMThreadInfo& record, CQMExecutor& executor)
-    : m_record(&record), m_executor(&executor) {
-  ++t_nesting;
-  int const calls = record.m_calls.load(std::memory_order_relaxed);
-  m_isOutermost = calls == 0;
-  record.m_calls.store(calls + 1, std::memory_order_relaxed);
-  if (m_isOutermost) {
-    record.m_used.store(&executor, std::memory_order_release);
-  } else {
-    executor.CountNestedUse(1);
-  }
-}
-
-CQMContextUse::~CQMContextUse() {
-  --t_nesting;
-  if (m_record == nullptr) return;
-  if (m_executor != nullptr) {
-    if (m_isOutermost) {
-      m_record->m_used.store(nullptr, std::memory_order_release);
-    } else {
-      m_executor->CountNestedUse(-1);
-    }
-  }
-  m_record->m_calls.store(m_record->m_calls.load(std::memory_order_relaxed) - 1, std::memory_order_release);
-  // from here on both may be gone
-  if (g_library.retiredCount.load(std::memory_order_relaxed) != 0) DestroyUnused();
-}
-
-void CQMContextUse::EnterCurrent() {
-  int const calls = m_record->m_calls.load(std::memory_order_relaxed);
-  m_isOutermost = calls == 0;
-  m_record->m_calls.store(calls + 1, std::memory_order_relaxed);
-  std::atomic<CQMExecutor*>& announcement = m_isOutermost ? m_record->m_used : m_record->m_entering;
-  // Announced first and then seen to be still current: whoever destroys it takes it away first and then looks
-  // here.
-  do {
-    m_executor = m_record->GetExecutor();
-    announcement.store(m_executor);
-  } while (m_executor != m_record->m_current.load());
-  if (m_isOutermost || m_executor == nullptr) return;
-  m_executor->CountNestedUse(1);
-  announcement.store(nullptr);
-}
-
-bool CQMContextUse::IsTooDeep() { return t_nesting > kMostNestedCalls || (t_nesting > 1 && IsStackLow()); }
-
-void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor) {
-  CQMExecutor* const dying = executor.get();
-  {
-    std::scoped_lock const lock(g_library.threadListMutex);
-    dying->Retire();
-    for (CQMSiblingList<CQMThreadInfo> const* list : {&g_library.threads, &g_library.retiredThreads}) {
-      list->Find([dying](CQMThreadInfo& record) {
-        record.Forget(dying);
-        return false;
-      });
-    }
-    if (g_library.defaultExecutor.load() == dying) {
-      g_library.defaultExecutor.store(g_library.primaryExecutor.load());
-    }
-    // counted before the look, so that a call that ends now either is not seen or sees the count
-    ++g_library.retiredCount;
-    if (IsUsed(dying)) {
-      g_library.retiredExecutors.Append(std::move(executor));
-    } else {
-      --g_library.retiredCount;
-    }
-  }
+CQMRecordUse::~CQMRecordUse() {
+  if (m_caller == nullptr) return;
+  m_caller->usesRecord.store(false, CQMAsymmetricBarrier::kStore);
+  CQMAsymmetricBarrier::Light();
+  // from here on the record may be gone
+  if (g_library.retiredCount.load() != 0) DestroyUnusedRecords();
 }
 
 std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record) {
+  // counted before the look, so that a call that ends now either is not seen or sees the count
   ++g_library.retiredCount;
+  CQMAsymmetricBarrier::Heavy();
   if (record->IsInUse()) {
-    record->RetireExecutors();
     g_library.retiredThreads.Append(std::move(record));
     return nullptr;
   }
   --g_library.retiredCount;
-  record->ClearExecutor();
+  record->Detach();
   return record;
+}
+
+// ---- process-wide variables ----
+
+CQMSharedVariableUse::CQMSharedVariableUse(Handle handle) {
+  SQMHandleTarget const target = CQMLinkedObject::FindTarget(handle);
+  m_object = target.gate == nullptr ? target.object : nullptr;
+  t_caller->variable.store(m_object, CQMAsymmetricBarrier::kStore);
+  CQMAsymmetricBarrier::Light();
+  if (CQMLinkedObject::FindTarget(handle).object != m_object) m_object = nullptr;
 }
 
 }  // namespace qumel

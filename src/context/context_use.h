@@ -1,45 +1,176 @@
-// What keeps a context and a thread's record alive while a call runs in them, and their destruction after it.
+// What keeps contexts, threads' records and process-wide variables alive while a call uses them, and their
+// destruction after it.
 #pragma once
 
 #include <memory>
 
+#include "context/context_gate.h"
+#include "context/executor.h"
 #include "context/thread_info.h"
 
 namespace qumel {
 
-/** One call of the calling thread, from its arrival until it returns. Calls may nest, when a callback of the
- * host calls in. Contexts and records that are destroyed meanwhile, by the callback or by another thread,
- * live on until the last call that uses them has returned. */
+/** One call of the calling thread in a context, from its arrival until it returns. It waits until no other
+ * thread is in the context. Calls may nest, when a callback of the host calls in. Contexts that are destroyed
+ * meanwhile, by the callback or by another thread, live on until the last call in them has returned. */
 class CQMContextUse {
  public:
   /** Evaluations that callbacks ask for nest this deep: each takes stack of the thread. */
   static constexpr int kMostNestedCalls = 200;
 
-  /** A call that uses the current context. Without create there need not be one, else only for want of memory
-   * or after the unloading of the library; there may be no record then either. */
-  explicit CQMContextUse(bool create);
-  /** A call that uses a context known to be alive. */
-  CQMContextUse(CQMThreadInfo& record, CQMExecutor& executor);
-  ~CQMContextUse();
+  /** A call in the current context, which is found or made where there is none. There is none only for want
+   * of memory, after the unloading of the library, and when the wait for it would never end. */
+  CQMContextUse() : m_caller(t_caller) {
+    if (m_caller != nullptr && m_caller->used.load(std::memory_order_relaxed) == nullptr &&
+        EnterAsOwner(m_caller->current.load(std::memory_order_relaxed))) [[likely]]
+      return;
+    EnterCurrent(true);
+  }
+  /** Whether a call needs the current context of the thread. */
+  enum class EQMNeed { Current, CurrentIfAny, None };
+  /** For Current, as above; CurrentIfAny makes none current, and the thread may go without. */
+  explicit CQMContextUse(EQMNeed need) : m_caller(t_caller) { EnterCurrent(need == EQMNeed::Current); }
+  /** A call in the context that guards the object of handle, whichever is current; there is none when there
+   * is no such object, or the calling thread cannot have the current context that the call needs. */
+  explicit CQMContextUse(Handle handle, EQMNeed need = EQMNeed::Current) : m_caller(t_caller) {
+    SQMHandleTarget const target = CQMLinkedObject::FindTarget(handle);
+    m_object = target.object;
+    if (m_caller != nullptr && target.gate != nullptr) {
+      CQMContextGate* const used = m_caller->used.load(std::memory_order_relaxed);
+      if (used == nullptr && target.gate == m_caller->current.load(std::memory_order_relaxed) &&
+          EnterAsOwner(target.gate)) [[likely]]
+        return;
+      if (used == target.gate) {
+        Nest(*target.gate);
+        return;
+      }
+    }
+    EnterGuardOf(handle, need);
+  }
+  ~CQMContextUse() {
+    if (m_entry == EQMEntry::AsOwner) [[likely]]
+      m_gate->LeaveAsOwner(*m_caller);
+    else if (m_entry != EQMEntry::None) Leave();
+  }
   CQMContextUse(CQMContextUse const&) = delete;
   CQMContextUse& operator=(CQMContextUse const&) = delete;
 
-  CQMThreadInfo* GetRecord() const { return m_record; }
   CQMExecutor* GetExecutor() const { return m_executor; }
+  /** The object of the handle; null without a context. */
+  CQMLinkedObject* GetObject() const { return m_executor != nullptr ? m_object : nullptr; }
+  /** Whether the context is the current one of the thread. */
+  bool IsInCurrent() const {
+    return m_executor != nullptr && m_gate == m_caller->current.load(std::memory_order_relaxed);
+  }
+  /** Whether the wait was refused. */
+  bool IsRefused() const { return m_isRefused; }
   /** Whether the calling thread's calls nest too deep, or its stack is too small, for one that may call the
    * host back. */
-  static bool IsTooDeep();
+  static bool IsTooDeep() { return t_caller->nested != 0 && IsNestedTooDeep(); }
 
  private:
-  void EnterCurrent();
+  enum class EQMEntry : unsigned char {
+    None,
+    AsOwner,
+    Queued,        // outermost, by the lock
+    NestedQueued,  // beneath a call in another context
+    Nested,        // beneath a call in the same context
+  };
 
-  CQMThreadInfo* m_record = nullptr;
+  bool EnterAsOwner(CQMContextGate* gate) {
+    m_gate = gate;
+    if (!gate->EnterAsOwner(*m_caller)) return false;
+    m_entry = EQMEntry::AsOwner;
+    m_executor = gate->GetContext();
+    return true;
+  }
+  void Nest(CQMContextGate& gate) {
+    m_gate = &gate;
+    m_entry = EQMEntry::Nested;
+    ++m_caller->nested;
+    m_executor = gate.GetContext();
+  }
+  void EnterCurrent(bool create);
+  void EnterGuardOf(Handle handle, EQMNeed need);
+  void Enter(CQMContextGate& gate);
+  void Leave();
+  static bool IsNestedTooDeep();
+
+  SQMCaller* m_caller;
+  CQMContextGate* m_gate = nullptr;
   CQMExecutor* m_executor = nullptr;
-  bool m_isOutermost = false;
+  CQMLinkedObject* m_object = nullptr;
+  EQMEntry m_entry = EQMEntry::None;
+  bool m_isRefused = false;
 };
+
+/** A call that uses the record of the calling thread. Other threads destroy the record, if they do, after it.
+ */
+class CQMRecordUse {
+ public:
+  CQMRecordUse();
+  ~CQMRecordUse();
+  CQMRecordUse(CQMRecordUse const&) = delete;
+  CQMRecordUse& operator=(CQMRecordUse const&) = delete;
+
+  /** Null for want of memory and after the unloading of the library. */
+  CQMThreadInfo* GetRecord() const { return m_record; }
+
+ private:
+  SQMCaller* m_caller = nullptr;
+  CQMThreadInfo* m_record = nullptr;
+};
+
+/** Keeps a context alive, whether or not another thread is in it: while its name is read, and while a thread
+ * waits for its lock. */
+class CQMKeptContext {
+ public:
+  /** The current context of the calling thread, if it has one. Without mayWait the calling thread may be in
+   * it, which costs less; then it waits for nobody as long as this lives. */
+  explicit CQMKeptContext(bool mayWait = false);
+  /** A context that cannot be destroyed before this returns. */
+  explicit CQMKeptContext(CQMExecutor* executor);
+  ~CQMKeptContext() {
+    if (m_isIn) m_gate->LeaveAsOwner(*t_caller);
+    else if (m_executor != nullptr) m_gate->LetGo();
+  }
+  CQMKeptContext(CQMKeptContext const&) = delete;
+  CQMKeptContext& operator=(CQMKeptContext const&) = delete;
+
+  CQMExecutor* Get() const { return m_executor; }
+
+ private:
+  CQMContextGate* m_gate = nullptr;
+  CQMExecutor* m_executor = nullptr;
+  bool m_isIn = false;
+};
+
+/** Keeps the process-wide variable of a handle alive while the calling thread uses it; deleting it waits. The
+ * thread calls nobody meanwhile. */
+class CQMSharedVariableUse {
+ public:
+  explicit CQMSharedVariableUse(Handle handle);
+  ~CQMSharedVariableUse() { t_caller->variable.store(nullptr, CQMAsymmetricBarrier::kStore); }
+  CQMSharedVariableUse(CQMSharedVariableUse const&) = delete;
+  CQMSharedVariableUse& operator=(CQMSharedVariableUse const&) = delete;
+
+  /** Null when handle names no object that is guarded by no context. */
+  CQMLinkedObject* GetObject() const { return m_object; }
+
+ private:
+  CQMLinkedObject* m_object;
+};
+
+/** Records that a wait of the calling thread was refused: in the current context, if the thread is in it. */
+void ReportRefusedWait();
 
 /** Takes executor, which is in no list any more, away from all threads and from the default, and destroys it
  * now or when the last call in it has returned. */
 void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor);
+
+/** Under the thread list's lock, of a record that is in no list any more: it loses its current context, and
+ * is kept for the call that uses it, for which the answer is null, or comes back to be destroyed once the
+ * lock is released. */
+std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record);
 
 }  // namespace qumel

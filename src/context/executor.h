@@ -20,14 +20,16 @@
 
 namespace qumel {
 
+class CQMContextGate;
 class CQMDatum;
 class CQMExpression;
 class CQMOperatorFactory;
 class CQMResolver;
+struct SQMCaller;
 
 using ErrorCallback = void (*)(long code);
 
-/** Used by one thread at a time; threads that share a context lock it with AcquireExecutor. */
+/** Used by one thread at a time: calls come in through its gate. */
 class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
  public:
   static constexpr char const* kTypeTag = TypeTag::kExecutor;
@@ -46,18 +48,18 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   bool Initialize();
   void CleanUp();
   bool IsInitialized() const { return m_initialized; }
-  /** Waits for the lock of the context; not when holder (a thread's record) has it already. False when the
-   * context is being destroyed. */
-  bool AcquireExecutor(void const* holder);
+  CQMContextGate& GetGate() { return m_gate; }
+  CQMContextGate* GetHandleGuard() override { return &m_gate; }
+  // The lock of hosts, an agreement among threads that take it.
+  /** Waits for the lock, unless holder has it already. False when the context is being destroyed and when the
+   * wait would never end. */
+  bool AcquireExecutor(SQMCaller& holder);
   /** Gives the lock back, if holder has it. */
-  void ReleaseExecutor(void const* holder);
+  void ReleaseExecutor(SQMCaller& holder);
   /** Marks the context as one that is being destroyed: it lives on only until the calls that run in it have
    * returned, and no thread waits for its lock any more. */
   void Retire();
   bool IsRetired() const { return m_retired.load(); }
-  // Calls that run in the context beneath another call of the same thread; see CQMContextUse.
-  void CountNestedUse(int change) { m_nestedUses.fetch_add(change); }
-  bool HasNestedUse() const { return m_nestedUses.load() != 0; }
 
   // ---- evaluation (executor_evaluation.cpp) ----
   // Each member stores the last error and the last result; results of failed calls keep their earlier values.
@@ -204,10 +206,10 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   std::string FormatNumber(double value) const;
   std::string FormatComplex(double real, double imaginary) const;
 
+  CQMContextGate& m_gate;
   sem_t m_semaphore;
-  std::atomic<void const*> m_lockHolder{nullptr};
+  std::atomic<SQMCaller*> m_lockHolder{nullptr};
   std::atomic<bool> m_retired{false};
-  std::atomic<int> m_nestedUses{0};
   CQMRun* m_innermostRun = nullptr;
   CQMRandomGenerator m_random;
   bool m_initialized = false;

@@ -184,7 +184,7 @@ Handle CQMExecutor::ParseExpression(char const* text) {
     auto expression = std::make_unique<CQMExpression>(*this);
     if (long const code = Compile(*expression, true); code != Error::None) return code;
     expression->SetParentObject(this);
-    handle = expression->GetObjectHandle();
+    handle = expression->GetObjectHandle(&m_gate);
     if (handle == 0) return Error::OutOfMemory;
     AddChildObject(expression.release());
     return Error::None;

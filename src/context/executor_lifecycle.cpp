@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "context/context_use.h"
 #include "context/executor.h"
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
@@ -45,7 +46,7 @@ void Destroy(Object*& place) {
 
 }  // namespace
 
-CQMExecutor::CQMExecutor() {
+CQMExecutor::CQMExecutor() : m_gate(CQMContextGate::Open(*this)) {
   SetTypeTag(kTypeTag);
   sem_init(&m_semaphore, 1, 1);
   std::scoped_lock const lock(g_cosmicMutex);
@@ -57,6 +58,7 @@ CQMExecutor::~CQMExecutor() {
   sem_destroy(&m_semaphore);
   std::scoped_lock const lock(g_cosmicMutex);
   if (--sm_lExecutorCount == 0) DestroyCosmicTables();
+  m_gate.Recycle();
 }
 
 std::unique_ptr<CQMExecutor> CQMExecutor::Make(char const* name, SQMSettings const& settings,
@@ -141,20 +143,28 @@ void CQMExecutor::DestroyCosmicTables() {
 
 // ---- the lock ----
 
-bool CQMExecutor::AcquireExecutor(void const* holder) {
-  if (m_lockHolder.load() == holder) return true;  // waiting for itself would never end
-  while (sem_wait(&m_semaphore) != 0 && errno == EINTR) {
+bool CQMExecutor::AcquireExecutor(SQMCaller& holder) {
+  if (m_lockHolder.load() == &holder) return true;  // waiting for itself would never end
+  if (sem_trywait(&m_semaphore) != 0) {
+    if (!CQMWaits::Begin(holder, m_lockHolder)) {
+      ReportRefusedWait();
+      return false;
+    }
+    while (sem_wait(&m_semaphore) != 0 && errno == EINTR) {
+    }
+    CQMWaits::End(holder);
   }
   if (IsRetired()) {
     sem_post(&m_semaphore);  // for the next thread that waits
     return false;
   }
-  m_lockHolder.store(holder);
+  m_lockHolder.store(&holder);
   return true;
 }
 
-void CQMExecutor::ReleaseExecutor(void const* holder) {
-  if (holder != nullptr && m_lockHolder.compare_exchange_strong(holder, nullptr)) sem_post(&m_semaphore);
+void CQMExecutor::ReleaseExecutor(SQMCaller& holder) {
+  SQMCaller* expected = &holder;
+  if (m_lockHolder.compare_exchange_strong(expected, nullptr)) sem_post(&m_semaphore);
 }
 
 void CQMExecutor::Retire() {

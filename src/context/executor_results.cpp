@@ -167,7 +167,7 @@ char* CQMExecutor::FormatResultString(CQMDatum* datum) {
 }
 
 std::string CQMExecutor::FormatNumber(double value) const {
-  long const digits = std::min(m_settings.precisionLimit, kMostDigits);
+  long const digits = std::min<int>(m_settings.precisionLimit, kMostDigits);
   if (m_settings.numberBase != NumberBase::kDecimal) {
     return NumberToBasedText(value, m_settings.numberBase, m_settings.radixMark, digits);
   }

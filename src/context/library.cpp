@@ -14,13 +14,6 @@ constinit SQMLibraryState g_library;
 
 namespace {
 
-/** What a thread remembers of its last call. */
-struct SQMCallingThread {
-  CQMThreadInfo* record = nullptr;
-  unsigned long generation = 0;
-};
-thread_local constinit SQMCallingThread t_caller;
-
 /** How often a host locked a list in this thread. */
 thread_local constinit int t_executorListHolds = 0;
 thread_local constinit int t_threadListHolds = 0;
@@ -63,8 +56,10 @@ CQMThreadInfo* FindThreadInfo(bool create) {
   unsigned long const id = OwnThreadId();
   CQMThreadInfo* record =
       g_library.threads.Find([id](CQMThreadInfo const& info) { return info.GetThreadId() == id; });
-  if (record == nullptr) record = g_library.threads.Append(std::make_unique<CQMThreadInfo>(id));
-  t_caller = {record, g_library.generation.load()};
+  SQMCaller& caller = ObtainCaller(id);
+  if (record == nullptr) record = g_library.threads.Append(std::make_unique<CQMThreadInfo>(id, &caller));
+  caller.record = record;
+  caller.generation = g_library.generation.load();
   if (create && record->GetExecutor() == nullptr) ChooseContext(*record);
   return record;
 }
@@ -92,10 +87,10 @@ void DestroyRecordsAndPublicContexts() {
 }  // namespace
 
 CQMThreadInfo* GetThreadInfo(bool create) {
-  SQMCallingThread const& caller = t_caller;
-  if (caller.generation == g_library.generation.load(std::memory_order_acquire) &&
-      (!create || caller.record->GetExecutor() != nullptr)) {
-    return caller.record;
+  SQMCaller const* const caller = t_caller;
+  if (caller != nullptr && caller->generation == g_library.generation.load(std::memory_order_acquire) &&
+      (!create || !caller->current.load()->IsMark())) {
+    return caller->record;
   }
   try {
     return FindThreadInfo(create);

@@ -28,32 +28,33 @@ bool IsPrimaryName(char const* name) { return std::strcmp(name, kPrimaryName) ==
 
 Handle HandleOf(CQMExecutor* executor) { return executor != nullptr ? executor->GetObjectHandle() : 0; }
 
-/** The context that a call may lock and release: the current one, unless it is the primary one. */
-bool HasLockableContext(CQMContextUse const& call) {
-  return call.GetExecutor() != nullptr && call.GetExecutor() != g_library.primaryExecutor.load();
+/** Whether a call may lock and release the context: any but the primary one. */
+bool IsLockable(CQMExecutor const* context) {
+  return context != nullptr && context != g_library.primaryExecutor.load();
 }
 
 /** In the context that the calling thread asks for its last error: the current or else the default one. */
-void ReportOutOfMemory(CQMContextUse const& call) {
-  if (call.GetExecutor() != nullptr) return call.GetExecutor()->SetLastError(Error::OutOfMemory);
+void ReportOutOfMemory() {
+  {
+    CQMContextUse const current(CQMContextUse::EQMNeed::CurrentIfAny);
+    if (current.GetExecutor() != nullptr) return current.GetExecutor()->SetLastError(Error::OutOfMemory);
+  }
   std::unique_lock lock(g_library.threadListMutex);
-  CQMExecutor* const executor = g_library.defaultExecutor.load();
-  if (executor == nullptr) return;
-  CQMContextUse const target(*call.GetRecord(), *executor);  // it may be destroyed from here on
+  CQMKeptContext const kept(g_library.defaultExecutor.load());  // it may be destroyed from here on
   lock.unlock();
-  executor->SetLastError(Error::OutOfMemory);
+  if (kept.Get() != nullptr) kept.Get()->SetLastError(Error::OutOfMemory);
 }
 
 /** What make answers for the calling thread's record; 0, with the code of exhausted memory, when it throws.
  */
 template <class Make>
 Handle CreateContext(char const* name, Make make) {
-  CQMContextUse const call(false);
+  CQMRecordUse const call;
   if (call.GetRecord() == nullptr || name == nullptr || IsPrimaryName(name)) return 0;
   try {
     return make(*call.GetRecord());
   } catch (std::bad_alloc const&) {
-    ReportOutOfMemory(call);
+    ReportOutOfMemory();
     return 0;
   }
 }
@@ -102,12 +103,12 @@ Handle CreatePrivateContext(char const* name) {
 }
 
 bool DestroyPrivateContext(char const* name) {
-  CQMContextUse const call(false);
+  CQMRecordUse const call;
   return call.GetRecord() != nullptr && call.GetRecord()->DropExecutor(name);
 }
 
 Handle SetContext(char const* name, bool lock) {
-  CQMContextUse const call(false);
+  CQMRecordUse const call;
   CQMThreadInfo* const record = call.GetRecord();
   if (record == nullptr || name == nullptr) return 0;
   if (IsPrimaryName(name)) {
@@ -119,26 +120,22 @@ Handle SetContext(char const* name, bool lock) {
     return record->SetExecutor(own, lock) ? own->GetObjectHandle() : 0;
   }
   std::unique_lock listLock(g_library.executorListMutex);
-  CQMExecutor* const executor = FindPublicLocked(name);
-  if (executor == nullptr) return 0;
-  CQMContextUse const target(*record,
-                             *executor);  // before the list is open: the wait for the lock may be long
-  listLock.unlock();
-  return record->SetExecutor(executor, lock) ? executor->GetObjectHandle() : 0;
+  CQMKeptContext const target(FindPublicLocked(name));
+  listLock.unlock();  // the wait for the lock may be long
+  if (target.Get() == nullptr) return 0;
+  return record->SetExecutor(target.Get(), lock) ? target.Get()->GetObjectHandle() : 0;
 }
 
 bool SetDefaultContext(char const* name) {
-  CQMContextUse const call(false);
+  CQMRecordUse const call;
   if (call.GetRecord() == nullptr || name == nullptr) return false;
   if (IsPrimaryName(name)) return g_library.primaryExecutor.load() != nullptr && ResetDefaultContext();
   std::unique_lock listLock(g_library.executorListMutex);
-  CQMExecutor* const executor = FindPublicLocked(name);
-  if (executor == nullptr) return false;
-  CQMContextUse const target(*call.GetRecord(), *executor);  // it may leave the list from here on
+  CQMKeptContext const target(FindPublicLocked(name));
   listLock.unlock();
   std::scoped_lock const lock(g_library.threadListMutex);
-  if (executor->IsRetired()) return false;
-  g_library.defaultExecutor.store(executor);
+  if (target.Get() == nullptr || target.Get()->IsRetired()) return false;
+  g_library.defaultExecutor.store(target.Get());
   return true;
 }
 
@@ -150,7 +147,7 @@ bool ResetDefaultContext() {
 }
 
 Handle GetContextHandle(char const* name) {
-  CQMContextUse const call(false);
+  CQMRecordUse const call;
   if (call.GetRecord() == nullptr || name == nullptr) return 0;
   if (IsPrimaryName(name)) return HandleOf(g_library.primaryExecutor.load());
   if (CQMExecutor* const own = call.GetRecord()->FindExecutor(name); own != nullptr)
@@ -161,7 +158,7 @@ Handle GetContextHandle(char const* name) {
 
 char const* GetContextName(Handle handle) {
   CopyName("", t_contextName);
-  CQMContextUse const call(false);
+  CQMRecordUse const call;
   // not looked into before it is found in a list: another thread may be destroying it
   CQMLinkedObject const* const object = CQMLinkedObject::GetObject(handle);
   if (object == nullptr || call.GetRecord() == nullptr) return t_contextName;
@@ -174,27 +171,30 @@ char const* GetContextName(Handle handle) {
 }
 
 char const* GetCurrentContextName() {
-  CQMContextUse const call(false);
-  return CopyName(call.GetExecutor() != nullptr ? call.GetExecutor()->Name() : "", t_currentName);
+  CQMKeptContext const current;
+  return CopyName(current.Get() != nullptr ? current.Get()->Name() : "", t_currentName);
 }
 
 Handle GetCurrentContextHandle() {
-  CQMContextUse const call(false);
-  return HandleOf(call.GetExecutor());
+  CQMKeptContext const current;
+  return HandleOf(current.Get());
 }
 
 bool LockContext() {
-  CQMContextUse const call(false);
-  return HasLockableContext(call) && call.GetRecord()->LockExecutor();
+  CQMRecordUse const call;
+  CQMKeptContext const current(true);
+  return IsLockable(current.Get()) && call.GetRecord() != nullptr && call.GetRecord()->LockExecutor();
 }
 
 bool ReleaseContext() {
-  CQMContextUse const call(false);
-  return HasLockableContext(call) && call.GetRecord()->UnlockExecutor();
+  CQMRecordUse const call;
+  CQMKeptContext const current;
+  return IsLockable(current.Get()) && call.GetRecord() != nullptr && call.GetRecord()->UnlockExecutor();
 }
 
 bool ClearContext() {
-  CQMContextUse const call(false);
+  CQMRecordUse const call;
+  CQMKeptContext const current;
   if (call.GetRecord() == nullptr) return false;
   call.GetRecord()->ClearExecutor();
   return true;

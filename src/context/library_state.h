@@ -18,8 +18,7 @@ struct SQMLibraryState {
   std::recursive_mutex
       threadListMutex;  // guards threads, the retired, and the choice of primary and default context
   CQMSiblingList<CQMThreadInfo> threads;
-  CQMSiblingList<CQMThreadInfo> retiredThreads;  // out of the list, with a call still running
-  CQMSiblingList<CQMExecutor> retiredExecutors;
+  CQMSiblingList<CQMThreadInfo> retiredThreads;  // out of the list, with a call that still uses them
   std::atomic<int> retiredCount{0};
   /** Bumped when records go: what threads remember of their record is void then. */
   std::atomic<unsigned long> generation{1};
@@ -34,10 +33,6 @@ struct SQMLibraryState {
 };
 
 extern constinit SQMLibraryState g_library;
-
-/** Under the thread list's lock: keeps record for the call that uses it and answers null, or gives it back to
- * be destroyed, without a current context, once the lock is released. */
-std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record);
 
 /** Under the executor list's lock. */
 CQMExecutor* FindPublicLocked(char const* name);

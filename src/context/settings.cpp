@@ -48,7 +48,7 @@ void CopySettings(SQMSettings const& from, EQMContextKind kind, CQMExecutor& to)
   }
 }
 
-bool StoreAccepted(char& setting, std::string_view accepted, char value) {
+bool StoreAccepted(CQMSetting<char>& setting, std::string_view accepted, char value) {
   if (accepted.find(value) == std::string_view::npos) return false;
   setting = value;
   return true;

@@ -5,20 +5,14 @@
 
 namespace qumel {
 
-namespace {
-
-/** Only its address counts. */
-alignas(CQMExecutor) constinit char g_forgotten = 0;
-
-}  // namespace
-
-CQMThreadInfo::CQMThreadInfo(unsigned long threadId) : m_threadId(threadId) {
+CQMThreadInfo::CQMThreadInfo(unsigned long threadId, SQMCaller* caller)
+    : m_threadId(threadId), m_caller(caller) {
   SetTypeTag(kTypeTag);
   m_settings.forceComplexResults = true;
 }
 
 CQMThreadInfo::~CQMThreadInfo() {
-  ClearExecutor();
+  Detach();
   while (auto executor = m_privates.RemoveFirst()) DestroyWhenUnused(std::move(executor));
 }
 
@@ -47,14 +41,26 @@ bool CQMThreadInfo::DropExecutor(char const* name) {
   return true;
 }
 
+void CQMThreadInfo::Detach() {
+  ClearExecutor();
+  m_caller = nullptr;
+}
+
 // ---- the current context ----
+
+CQMExecutor* CQMThreadInfo::GetExecutor() {
+  if (m_caller == nullptr) return nullptr;
+  CQMContextGate* const gate = m_caller->current.load();
+  if (gate == CQMContextGate::Lost()) ForgetLocally();
+  return gate->GetContext();
+}
 
 bool CQMThreadInfo::SetExecutor(CQMExecutor* executor, bool lock) {
   if (executor == nullptr) return GetExecutor() != nullptr;
-  if (lock && !executor->AcquireExecutor(this)) return false;
-  m_current.store(executor);
+  if (m_caller == nullptr || (lock && !executor->AcquireExecutor(*m_caller))) return false;
+  m_caller->current.store(&executor->GetGate());
   if (executor->IsRetired()) {  // while this thread waited, or just now
-    if (lock) executor->ReleaseExecutor(this);
+    if (lock) executor->ReleaseExecutor(*m_caller);
     ForgetLocally();
     return false;
   }
@@ -69,42 +75,26 @@ bool CQMThreadInfo::SetExecutor(char const* name, bool lock) {
 }
 
 void CQMThreadInfo::ClearExecutor() {
-  CQMExecutor* const current = GetExecutor();
-  if (current != nullptr && m_locked) current->ReleaseExecutor(this);
+  UnlockExecutor();
   ForgetLocally();
 }
 
 bool CQMThreadInfo::LockExecutor() {
   CQMExecutor* const current = GetExecutor();
   if (current == nullptr) return false;
-  if (!m_locked) m_locked = current->AcquireExecutor(this);
+  if (!m_locked) m_locked = current->AcquireExecutor(*m_caller);
   return m_locked;
 }
 
 bool CQMThreadInfo::UnlockExecutor() {
   CQMExecutor* const current = GetExecutor();
-  if (current != nullptr && m_locked) current->ReleaseExecutor(this);
+  if (current != nullptr && m_locked) current->ReleaseExecutor(*m_caller);
   m_locked = false;
   return true;
 }
 
-void CQMThreadInfo::Forget(CQMExecutor* executor) {
-  m_current.compare_exchange_strong(executor, ForgottenMark());
-}
-
-void CQMThreadInfo::RetireExecutors() {
-  m_privates.Find([](CQMExecutor& executor) {
-    executor.Retire();
-    return false;
-  });
-}
-
-CQMExecutor* CQMThreadInfo::ForgottenMark() {
-  return static_cast<CQMExecutor*>(static_cast<void*>(&g_forgotten));
-}
-
 void CQMThreadInfo::ForgetLocally() {
-  m_current.store(nullptr);
+  if (m_caller != nullptr) m_caller->current.store(CQMContextGate::None());
   m_locked = false;
   m_settings = {};
 }

@@ -1,34 +1,29 @@
 // The record of one calling thread: its current context, its private contexts and its copies of the settings.
 #pragma once
 
-#include <atomic>
-
+#include "context/context_gate.h"
 #include "context/context_list.h"
 #include "context/executor.h"
 #include "context/settings.h"
 
 namespace qumel {
 
-/** Touched by its own thread only. Other threads may do two things, both under the lock of the thread list:
- * take a context away that they destroy (Forget), and ask which context the thread's call runs in (IsUsing).
- */
+/** Touched by its own thread only, and by whoever destroys it. Which context is current stands in the
+ * thread's caller, where other threads can take away what they destroy. */
 class CQMThreadInfo : public CQMLinkedObject {
  public:
   static constexpr char const* kTypeTag = TypeTag::kThreadInfo;
 
-  /** A record without a thread; results are not forced complex. */
+  /** A record without a thread; results are not forced complex. No context can become current. */
   CQMThreadInfo() : CQMThreadInfo(0) { m_settings.forceComplexResults = false; }
   /** The record of a thread; starts with forced complex results, on purpose. */
-  explicit CQMThreadInfo(unsigned long threadId);
+  explicit CQMThreadInfo(unsigned long threadId, SQMCaller* caller = nullptr);
   ~CQMThreadInfo() override;
 
   unsigned long GetThreadId() const { return m_threadId; }
-  CQMExecutor* GetExecutor() {
-    CQMExecutor* const current = m_current.load(std::memory_order_acquire);
-    if (current != ForgottenMark()) return current;
-    ForgetLocally();
-    return nullptr;
-  }
+  SQMCaller* GetCaller() const { return m_caller; }
+  /** The current context; to be used only while it is kept alive. */
+  CQMExecutor* GetExecutor();
 
   CQMExecutor* FindExecutor(char const* name) const;
   bool IsExecutor(CQMLinkedObject const* object) const;
@@ -36,13 +31,14 @@ class CQMThreadInfo : public CQMLinkedObject {
   CQMExecutor* AddExecutor(char const* name);
   bool DropExecutor(char const* name);
   /** Makes executor current; with lock, waits for its lock first, and fails when the context is destroyed
-   * meanwhile. A lock on the context that was current before is kept. Null changes nothing and tells whether
-   * there is a current context. */
+   * meanwhile or the wait would never end. A lock on the context that was current before is kept. Null
+   * changes nothing and tells whether there is a current context. */
   bool SetExecutor(CQMExecutor* executor, bool lock);
   bool SetExecutor(char const* name, bool lock);
   /** Gives the lock back if there is one; the copies of the settings get their defaults. */
   void ClearExecutor();
-  /** False when the context is destroyed during the wait, and without a current context. */
+  /** False when the context is destroyed during the wait or that would never end, and without a current
+   * context. */
   bool LockExecutor();
   bool UnlockExecutor();
 
@@ -80,37 +76,26 @@ class CQMThreadInfo : public CQMLinkedObject {
     return m_settings;
   }
 
-  // ---- for other threads ----
-  /** Takes executor away if it is current; the thread finds out at its next call. */
-  void Forget(CQMExecutor* executor);
-  /** Marks the private contexts: they go when this record does. */
-  void RetireExecutors();
-  /** Whether the outermost call of the thread runs in executor, or a nested one is about to. */
-  bool IsUsing(CQMExecutor const* executor) const {
-    return m_used.load() == executor || m_entering.load() == executor;
-  }
+  // ---- for whoever destroys the record ----
   /** Whether a call of the thread uses this record. */
-  bool IsInUse() const { return m_calls.load() != 0; }
+  bool IsInUse() const {
+    return m_caller != nullptr && m_caller->usesRecord.load(CQMAsymmetricBarrier::kLoad);
+  }
+  /** The thread loses its current context, and will get another record. */
+  void Detach();
 
  private:
-  friend class CQMContextUse;
-
   SQMSettings const& Effective() {
     CQMExecutor const* const current = GetExecutor();
     return current != nullptr ? current->GetSettings() : m_settings;
   }
-  /** Stands in m_current for a context that another thread took away. */
-  static CQMExecutor* ForgottenMark();
   void ForgetLocally();
 
   unsigned long m_threadId;
-  std::atomic<CQMExecutor*> m_current{nullptr};
+  SQMCaller* m_caller;
   bool m_locked = false;
   CQMContextList m_privates;
   SQMSettings m_settings;
-  std::atomic<CQMExecutor*> m_used{nullptr};      // by the outermost call
-  std::atomic<CQMExecutor*> m_entering{nullptr};  // by a nested call, until the context counts it
-  std::atomic<int> m_calls{0};
 };
 
 }  // namespace qumel

@@ -6,17 +6,35 @@
 #include <cstring>
 #include <memory>
 
+#include "context/caller.h"
 #include "tables/symbol_table.h"
 
 namespace qumel {
 
-void StorePart(CQMDatum& datum, long part, std::span<std::byte const> value) {
-  // what holds no numbers has no imaginary part to write
-  if (part != 0 && OperandClassOf(datum.GetType()) != EQMTypeClass::Numeric) return;
-  // the datum copies as many bytes as its own type has, so a shorter value is followed by zeros
-  std::array<std::byte, 2 * sizeof(double) + 1> bytes{};
+namespace {
+
+/** The datum copies as many bytes as its own type has, so a shorter value is followed by zeros. */
+using PartBytes = std::array<std::byte, 2 * sizeof(double) + 1>;
+
+PartBytes Widen(std::span<std::byte const> value) {
+  PartBytes bytes{};
   std::copy(value.begin(), value.end(), bytes.begin());
-  datum.SetValue(part, bytes.data());
+  return bytes;
+}
+
+/** What holds no numbers has no imaginary part to write. */
+bool HasPart(CQMDatum const& datum, long part) {
+  return part == 0 || OperandClassOf(datum.GetType()) == EQMTypeClass::Numeric;
+}
+
+}  // namespace
+
+void StorePart(CQMDatum& datum, long part, std::span<std::byte const> value) {
+  if (HasPart(datum, part)) datum.SetValue(part, Widen(value).data());
+}
+
+void StorePart(CQMDatum& datum, SQMIndices const& indices, long part, std::span<std::byte const> value) {
+  if (HasPart(datum, part)) datum.SetValue(part, Widen(value).data(), indices.Used());
 }
 
 CQMSymbolTable* CQMVariables::TableOf(char scope) const {
@@ -97,7 +115,7 @@ bool CQMVariables::Enter(char scope, NewDatum datum) {
 
 Handle CQMVariables::EnterWithHandle(char scope, NewDatum datum) {
   if (datum == nullptr) return 0;
-  Handle const handle = datum->GetObjectHandle();
+  Handle const handle = datum->GetObjectHandle(GuardOf(*datum));
   if (handle == 0) return Refuse(Error::OutOfMemory), 0;
   return Enter(scope, std::move(datum)) ? handle : 0;
 }
@@ -107,13 +125,14 @@ long CQMVariables::CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataTyp
   return datum.IsArray() ? Error::IndexOutOfBounds : Error::None;
 }
 
-long CQMVariables::SelectElement(CQMDatum& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices) {
+long CQMVariables::FindElement(CQMDatum const& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices,
+                               std::byte const*& element) {
   if (!accepts(datum.GetType())) return Error::TypeMismatch;
-  if (!datum.IsArray() || datum.GetDimensionCount() != indices.count || !indices.IsValidCount() ||
-      std::ranges::find(indices.Used(), -1) != indices.Used().end()) {
-    return Error::IndexOutOfBounds;
-  }
-  return datum.SetCurrentElement(indices.Used());
+  bool const mayExist = datum.IsArray() && datum.GetDimensionCount() == indices.count &&
+                        indices.IsValidCount() &&
+                        std::ranges::find(indices.Used(), -1) == indices.Used().end();
+  element = mayExist ? datum.FindElement(indices.Used()) : nullptr;
+  return element != nullptr ? Error::None : Error::IndexOutOfBounds;
 }
 
 char CQMVariables::LetterOf(CQMDatum const* datum) {
@@ -131,14 +150,9 @@ char CQMVariables::LetterOf(CQMDatum const* datum) {
 Handle CQMVariables::GetHandle(char scope, char const* name) {
   FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
   if (datum == nullptr) return Refuse(Error::NotDefined), 0;
-  Handle const handle = datum->GetObjectHandle();
+  Handle const handle = datum->GetObjectHandle(GuardOf(*datum));
   if (handle == 0) Refuse(Error::OutOfMemory);
   return handle;
-}
-
-bool CQMVariables::ReleaseHandle(Handle handle) {
-  CQMDatum* const datum = ObjectFromHandle<CQMDatum>(handle);
-  return datum != nullptr && datum->ReleaseObjectHandle();
 }
 
 bool CQMVariables::IsArray(char scope, char const* name) {
@@ -146,25 +160,28 @@ bool CQMVariables::IsArray(char scope, char const* name) {
   return datum != nullptr && datum->IsArray();
 }
 
-bool CQMVariables::IsArrayHandle(Handle handle) {
-  CQMDatum const* const datum = ObjectFromHandle<CQMDatum>(handle);
-  return datum != nullptr && datum->IsArray();
-}
-
 long CQMVariables::Delete(char scope, char const* name) {
   m_context.ClearLastError();
-  long const code = name == nullptr ? static_cast<long>(Error::NotFound)
-                                    : TableOf(scope)->DeleteSymbol(std::string_view(name), true);
-  m_context.SetLastError(code);
-  return code;
+  if (name == nullptr) return Refuse(Error::NotFound), Error::NotFound;
+  return Delete(*TableOf(scope), name);
 }
 
 long CQMVariables::DeleteByHandle(Handle handle) {
   m_context.ClearLastError();
   CQMDatum* const datum = ObjectFromHandle<CQMDatum>(handle);
-  long const code = datum == nullptr ? static_cast<long>(Error::NotFound)
-                                     : TableOf(datum->GetScope())->DeleteSymbol(datum->Name(), true);
+  if (datum == nullptr) return Refuse(Error::NotFound), Error::NotFound;
+  return Delete(*TableOf(datum->GetScope()), datum->Name());
+}
+
+long CQMVariables::Delete(CQMSymbolTable& table, std::string_view name) {
+  std::unique_ptr<CQMObject> taken;
+  long const code = table.TakeSymbol(name, taken);
   m_context.SetLastError(code);
+  if (taken != nullptr) {
+    auto& datum = static_cast<CQMDatum&>(*taken);
+    // a handle of a process-wide variable may be in use by a thread in another context
+    if (datum.DeleteHandle() && GuardOf(datum) == nullptr) WaitUntilUnused(datum);
+  }
   return code;
 }
 

@@ -62,21 +62,29 @@ constexpr bool IsBooleanType(EQMDataType type) { return type == EQMDataType::Boo
 
 /** Copies value into one part of datum by the datum's own conversion, whatever its type is. */
 void StorePart(CQMDatum& datum, long part, std::span<std::byte const> value);
+/** As above, into the element at indices. */
+void StorePart(CQMDatum& datum, SQMIndices const& indices, long part, std::span<std::byte const> value);
 
 template <class Number, bool (*accepts)(EQMDataType), long part>
 struct SQMPartAccess {
   using Value = Number;
   static constexpr EQMOnError kOnError = EQMOnError::StoreAnyway;
   static bool Accepts(EQMDataType type) { return accepts(type); }
-  static void Store(CQMDatum& datum, Value value) {
-    StorePart(datum, part, std::as_bytes(std::span<Value const, 1>(&value, 1)));
+  static void Store(CQMDatum& datum, Value value) { StorePart(datum, part, BytesOf(value)); }
+  static void Store(CQMDatum& datum, SQMIndices const& indices, Value value) {
+    StorePart(datum, indices, part, BytesOf(value));
+  }
+
+ private:
+  static std::span<std::byte const> BytesOf(Value const& value) {
+    return std::as_bytes(std::span<Value const, 1>(&value, 1));
   }
 };
 
 struct NumberAccess : SQMPartAccess<double, &IsNumberOrComplex, 0> {
   static constexpr EQMLookup kLookup = EQMLookup::ByScope;
   static constexpr bool kGetterClearsError = false;
-  static Value Load(CQMDatum const& datum) { return datum.Real(); }
+  static Value Load(std::byte const* at) { return *reinterpret_cast<double const*>(at); }
 };
 using RealPartAccess = SQMPartAccess<double, &IsNumberOrComplex, 0>;
 using ImaginaryPartAccess = SQMPartAccess<double, &IsComplexType, 1>;
@@ -84,7 +92,7 @@ using ImaginaryPartAccess = SQMPartAccess<double, &IsComplexType, 1>;
 struct BooleanAccess : SQMPartAccess<bool, &IsBooleanType, 0> {
   static constexpr EQMLookup kLookup = EQMLookup::ByScope;
   static constexpr bool kGetterClearsError = false;
-  static Value Load(CQMDatum const& datum) { return datum.BooleanByte() != 0; }
+  static Value Load(std::byte const* at) { return *reinterpret_cast<unsigned char const*>(at) != 0; }
 };
 
 struct ComplexAccess {
@@ -97,7 +105,14 @@ struct ComplexAccess {
     RealPartAccess::Store(datum, value.real());
     ImaginaryPartAccess::Store(datum, value.imag());
   }
-  static Value Load(CQMDatum const& datum) { return {datum.Real(), datum.Imaginary()}; }
+  static void Store(CQMDatum& datum, SQMIndices const& indices, Value value) {
+    RealPartAccess::Store(datum, indices, value.real());
+    ImaginaryPartAccess::Store(datum, indices, value.imag());
+  }
+  static Value Load(std::byte const* at) {
+    auto const* const parts = reinterpret_cast<double const*>(at);
+    return {parts[0], parts[1]};
+  }
 };
 
 struct StringAccess {
@@ -107,7 +122,10 @@ struct StringAccess {
   static constexpr bool kGetterClearsError = false;
   static bool Accepts(EQMDataType type) { return IsText(type); }
   static void Store(CQMDatum& datum, Value value) { datum.SetText(value != nullptr ? value : ""); }
-  static Value Load(CQMDatum const& datum) { return reinterpret_cast<char const*>(datum.Current()); }
+  static void Store(CQMDatum& datum, SQMIndices const& indices, Value value) {
+    datum.SetValue(0, value != nullptr ? value : "", indices.Used());
+  }
+  static Value Load(std::byte const* at) { return reinterpret_cast<char const*>(at); }
 };
 
 /** The operations, on one context. Each records its error as the context's last error; "an older error" is
@@ -142,7 +160,7 @@ class CQMVariables {
   template <class Access>
   bool Set(char scope, char const* name, typename Access::Value value) {
     FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
-    if (datum == nullptr) return Refuse(Error::NotDefined);
+    if (datum == nullptr) return Conclude(Error::NotDefined);
     long const code = CheckScalar(*datum, &Access::Accepts);
     bool const stores = code == Error::None || Access::kOnError == EQMOnError::StoreAnyway ||
                         (Access::kOnError == EQMOnError::StoreUnlessArray && !datum->IsArray());
@@ -150,52 +168,77 @@ class CQMVariables {
     return Conclude(code);
   }
   template <class Access>
-  bool SetByHandle(Handle handle, typename Access::Value value) {
-    CQMDatum* const datum = ObjectFromHandle<CQMDatum>(handle);
-    if (datum == nullptr) return Refuse(Error::NotDefined);
-    long const code = CheckScalar(*datum, &Access::Accepts);
-    if (code == Error::None) Access::Store(*datum, value);
-    return Conclude(code);
-  }
-  template <class Access>
   bool SetElement(char scope, char const* name, typename Access::Value value, SQMIndices const& indices) {
-    return SetElementOf<Access>(Find(scope, name, EQMLookup::ByScope).get(), value, indices);
-  }
-  template <class Access>
-  bool SetElementByHandle(Handle handle, typename Access::Value value, SQMIndices const& indices) {
-    return SetElementOf<Access>(ObjectFromHandle<CQMDatum>(handle), value, indices);
+    return Conclude(StoreElementIn<Access>(Find(scope, name, EQMLookup::ByScope).get(), value, indices));
   }
 
   // ---- reading: the value, or zero after an error of this call ----
   template <class Access>
   typename Access::Value Get(char scope, char const* name) {
     if (Access::kGetterClearsError) m_context.ClearLastError();
-    return GetOf<Access>(Find(scope, name, Access::kLookup).get());
-  }
-  template <class Access>
-  typename Access::Value GetByHandle(Handle handle) {
-    return GetOf<Access>(ObjectFromHandle<CQMDatum>(handle));
+    return Conclude(LoadFrom<Access>(Find(scope, name, Access::kLookup).get()));
   }
   template <class Access>
   typename Access::Value GetElement(char scope, char const* name, SQMIndices const& indices) {
-    return GetElementOf<Access>(Find(scope, name, EQMLookup::ByScope).get(), indices);
+    return Conclude(LoadElementFrom<Access>(Find(scope, name, EQMLookup::ByScope).get(), indices));
+  }
+
+  // ---- a variable found by handle, or null: work on it, which needs no context, and then the error of it
+  // ----
+  template <class Access>
+  static long StoreIn(CQMDatum* datum, typename Access::Value value) {
+    if (datum == nullptr) return Error::NotDefined;
+    long const code = CheckScalar(*datum, &Access::Accepts);
+    if (code == Error::None) Access::Store(*datum, value);
+    return code;
   }
   template <class Access>
-  typename Access::Value GetElementByHandle(Handle handle, SQMIndices const& indices) {
-    return GetElementOf<Access>(ObjectFromHandle<CQMDatum>(handle), indices);
+  static long StoreElementIn(CQMDatum* datum, typename Access::Value value, SQMIndices const& indices) {
+    if (datum == nullptr) return Error::NotDefined;
+    std::byte const* element = nullptr;
+    long const code = FindElement(*datum, &Access::Accepts, indices, element);
+    if (code == Error::None) Access::Store(*datum, indices, value);
+    return code;
+  }
+  /** Of a variable that was read: zero after an error. */
+  template <class Value>
+  struct SQMRead {
+    long code;
+    Value value;
+  };
+  template <class Access>
+  static SQMRead<typename Access::Value> LoadFrom(CQMDatum const* datum) {
+    if (datum == nullptr) return {Error::NotDefined, {}};
+    long const code = CheckScalar(*datum, &Access::Accepts);
+    return {code, code == Error::None ? Access::Load(datum->Current()) : typename Access::Value{}};
+  }
+  template <class Access>
+  static SQMRead<typename Access::Value> LoadElementFrom(CQMDatum const* datum, SQMIndices const& indices) {
+    if (datum == nullptr) return {Error::NotDefined, {}};
+    std::byte const* element = nullptr;
+    long const code = FindElement(*datum, &Access::Accepts, indices, element);
+    return {code, code == Error::None ? Access::Load(element) : typename Access::Value{}};
+  }
+  /** True when the last error is 0 afterwards. */
+  bool Conclude(long code) {
+    if (code != Error::None) m_context.SetLastError(code);
+    return m_context.GetLastErrorID() == Error::None;
+  }
+  template <class Value>
+  Value Conclude(SQMRead<Value> const& read) {
+    Conclude(read.code);
+    return read.value;
   }
 
   // ---- queries and removal ----
-  /** 0 with NotDefined for an unknown name. Every call takes a reference, which ReleaseHandle gives back. */
+  /** 0 with NotDefined for an unknown name. Every call takes a reference, which ReleaseObjectHandle of the
+   * variable gives back. */
   Handle GetHandle(char scope, char const* name);
-  static bool ReleaseHandle(Handle handle);
   /** A TypeLetter; kNone for no variable and for types that have none. */
   char GetType(char scope, char const* name) { return LetterOf(Find(scope, name, EQMLookup::ByScope).get()); }
-  static char GetTypeByHandle(Handle handle) { return LetterOf(ObjectFromHandle<CQMDatum>(handle)); }
+  static char LetterOf(CQMDatum const* datum);
   bool IsVariable(char scope, char const* name) { return Find(scope, name, EQMLookup::ByScope) != nullptr; }
   bool IsArray(char scope, char const* name);
-  static bool IsVariableHandle(Handle handle) { return ObjectFromHandle<CQMDatum>(handle) != nullptr; }
-  static bool IsArrayHandle(Handle handle);
   /** Sets the last error anew: 0, NotFound, or VariableInUse while handles or expressions hold references. */
   long Delete(char scope, char const* name);
   long DeleteByHandle(Handle handle);
@@ -226,45 +269,17 @@ class CQMVariables {
   bool Enter(char scope, NewDatum datum);
   Handle EnterWithHandle(char scope, NewDatum datum);
   static long CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataType));
-  /** Makes the element at indices current, or tells why not. */
-  static long SelectElement(CQMDatum& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices);
-  static char LetterOf(CQMDatum const* datum);
+  /** Finds the element at indices, or tells why there is none. */
+  static long FindElement(CQMDatum const& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices,
+                          std::byte const*& element);
+  long Delete(CQMSymbolTable& table, std::string_view name);
+  /** What guards the handle of datum, a variable of the context or a process-wide one. */
+  CQMContextGate* GuardOf(CQMDatum const& datum) const {
+    return datum.GetScope() == Scope::kCosmic ? nullptr : m_context.GetHandleGuard();
+  }
   bool Refuse(long code) {
     m_context.SetLastError(code);
     return false;
-  }
-  bool Conclude(long code) {
-    if (code != Error::None) m_context.SetLastError(code);
-    return m_context.GetLastErrorID() == Error::None;
-  }
-
-  template <class Access>
-  bool SetElementOf(CQMDatum* datum, typename Access::Value value, SQMIndices const& indices) {
-    if (datum == nullptr) return Refuse(Error::NotDefined);
-    long const before = datum->GetCurrentElement();
-    long const code = SelectElement(*datum, &Access::Accepts, indices);
-    if (code == Error::None) {
-      Access::Store(*datum, value);
-      datum->SetCurrentElement(before);
-    }
-    return Conclude(code);
-  }
-  template <class Access>
-  typename Access::Value GetOf(CQMDatum* datum) {
-    long const code =
-        datum == nullptr ? static_cast<long>(Error::NotDefined) : CheckScalar(*datum, &Access::Accepts);
-    if (Conclude(code) || code == Error::None) return Access::Load(*datum);
-    return {};
-  }
-  template <class Access>
-  typename Access::Value GetElementOf(CQMDatum* datum, SQMIndices const& indices) {
-    long const before = datum != nullptr ? datum->GetCurrentElement() : 0;
-    long const code = datum == nullptr ? static_cast<long>(Error::NotDefined)
-                                       : SelectElement(*datum, &Access::Accepts, indices);
-    if (!Conclude(code) && code != Error::None) return {};
-    typename Access::Value const value = Access::Load(*datum);
-    datum->SetCurrentElement(before);
-    return value;
   }
 
   CQMExecutor& m_context;

@@ -8,6 +8,7 @@
 
 namespace qumel {
 
+class CQMContextGate;
 class CQMOperatorFactory;
 class CQMResolver;
 class CQMSymbolTable;
@@ -57,6 +58,8 @@ class CQMOperatorContext {
   virtual void SetAllowComplexFlag(bool allow) = 0;
   virtual void SetForceComplexFlag(bool force) = 0;
 
+  /** What guards the objects of the context that are found by handle. */
+  virtual CQMContextGate* GetHandleGuard() { return nullptr; }
   virtual SQMLastResult GetLastResult() const = 0;
   virtual CQMRandomGenerator& GetRandomGenerator() = 0;
   virtual void SetLastError(long code) = 0;

@@ -15,19 +15,20 @@ CQMHandleList::CQMHandleList() {
 
 CQMHandleList::~CQMHandleList() = default;
 
-Handle CQMHandleList::AssignHandle(CQMLinkedObject* object) {
+Handle CQMHandleList::AssignHandle(CQMLinkedObject* object, CQMContextGate* gate) {
   std::scoped_lock const lock(m_mutex);
   if (m_nextFreeSlot == kSlotsPerList) AppendHandleList();
   if (m_nextFreeSlot == kSlotsPerList) return 0;
   unsigned const slot = m_nextFreeSlot++;
-  m_lists.back()->objects[slot].store(object, std::memory_order_release);
+  (*m_lists.back())[slot].gate.store(gate, std::memory_order_relaxed);
+  (*m_lists.back())[slot].object.store(object, std::memory_order_release);
   return EncodeHandle(static_cast<unsigned>(m_lists.size() - 1), slot);
 }
 
 bool CQMHandleList::MarkHandleDeleted(Handle handle) {
   std::scoped_lock const lock(m_mutex);
   if (!ValidateHandle(handle)) return false;
-  FindSlot(DecodeLeft(handle), DecodeRight(handle))->store(nullptr, std::memory_order_release);
+  FindSlot(DecodeLeft(handle), DecodeRight(handle))->object.store(nullptr, std::memory_order_release);
   return true;
 }
 
@@ -72,7 +73,7 @@ bool CQMHandleList::ExtendHandleListList() {
 }
 
 void CQMHandleList::AddList() {
-  m_lists.push_back(std::make_unique<SQMSlots>());
+  m_lists.push_back(std::make_unique<Slots>());
   m_directories.back()->lists[m_lists.size() - 1].store(m_lists.back().get(), std::memory_order_release);
 }
 

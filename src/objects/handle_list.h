@@ -13,9 +13,19 @@
 namespace qumel {
 
 class CQMLinkedObject;
+/** What guards the objects of a context from being destroyed while a call uses them by handle; the floor of
+ * contexts knows more. */
+class CQMContextGate;
 
 /** 0 is never issued. Low 32 bits: list index; high 32 bits: slot in that list. */
 using Handle = unsigned long long;
+
+/** What a handle names, and what guards it; neither for a handle that names nothing. An object that belongs
+ * to no context has no guard. */
+struct SQMHandleTarget {
+  CQMLinkedObject* object = nullptr;
+  CQMContextGate* gate = nullptr;
+};
 
 /** Lists of kSlotsPerList slots, reached through a list of lists. Slots are never reused or moved, and lists
  * of lists that were outgrown stay until the end, so a lookup needs no lock; issuing and deleting take the
@@ -34,12 +44,16 @@ class CQMHandleList : public CQMObject {
   void ReleaseHandleList() { m_mutex.unlock(); }
 
   /** The handle now standing for object, or 0 when the lists are full and cannot grow. */
-  Handle AssignHandle(CQMLinkedObject* object);
+  Handle AssignHandle(CQMLinkedObject* object, CQMContextGate* gate = nullptr);
   /** Null for a handle that was not issued yet or was deleted. */
-  CQMLinkedObject* GetObjectFromHandle(Handle handle) const {
+  CQMLinkedObject* GetObjectFromHandle(Handle handle) const { return FindTarget(handle).object; }
+  SQMHandleTarget FindTarget(Handle handle) const {
     // Slots that were not issued yet are null, so there is nothing to validate but the bounds.
-    std::atomic<CQMLinkedObject*>* const slot = FindSlot(DecodeLeft(handle), DecodeRight(handle));
-    return slot != nullptr ? slot->load(std::memory_order_acquire) : nullptr;
+    SQMSlot const* const slot = FindSlot(DecodeLeft(handle), DecodeRight(handle));
+    if (slot == nullptr) return {};
+    CQMLinkedObject* const object = slot->object.load(std::memory_order_acquire);
+    return object != nullptr ? SQMHandleTarget{object, slot->gate.load(std::memory_order_relaxed)}
+                             : SQMHandleTarget{};
   }
   /** From now on handle answers null. False when it does not validate. */
   bool MarkHandleDeleted(Handle handle);
@@ -60,27 +74,29 @@ class CQMHandleList : public CQMObject {
   std::size_t GetExtensionCount() const { return m_directories.size() - 1; }
 
  private:
-  struct SQMSlots {
-    std::array<std::atomic<CQMLinkedObject*>, kSlotsPerList> objects{};
+  struct SQMSlot {
+    std::atomic<CQMLinkedObject*> object{nullptr};
+    std::atomic<CQMContextGate*> gate{nullptr};  // stored before the object, and never again
   };
+  using Slots = std::array<SQMSlot, kSlotsPerList>;
   struct SQMDirectory {  // a list of lists
     explicit SQMDirectory(std::size_t size)
-        : capacity(size), lists(std::make_unique<std::atomic<SQMSlots*>[]>(size)) {}
+        : capacity(size), lists(std::make_unique<std::atomic<Slots*>[]>(size)) {}
     std::size_t capacity;
-    std::unique_ptr<std::atomic<SQMSlots*>[]> lists;
+    std::unique_ptr<std::atomic<Slots*>[]> lists;
   };
 
   void AddList();
-  std::atomic<CQMLinkedObject*>* FindSlot(unsigned left, unsigned right) const {
+  SQMSlot* FindSlot(unsigned left, unsigned right) const {
     SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
     if (left >= directory.capacity || right >= kSlotsPerList) return nullptr;
-    SQMSlots* const list = directory.lists[left].load(std::memory_order_acquire);
-    return list != nullptr ? &list->objects[right] : nullptr;
+    Slots* const list = directory.lists[left].load(std::memory_order_acquire);
+    return list != nullptr ? &(*list)[right] : nullptr;
   }
 
   std::atomic<SQMDirectory*> m_directory{nullptr};  // the newest; what lookups read
   std::vector<std::unique_ptr<SQMDirectory>> m_directories;
-  std::vector<std::unique_ptr<SQMSlots>> m_lists;  // the last one is the current list
+  std::vector<std::unique_ptr<Slots>> m_lists;  // the last one is the current list
   unsigned m_nextFreeSlot = 0;
   mutable std::recursive_mutex m_mutex;  // held by AssignHandle while it appends a list
 };

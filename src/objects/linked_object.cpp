@@ -71,12 +71,12 @@ void CQMLinkedObject::DestroyDataSpace() {
 
 // ---- handles ----
 
-Handle CQMLinkedObject::GetObjectHandle() {
+Handle CQMLinkedObject::GetObjectHandle(CQMContextGate* gate) {
   Handle handle = m_handle.load(std::memory_order_acquire);
   if (handle == 0) {
     if (GetHandleList() == nullptr) CreateHandleList();
     CQMHandleList* const list = GetHandleList();
-    Handle const issued = list != nullptr ? list->AssignHandle(this) : 0;
+    Handle const issued = list != nullptr ? list->AssignHandle(this, gate) : 0;
     if (issued == 0) return 0;
     if (m_handle.compare_exchange_strong(handle, issued, std::memory_order_acq_rel)) handle = issued;
     else list->MarkHandleDeleted(issued);  // another thread was first, with the handle that stands there
@@ -96,17 +96,12 @@ bool CQMLinkedObject::ReleaseObjectHandle() {
   return true;
 }
 
-CQMLinkedObject* CQMLinkedObject::GetObject(Handle handle) {
-  if (handle == 0) return nullptr;
-  CQMHandleList const* const list = GetHandleList();
-  return list != nullptr ? list->GetObjectFromHandle(handle) : nullptr;
-}
-
-void CQMLinkedObject::DeleteHandle() {
+bool CQMLinkedObject::DeleteHandle() {
   Handle const handle = m_handle.exchange(0, std::memory_order_acq_rel);
-  if (handle == 0) return;
+  if (handle == 0) return false;
   // In a list that was made anew since, the handle may stand for another object.
   if (GetObject(handle) == this) GetHandleList()->MarkHandleDeleted(handle);
+  return true;
 }
 
 // ---- the tree ----

@@ -28,16 +28,21 @@ class CQMLinkedObject : public CQMObject {
     CountOut();
   }
 
-  /** Issues the handle at the first call; every call takes a reference. 0, and no reference, when no handle
-   * can be issued. */
-  Handle GetObjectHandle();
+  /** Issues the handle at the first call, under the guard of gate; every call takes a reference. 0, and no
+   * reference, when no handle can be issued. */
+  Handle GetObjectHandle(CQMContextGate* gate = nullptr);
   /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay.
    */
   bool ReleaseObjectHandle();
-  /** The handle, if there is one, names nothing from now on. */
-  void DeleteHandle();
+  /** The handle names nothing from now on. Whether there was one. */
+  bool DeleteHandle();
   /** The live object that a handle names, or null. Takes no lock. */
-  static CQMLinkedObject* GetObject(Handle handle);
+  static CQMLinkedObject* GetObject(Handle handle) { return FindTarget(handle).object; }
+  static SQMHandleTarget FindTarget(Handle handle) {
+    // 0 is a slot that is never issued
+    CQMHandleList const* const list = GetHandleList();
+    return list != nullptr ? list->FindTarget(handle) : SQMHandleTarget{};
+  }
 
   void SetParentObject(CQMLinkedObject* parent);
   CQMLinkedObject* GetParentObject() const { return m_parent; }

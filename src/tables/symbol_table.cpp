@@ -296,6 +296,10 @@ long CQMSymbolTable::DeleteSymbol(long serialNumber, bool destroy) {
   return DeleteSymbolOf(serialNumber, destroy);
 }
 
+long CQMSymbolTable::TakeSymbol(std::string_view name, std::unique_ptr<CQMObject>& taken) {
+  return TakeSymbolOf(name, taken);
+}
+
 CQMObject* CQMSymbolTable::ReserveSymbol(std::string_view name, bool thisTableOnly) {
   CQMObject* found = nullptr;
   WithSymbol(name, thisTableOnly, [&found](CQMObject* object) {
@@ -347,15 +351,20 @@ EQMDataType CQMSymbolTable::FindSymbolType(Key key, bool thisTableOnly) {
 
 template <class Key>
 long CQMSymbolTable::DeleteSymbolOf(Key key, bool destroy) {
-  std::unique_ptr<CQMObject> object;  // goes after the lock is given back
-  {
-    auto const lock = m_rows->LockForChange();
-    SQMSymbolEntry const* const entry = m_rows->FindFirst(key);
-    if (entry == nullptr || entry->object->IsMarkedForDeletion()) return Error::NotFound;
-    if (entry->object->GetRefCount() != 0) return Error::VariableInUse;
-    if (destroy) object.reset(entry->object);
-    m_rows->Remove(SQMSymbolEntry(*entry));
-  }
+  std::unique_ptr<CQMObject> object;
+  long const code = TakeSymbolOf(key, object);
+  if (!destroy) static_cast<void>(object.release());
+  return code;
+}
+
+template <class Key>
+long CQMSymbolTable::TakeSymbolOf(Key key, std::unique_ptr<CQMObject>& taken) {
+  auto const lock = m_rows->LockForChange();
+  SQMSymbolEntry const* const entry = m_rows->FindFirst(key);
+  if (entry == nullptr || entry->object->IsMarkedForDeletion()) return Error::NotFound;
+  if (entry->object->GetRefCount() != 0) return Error::VariableInUse;
+  taken.reset(entry->object);
+  m_rows->Remove(SQMSymbolEntry(*entry));
   return Error::None;
 }
 

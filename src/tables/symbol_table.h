@@ -57,6 +57,8 @@ class CQMSymbolTable : public CQMLinkedObject {
    * the object. */
   long DeleteSymbol(std::string_view name, bool destroy);
   long DeleteSymbol(long serialNumber, bool destroy);
+  /** As DeleteSymbol, but the object comes into the hands of the caller. */
+  long TakeSymbol(std::string_view name, std::unique_ptr<CQMObject>& taken);
 
   long GetSymbolCount() const;
 
@@ -73,6 +75,8 @@ class CQMSymbolTable : public CQMLinkedObject {
   EQMDataType FindSymbolType(Key key, bool thisTableOnly);
   template <class Key>
   long DeleteSymbolOf(Key key, bool destroy);
+  template <class Key>
+  long TakeSymbolOf(Key key, std::unique_ptr<CQMObject>& taken);
 
   std::unique_ptr<Rows> m_rows;
   SQMVariableTraits const* m_variables;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "base/data_type.h"
 #include "base/errors.h"
@@ -129,6 +130,9 @@ class CQMDatum : public CQMLinkedObject {
   void* GetValue(long part, bool promote);
   void* GetValue(long part, bool promote, long flatIndex);
   void* GetValue(long part, bool promote, std::span<long const> indices);
+  /** The element at indices, or null where there is none. Changes nothing, so that any number of threads may
+   * read the elements of one array. */
+  std::byte const* FindElement(std::span<long const> indices) const;
   // Numbers take one part, texts end where source ends or the buffer is full. Nothing is written for null,
   // beyond the storage, and to part 1 of what cannot become complex.
   void SetValue(void const* source);
@@ -244,7 +248,10 @@ class CQMDatum : public CQMLinkedObject {
   // addresses
   CQMDatum const& Storage() const { return m_target != nullptr ? *m_target : *this; }
   bool HasElement(long flatIndex) const;
-  std::byte* ElementAddress(long flatIndex);
+  std::byte* ElementAddress(long flatIndex) {
+    return const_cast<std::byte*>(std::as_const(*this).ElementAddress(flatIndex));
+  }
+  std::byte const* ElementAddress(long flatIndex) const;
   std::size_t RoomAt(std::byte const* address) const;
   void RefreshCurrent();
   bool IsPartThere(long part, bool promote);

@@ -173,11 +173,17 @@ bool CQMDatum::HasElement(long flatIndex) const {
          end <= storage.m_storageBytes;
 }
 
-std::byte* CQMDatum::ElementAddress(long flatIndex) {
+std::byte const* CQMDatum::ElementAddress(long flatIndex) const {
   CQMDatum const& storage = Storage();
   if (storage.m_value == nullptr) return m_inline;
   return HasElement(flatIndex) ? storage.m_value + static_cast<std::ptrdiff_t>(flatIndex) * m_elementSize
                                : storage.m_value;
+}
+
+std::byte const* CQMDatum::FindElement(std::span<long const> indices) const {
+  long const position = GetElementPosition(indices);
+  // the first one is there whether or not the datum has storage
+  return position == 0 || (position > 0 && HasElement(position)) ? ElementAddress(position) : nullptr;
 }
 
 void CQMDatum::RefreshCurrent() {

@@ -441,6 +441,23 @@ TEST_F(Variables, LinksOfEveryKindInEveryScopeReachTheHostsMemoryAndNoMore) {
   }
 }
 
+TEST_F(Variables, NumbersThatBecomeComplexLeaveTheHostsMemoryAndMoveTheElementsOfAnArray) {
+  double number = 4.0;
+  ASSERT_TRUE(qmLinkNumVar('G', "n", &number));
+  ASSERT_NE(qmCreateNumArray('G', "a", 1, 4, -1, NO_MORE), 0U);
+  qmEvalExpStr("a[0] = 1; a[1] = 2; a[2] = 3; a[3] = 4");
+  qmSetAllowComplexResults(true);
+  qmEvalExpStr("n = sqrt(-4); a[2] = sqrt(-9)");
+  EXPECT_EQ(qmGetLastErrorID(), kNone);
+  EXPECT_EQ(qmGetVarType('G', "n"), 'C');
+  number = 7.0;
+  Kind const& complex = Kinds()[1];
+  EXPECT_EQ(complex.get('G', "n"), Text(0.0, 2.0)) << "whatever the host's memory holds";
+  std::vector<std::string> elements;
+  for (long i = 0; i < 4; ++i) elements.push_back(complex.getElement('G', "a", 1, i, -1));
+  EXPECT_EQ(elements, (std::vector{Text(1.0, 2.0), Text(3.0, 4.0), Text(0.0, 3.0), Text(0.0, 0.0)}));
+}
+
 TEST_F(Variables, LinkedMemoryIsTheValue) {
   double number = 4.0;
   double pair[2] = {1.0, 2.0};

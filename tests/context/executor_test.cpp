@@ -87,7 +87,7 @@ TEST(Executor, VariablesAreDeletedByHandleFromTheTableOfTheirScope) {
     Handle const handle = variables.Create<NumberKind, NumberAccess>(scope, "x", 1.0);
     executor.SetLastError(Error::DivisionByZero);
     EXPECT_EQ(variables.DeleteByHandle(handle), Error::VariableInUse) << "the handle holds a reference";
-    EXPECT_TRUE(CQMVariables::ReleaseHandle(handle));
+    EXPECT_TRUE(ObjectFromHandle<CQMDatum>(handle)->ReleaseObjectHandle());
     EXPECT_EQ(variables.DeleteByHandle(handle), Error::None);
     EXPECT_EQ(executor.GetLastErrorID(), Error::None);
     EXPECT_FALSE(variables.IsVariable(scope, "x"));

@@ -117,10 +117,10 @@ TEST_F(Library, AContextInUseIsDestroyedAfterTheLastCall) {
   long const contexts = CQMExecutor::sm_lExecutorCount;
   ASSERT_NE(SetContext("outer", false), 0U);
   {
-    CQMContextUse const outer(true);
+    CQMContextUse const outer;
     SetContext("inner", false);
     {
-      CQMContextUse const inner(true);
+      CQMContextUse const inner;
       EXPECT_NE(inner.GetExecutor(), outer.GetExecutor());
       EXPECT_TRUE(DropPublicExecutor("outer"));
       EXPECT_TRUE(DropPublicExecutor("inner"));

@@ -1,0 +1,86 @@
+// The callers of the process, and the graph of their waits.
+#include "context/caller.h"
+
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "context/context_gate.h"
+
+namespace qumel {
+
+thread_local constinit SQMCaller* t_caller = nullptr;
+
+namespace {
+
+constinit std::mutex g_callersMutex;
+/** Only ever grows, at its beginning. */
+constinit std::atomic<SQMCaller*> g_firstCaller{nullptr};
+
+constinit std::mutex g_waitsMutex;
+
+}  // namespace
+
+// ---- callers ----
+
+SQMCaller::SQMCaller(unsigned long id) : current(CQMContextGate::None()), threadId(id) {}
+
+void SQMCaller::Renew() {
+  used.store(nullptr);
+  variable.store(nullptr);
+  usesRecord.store(false);
+  nested = 0;
+  generation = 0;
+}
+
+SQMCaller* FirstCaller() { return g_firstCaller.load(std::memory_order_acquire); }
+
+SQMCaller& ObtainCaller(unsigned long threadId) {
+  if (t_caller != nullptr) return *t_caller;
+  std::scoped_lock const lock(g_callersMutex);
+  if (FirstCaller() == nullptr) CQMAsymmetricBarrier::Choose();
+  SQMCaller* caller = FirstCaller();
+  while (caller != nullptr && caller->threadId != threadId) caller = caller->nextCaller;
+  if (caller == nullptr) {
+    caller = std::make_unique<SQMCaller>(threadId).release();
+    caller->nextCaller = FirstCaller();
+    g_firstCaller.store(caller, std::memory_order_release);
+  } else {
+    caller->Renew();
+  }
+  t_caller = caller;
+  return *caller;
+}
+
+void WaitUntilUnused(CQMLinkedObject const& variable) {
+  CQMAsymmetricBarrier::Heavy();
+  for (SQMCaller const* caller = FirstCaller(); caller != nullptr; caller = caller->nextCaller) {
+    while (caller->variable.load(CQMAsymmetricBarrier::kLoad) == &variable) std::this_thread::yield();
+  }
+}
+
+// ---- waits ----
+
+bool CQMWaits::Begin(SQMCaller& caller, std::atomic<SQMCaller*> const& holder) {
+  std::scoped_lock const lock(g_waitsMutex);
+  SQMCaller const* other = holder.load();
+  while (other != nullptr) {
+    if (other == &caller) return false;
+    other = other->awaited != nullptr ? other->awaited->load() : nullptr;
+  }
+  caller.awaited = &holder;
+  return true;
+}
+
+void CQMWaits::End(SQMCaller& caller) {
+  std::scoped_lock const lock(g_waitsMutex);
+  caller.awaited = nullptr;
+}
+
+void CQMWaits::HandOver(std::atomic<SQMCaller*>& holder, SQMCaller& caller) {
+  std::scoped_lock const lock(g_waitsMutex);
+  holder.store(&caller);
+  caller.awaited = nullptr;
+}
+
+}  // namespace qumel

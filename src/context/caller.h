@@ -1,0 +1,70 @@
+// What one thread tells the others about its calls, and who waits for whom.
+#pragma once
+
+#include <atomic>
+
+#include "base/asymmetric_barrier.h"
+
+namespace qumel {
+
+class CQMContextGate;
+class CQMLinkedObject;
+class CQMThreadInfo;
+
+/** Never freed, so that other threads may look at it at any time. When its thread has ended, a later thread
+ * to which the system gives the same id takes it over. */
+struct alignas(64) SQMCaller {
+  explicit SQMCaller(unsigned long id);
+
+  /** Ends the calls that a thread that has ended left open. */
+  void Renew();
+
+  // ---- announced by plain stores, for other threads to look at ----
+  /** The gate that the outermost call went through as its owner; the queued mark when it came through another
+   * one by its lock; null when no call of the thread is in a context. */
+  std::atomic<CQMContextGate*> used{nullptr};
+  /** The gate of the current context; the none mark when there is none, the lost mark when another thread
+   * took it away. */
+  std::atomic<CQMContextGate*> current;
+  /** The process-wide variable that a call uses by its handle. */
+  std::atomic<CQMLinkedObject const*> variable{nullptr};
+  std::atomic<bool> usesRecord{false};
+
+  // ---- touched by the thread itself alone ----
+  int nested = 0;                   // calls in contexts beneath the outermost one
+  CQMThreadInfo* record = nullptr;  // as long as the generation is the library's
+  unsigned long generation = 0;
+
+  // ---- waiting ----
+  enum EQMWait : int { Waiting, Granted, Dismissed };
+  std::atomic<int> wait{Granted};
+  SQMCaller* nextWaiter = nullptr;
+  std::atomic<SQMCaller*> const* awaited = nullptr;  // where the name stands of the thread that it waits for
+
+  unsigned long const threadId;
+  SQMCaller* nextCaller = nullptr;
+};
+
+/** Of the calling thread; null before its first call. */
+extern thread_local constinit SQMCaller* t_caller __attribute__((tls_model("initial-exec")));
+
+/** Makes the thread's caller known, which is made where there is none. Throws without memory. */
+SQMCaller& ObtainCaller(unsigned long threadId);
+
+SQMCaller* FirstCaller();
+
+/** Lets go of a variable when no thread uses it any more; none may be able to find it. */
+void WaitUntilUnused(CQMLinkedObject const& variable);
+
+/** The graph of who waits for whom. A wait that would close a circle is refused: it would never end. */
+class CQMWaits {
+ public:
+  /** Enters that caller waits for whoever stands in holder, which stays valid until the end of the wait;
+   * false when that one waits for caller, if only by way of others. */
+  static bool Begin(SQMCaller& caller, std::atomic<SQMCaller*> const& holder);
+  static void End(SQMCaller& caller);
+  /** Ends the wait of caller as the new holder. */
+  static void HandOver(std::atomic<SQMCaller*>& holder, SQMCaller& caller);
+};
+
+}  // namespace qumel
