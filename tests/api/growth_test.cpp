@@ -61,6 +61,15 @@ TEST_F(Growth, OfChainsOfTexts) {
   }
 }
 
+TEST_F(Growth, OfWhatAChainKeepsBetweenItsRuns) {
+  constexpr int kAdded = 200;
+  qmCreateStrVar('G', "s", 1001, std::string(1000, 's').c_str());
+  Handle const handle = qmParseExp(("length(" + Chain("s", " + s", kAdded) + ")").c_str());
+  CountedAllocations const counted;
+  for (int run = 0; run < 2 * kAdded; ++run) ASSERT_EQ(qmEvalExpHndlToNum(handle), 1000.0 * (kAdded + 1));
+  EXPECT_LT(counted.KeptBytes(), 5 * 1000 * kAdded) << "the text twice, and short buffers";
+}
+
 TEST_F(Growth, ChainsGiveTheirTextsHoweverOftenTheyRun) {
   struct Shape {
     char const* expression;

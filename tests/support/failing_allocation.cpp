@@ -1,6 +1,8 @@
 // The replaced global allocation functions behind FailingAllocation and CountedAllocations.
 #include "support/failing_allocation.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <new>
 
@@ -12,7 +14,7 @@ thread_local long g_failures = 0;
 thread_local bool g_hasFailed = false;
 thread_local std::size_t g_count = 0;
 thread_local std::size_t g_bytes = 0;
-thread_local std::size_t g_released = 0;
+thread_local long g_keptBytes = 0;
 
 bool FailsNow() {
   if (g_spared == kNeverFails) return false;
@@ -37,12 +39,10 @@ FailingAllocation::FailingAllocation(long spared, long failures) {
 FailingAllocation::~FailingAllocation() { g_spared = kNeverFails; }
 bool FailingAllocation::HasFailed() { return g_hasFailed; }
 
-CountedAllocations::CountedAllocations() : m_count(g_count), m_bytes(g_bytes), m_released(g_released) {}
+CountedAllocations::CountedAllocations() : m_count(g_count), m_bytes(g_bytes), m_kept(g_keptBytes) {}
 std::size_t CountedAllocations::Count() const { return g_count - m_count; }
 std::size_t CountedAllocations::Bytes() const { return g_bytes - m_bytes; }
-long CountedAllocations::Kept() const {
-  return static_cast<long>(g_count - m_count) - static_cast<long>(g_released - m_released);
-}
+long CountedAllocations::KeptBytes() const { return g_keptBytes - m_kept; }
 
 }  // namespace qumel::testing
 
@@ -52,8 +52,10 @@ void* operator new(std::size_t size) {
   if (FailsNow()) throw std::bad_alloc();
   ++g_count;
   g_bytes += size;
-  if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
-  throw std::bad_alloc();
+  void* const memory = std::malloc(size != 0 ? size : 1);
+  if (memory == nullptr) throw std::bad_alloc();
+  g_keptBytes += static_cast<long>(malloc_usable_size(memory));
+  return memory;
 }
 void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
   try {
@@ -63,7 +65,7 @@ void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
   }
 }
 void operator delete(void* memory) noexcept {
-  if (memory != nullptr) ++g_released;
+  g_keptBytes -= static_cast<long>(malloc_usable_size(memory));
   std::free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept { ::operator delete(memory); }

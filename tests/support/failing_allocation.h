@@ -30,11 +30,12 @@ class CountedAllocations {
   /** Whether it was freed again or not. */
   std::size_t Count() const;
   std::size_t Bytes() const;
-  /** More allocations than releases. */
-  long Kept() const;
+  /** Of what was not freed yet, with what it takes beyond the bytes asked for. */
+  long KeptBytes() const;
 
  private:
-  std::size_t m_count, m_bytes, m_released;
+  std::size_t m_count, m_bytes;
+  long m_kept;
 };
 
 }  // namespace qumel::testing
