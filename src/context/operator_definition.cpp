@@ -93,7 +93,7 @@ CQMOperatorList& CQMOperatorDefiner::ListOf(char scope) const {
 long CQMOperatorDefiner::Define(SQMOperatorDeclaration const& declaration, char const* text) {
   SQMChecked checked;
   if (long const code = Check(declaration, checked); code != Error::None) return Conclude(code);
-  checked.definition.hasBody = !IsMissing(text);
+  checked.definition.hasBody = text != nullptr;  // an empty text is a faulty one
   checked.definition.isRecursive = !checked.definition.hasBody;
   if (checked.definition.hasBody) {
     if (long const code = Convert(text, checked.definition.body); code != Error::None) return Conclude(code);
@@ -114,7 +114,7 @@ long CQMOperatorDefiner::DefineBody(char scope, char const* name, char const* te
   if (name == nullptr || !ListOf(scope).CopyByToken(name, info)) return Conclude(Error::NotFound);
   if (info.definition != nullptr && info.definition->hasBody) return Conclude(Error::OperatorExists);
   if (!info.bodyPending) return Conclude(Error::NotAwaitingBody);
-  if (IsMissing(text)) return Conclude(Error::NoExpressionSupplied);
+  if (text == nullptr) return Conclude(Error::NoExpressionSupplied);
   auto definition = std::make_shared<SQMOperatorDefinition>(*info.definition);
   if (long const code = Convert(text, definition->body); code != Error::None) return Conclude(code);
   definition->hasBody = true;  // it stays recursive: its body may name the operator itself
