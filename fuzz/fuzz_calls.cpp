@@ -1,16 +1,40 @@
 // Calls exported functions in any order with arguments from small pools: names, scopes, handles, sizes,
-// texts.
-#include <fuzzer/FuzzedDataProvider.h>
-
+// texts. Inputs are written as in fuzz/seeds/fuzz_calls: a call a line, a letter a choice.
+#include <initializer_list>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 #include "fuzz/harness.h"
 
 namespace {
 
+/** Reads a text as choices, a character each: 'a' is the first choice, 'b' the second. White space only makes
+ * texts readable; behind the end every choice is the first. */
+class Choices {
+ public:
+  explicit Choices(std::string text) : m_text(std::move(text)) {
+    std::erase_if(m_text, [](char c) { return c == ' ' || c == '\n'; });
+  }
+
+  bool IsAtEnd() const { return m_next == m_text.size(); }
+  std::size_t Below(std::size_t count) {
+    return IsAtEnd() ? 0 : static_cast<std::uint8_t>(m_text[m_next++] - 'a') % count;
+  }
+  bool YesOrNo() { return Below(2) == 0; }
+  template <class Value>
+  Value OneOf(std::initializer_list<Value> values) {
+    return values.begin()[Below(values.size())];
+  }
+
+ private:
+  std::string m_text;
+  std::size_t m_next = 0;
+};
+
 class Calls {
  public:
-  Calls(std::uint8_t const* data, std::size_t size) : m_data(data, size) {}
+  explicit Calls(std::string text) : m_choices(std::move(text)) {}
 
   void Run() {
     using Call = void (Calls::*)();
@@ -19,53 +43,53 @@ class Calls {
         &Calls::SetElement,   &Calls::GetElement,   &Calls::Handle, &Calls::Delete, &Calls::Evaluate,
         &Calls::Parse,        &Calls::RunParsed,    &Calls::Define, &Calls::Forget, &Calls::SwitchContext,
         &Calls::DropContext,  &Calls::ChangeSetting};
-    while (m_data.remaining_bytes() > 0) (this->*m_data.PickValueInArray(kCalls))();
+    while (!m_choices.IsAtEnd()) (this->*kCalls[m_choices.Below(std::size(kCalls))])();
   }
 
  private:
-  char Scope() { return m_data.PickValueInArray({'L', 'G', 'C', 'x'}); }
+  char Scope() { return m_choices.OneOf({'L', 'G', 'C', 'x'}); }
   char const* Name() {
-    return m_data.PickValueInArray<char const*>({"a", "b", "c", "d", "pi", "", nullptr, "a b", "1a"});
+    return m_choices.OneOf<char const*>({"a", "b", "c", "d", "pi", "", nullptr, "a b", "1a"});
   }
-  double Number() { return m_data.PickValueInArray({0.0, 1.0, -2.5, 1e300, 1e10}); }
-  long Small() { return m_data.ConsumeIntegralInRange<long>(-1, 5); }
+  double Number() { return m_choices.OneOf({0.0, 1.0, -2.5, 1e300, 1e10}); }
+  long Small() { return static_cast<long>(m_choices.Below(7)) - 1; }
   std::uint64_t AnyHandle() {
-    if (m_handles.empty() || m_data.ConsumeBool()) return m_data.ConsumeIntegralInRange<std::uint64_t>(0, 40);
-    return m_handles[m_data.ConsumeIntegralInRange<std::size_t>(0, m_handles.size() - 1)];
+    if (m_handles.empty()) return m_choices.Below(40);
+    return m_choices.YesOrNo() ? m_handles[m_choices.Below(m_handles.size())] : m_choices.Below(40);
   }
   void Keep(std::uint64_t handle) {
     if (handle != 0) m_handles.push_back(handle);
   }
   char const* Text() {
-    return m_data.PickValueInArray<char const*>({"a = 1",
-                                                 "a + b",
-                                                 "a[1] = 2",
-                                                 "b = \"text\"",
-                                                 "number c; c++",
-                                                 "global d = 3",
-                                                 "a <=> b",
-                                                 "sqrt(-4)",
-                                                 "twice(a)",
-                                                 "local a = pi",
-                                                 "cosmic b = 1",
-                                                 "a[b[1]]",
-                                                 "complex a; a = 1; real a",
-                                                 "b $+= b",
-                                                 "sum(a)",
-                                                 "forcecomplex; a",
-                                                 "",
-                                                 nullptr,
-                                                 "(",
-                                                 "string b; b = \"x\"; insert(b, b, 1)"});
+    return m_choices.OneOf<char const*>({"a = 1",
+                                         "a + b",
+                                         "a[1] = 2",
+                                         "b = \"text\"",
+                                         "number c; c++",
+                                         "global d = 3",
+                                         "a <=> b",
+                                         "sqrt(-4)",
+                                         "twice(a)",
+                                         "local a = pi",
+                                         "cosmic b = 1",
+                                         "a[b[1]]",
+                                         "complex a; a = 1; real a",
+                                         "b $+= b",
+                                         "sum(a)",
+                                         "forcecomplex; a",
+                                         "",
+                                         nullptr,
+                                         "(",
+                                         "string b; b = \"x\"; insert(b, b, 1)"});
   }
 
   void CreateScalar() {
     char const scope = Scope();
     char const* const name = Name();
-    switch (m_data.ConsumeIntegralInRange(0, 3)) {
+    switch (m_choices.Below(4)) {
       case 0: Keep(qmCreateNumVar(scope, name, Number())); break;
       case 1: Keep(qmCreateComplexVar(scope, name, Number(), Number())); break;
-      case 2: Keep(qmCreateBoolVar(scope, name, m_data.ConsumeBool())); break;
+      case 2: Keep(qmCreateBoolVar(scope, name, m_choices.YesOrNo())); break;
       default: Keep(qmCreateStrVar(scope, name, Small() * 7, Name())); break;
     }
   }
@@ -74,7 +98,7 @@ class Calls {
     char const* const name = Name();
     long const dims = Small() + 2;
     long const e1 = Small(), e2 = Small(), e3 = Small();
-    switch (m_data.ConsumeIntegralInRange(0, 3)) {
+    switch (m_choices.Below(4)) {
       case 0: Keep(qmCreateNumArray(scope, name, dims, e1, e2, e3, 2, 2, 2)); break;
       case 1: Keep(qmCreateComplexArray(scope, name, dims, e1, e2, e3, 2, 2, 2)); break;
       case 2: Keep(qmCreateBoolArray(scope, name, dims, e1, e2, e3, 2, 2, 2)); break;
@@ -88,7 +112,7 @@ class Calls {
     static char text[16] = "linked";
     char const scope = Scope();
     char const* const name = Name();
-    switch (m_data.ConsumeIntegralInRange(0, 4)) {
+    switch (m_choices.Below(5)) {
       case 0: qmLinkNumVar(scope, name, &number); break;
       case 1: qmLinkComplexVar(scope, name, parts); break;
       case 2: qmLinkBoolVar(scope, name, &flag); break;
@@ -102,7 +126,7 @@ class Calls {
     qmSetNumVar(scope, name, Number());
     qmSetStrVarByHandle(AnyHandle(), Text());
     qmSetComplexVarByHandle(AnyHandle(), Number(), Number());
-    qmSetBoolVar(scope, name, m_data.ConsumeBool());
+    qmSetBoolVar(scope, name, m_choices.YesOrNo());
   }
   void Get() {
     double real = 0, imaginary = 0;
@@ -123,9 +147,9 @@ class Calls {
     qmGetBoolArrayElement(Scope(), Name(), Small(), Small(), Small(), Small(), 0, 0, 0);
   }
   void Handle() {
-    if (m_data.ConsumeBool()) Keep(qmGetVarHandle(Scope(), Name()));
+    if (m_choices.YesOrNo()) Keep(qmGetVarHandle(Scope(), Name()));
     qmIsArrayHandle(AnyHandle());
-    if (m_data.ConsumeBool()) qmReleaseVarHandle(AnyHandle());
+    if (m_choices.YesOrNo()) qmReleaseVarHandle(AnyHandle());
   }
   void Delete() { qmDeleteVar(Scope(), Name()); }
   void Evaluate() { qmEvalExpStr(Text()); }
@@ -135,21 +159,21 @@ class Calls {
     qmEvalExpHndl(handle);
     qmAnnotateParsedExp(handle);
     qmRevertParsedExp(handle);
-    if (m_data.ConsumeBool()) qmDeleteExp(handle);
+    if (m_choices.YesOrNo()) qmDeleteExp(handle);
   }
   void Define() {
     char const scope = Scope();
-    if (m_data.ConsumeBool()) qmDefineExpOp(scope, "twice", "prefix", "number", "number n", "", "n*2");
+    if (m_choices.YesOrNo()) qmDefineExpOp(scope, "twice", "prefix", "number", "number n", "", "n*2");
     else qmLinkCallbackOp(scope, "twice", "prefix", "number", "number n", "", OnTwice);
   }
   void Forget() { qmDeleteOp(Scope(), "twice"); }
   void SwitchContext() {
-    char const* const name = m_data.PickValueInArray({"fuzz", "other", "Qumel"});
-    if (m_data.ConsumeBool()) qmCreatePublicContext(name);
-    qmSetContext(name, m_data.ConsumeBool());
+    char const* const name = m_choices.OneOf({"fuzz", "other", "Qumel"});
+    if (m_choices.YesOrNo()) qmCreatePublicContext(name);
+    qmSetContext(name, m_choices.YesOrNo());
   }
   void DropContext() {
-    switch (m_data.ConsumeIntegralInRange(0, 3)) {
+    switch (m_choices.Below(4)) {
       case 0: qmClearContext(); break;
       case 1: qmDestroyPublicContext("other"); break;
       case 2: qmReset(); break;
@@ -157,8 +181,8 @@ class Calls {
     }
   }
   void ChangeSetting() {
-    qmSetRadixMark(m_data.PickValueInArray({'.', ',', 'x'}));
-    qmSetOutputBase(m_data.PickValueInArray({'d', 'h', 'b', 'D', 'H'}));
+    qmSetRadixMark(m_choices.OneOf({'P', 'C', 'x'}));
+    qmSetOutputBase(m_choices.OneOf({'D', 'H', 'B', 'O', 'T', 'x'}));
     qmSetFormattedResultPrecisionLimit(static_cast<int>(Small()) * 400);
     qmSetDefaultVariableScope(Scope());
     qmSetLastError(Small() * 1000);
@@ -169,18 +193,22 @@ class Calls {
     return static_cast<std::int32_t>(qmSetNumResult(handle, 2 * qmGetNumParm(handle, 0)));
   }
 
-  FuzzedDataProvider m_data;
+  Choices m_choices;
   std::vector<std::uint64_t> m_handles;
 };
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  {
-    qumel_fuzz::Context const context(0);
-    Calls(data, size).Run();
-  }
-  for (char const* name : {"a", "b", "c", "d"})
+  auto const [text, dialect] = qumel_fuzz::Input(data, size);
+  qumel_fuzz::Context const context(dialect);
+  Calls(text).Run();
+  // what outlives the context
+  qmSetContext("Qumel", false);
+  qmDeleteOp('C', "twice");
+  for (char const* name : {"a", "b", "c", "d"}) {
     for (char const scope : {'G', 'C'}) qmDeleteVar(scope, name);
+  }
+  qmDestroyPublicContext("other");
   return 0;
 }

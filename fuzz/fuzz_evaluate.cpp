@@ -2,9 +2,8 @@
 #include "fuzz/harness.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  if (size < 2) return 0;
-  qumel_fuzz::Context const context(data[0]);
-  std::string const text(reinterpret_cast<char const*>(data) + 1, size - 1);
+  auto const [text, dialect] = qumel_fuzz::Input(data, size);
+  qumel_fuzz::Context const context(dialect);
   std::size_t begin = 0;
   while (begin < text.size()) {
     std::size_t const end = std::min(text.find('\n', begin), text.size());

@@ -2,11 +2,11 @@
 #include "fuzz/harness.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  if (size < 2) return 0;
-  qumel_fuzz::Context const context(data[0]);
+  auto const [text, dialect] = qumel_fuzz::Input(data, size);
+  qumel_fuzz::Context const context(dialect);
+  char const* const pair = context.HasDecimalComma() ? "number a; number b" : "number a, number b";
   qmDefineExpOp('L', "twice", "postfix", "number", "number a", "", "a*2");
-  qmDefineExpOp('L', "between", "infix", "number", "number a, number b", "+", "(a+b)/2");
-  std::string const text(reinterpret_cast<char const*>(data) + 1, size - 1);
+  qmDefineExpOp('L', "between", "infix", "number", pair, "+", "(a+b)/2");
   qmCheckExp(text.c_str());
   qmAnnotateExp(text.c_str());
   auto const first = qmParseExp(text.c_str());

@@ -283,7 +283,7 @@ QM_API bool qmClearContext(void);
  * Evaluating text
  *
  * Each call reads the text, evaluates it in the current context and keeps the result there: its type letter
- * and its value can be asked for afterwards. Errors of reading (2010 to 2080, 3030, 3200), of compiling and
+ * and its value can be asked for afterwards. Errors of reading (2010 to 2080, 3030, 3190, 3200), of compiling and
  * of evaluating become the last error, and the error callback is called with the code. After an error the
  * last result is the one before.
  * ====================================================================================================== */
@@ -403,8 +403,9 @@ QM_API long qmGetLastParseIndex(void);
 /* ---- chosen before a context is created ---- */
 
 /** Decimal point of what is read and written: 'P' period, 'C' comma. With the comma, a comma within a number
- *  is its decimal point unless white space follows: "max(1,5, 2)" has the operands 1.5 and 2. Parameters of
- *  host operators are parted by ';' then. 'P' at first. */
+ *  is its decimal point unless white space follows: "max(1,5, 2)" has the operands 1.5 and 2. So has
+ *  "max(1,5;2)": within the parentheses of operators, within "[ ]" and between the parameters of host
+ *  operators ';' parts operands then. 'P' at first. */
 QM_API void qmSetRadixMark(char mark);
 /** The decimal point; ' ' without a record. */
 QM_API char qmGetRadixMark(void);
@@ -761,7 +762,7 @@ QM_API long qmDeleteVar(char scope, char const* name);
  * Operators of the host are used in expressions like the library's own. Their arguments:
  *  scope       'C' for all contexts, any other for the current one; one name may stand in both, and the
  *              process-wide one is found first
- *  name        1 to 64 characters
+ *  name        1 to 64 characters of any kind; one that no text can spell is allowed, and no text names it
  *  fix         "prefix", "infix", "postfix" or "nofix"
  *  returns     "number", "complex", "string", "boolean" or "void"
  *  parameters  type word and name of each, as in "number x, string s", parted by ',' (by ';' where the
@@ -774,12 +775,13 @@ QM_API long qmDeleteVar(char scope, char const* name);
 
 /** Defines an operator by an expression over its parameters, which are bound by reference. With text null
  *  the operator waits for its body (qmDefineExpOpStr), which may then name the operator itself. Errors of
- *  reading the text (2010 to 2080) end the definition too. */
+ *  reading the text (2010 to 2080, 3030 for an empty one, 3190, 3200) end the definition too. */
 QM_API long qmDefineExpOp(char scope, char const* name, char const* fix, char const* returns,
                           char const* parameters, char const* precedence, char const* text);
 
 /** Gives an operator that was declared without a body its text.
- *  errors  3220 no such operator, 3320 it has a body, 3390 it waits for none, 3410 text missing */
+ *  errors  3220 no such operator, 3320 it has a body, 3390 it waits for none, 3410 text null; those of
+ *          reading the text */
 QM_API long qmDefineExpOpStr(char scope, char const* name, char const* text);
 
 /** qmDefineExpOp with the content of the file at path as text; without a body when path is null. 3220 when

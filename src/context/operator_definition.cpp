@@ -95,7 +95,7 @@ CQMOperatorList& CQMOperatorDefiner::ListOf(char scope) const {
 long CQMOperatorDefiner::Define(SQMOperatorDeclaration const& declaration, char const* text) {
   SQMChecked checked;
   if (long const code = Check(declaration, checked); code != Error::None) return Conclude(code);
-  checked.definition->isRecursive = IsMissing(text);
+  checked.definition->isRecursive = text == nullptr;  // an empty text is a faulty one
   if (!checked.definition->isRecursive) {
     if (long const code = GiveBody(*checked.definition, text); code != Error::None) return Conclude(code);
   }
@@ -115,7 +115,7 @@ long CQMOperatorDefiner::DefineBody(char scope, char const* name, char const* te
   if (name == nullptr || !ListOf(scope).CopyByToken(name, info)) return Conclude(Error::NotFound);
   if (info.definition != nullptr && info.definition->HasBody()) return Conclude(Error::OperatorExists);
   if (!info.bodyPending) return Conclude(Error::NotAwaitingBody);
-  if (IsMissing(text)) return Conclude(Error::NoExpressionSupplied);
+  if (text == nullptr) return Conclude(Error::NoExpressionSupplied);
   return Conclude(GiveBody(*info.definition, text));  // it stays recursive: its body may name the operator
 }
 

@@ -2,6 +2,7 @@
 #include "language/conversion.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/number_text.h"
@@ -14,7 +15,26 @@ namespace {
 
 constexpr std::string_view kMultiplicationToken = "_*";
 
+/** Places count in half characters: a multiplication that is not written stands in front of the token that
+ * follows it. */
+constexpr std::size_t PlaceOf(SQMToken const& token) { return 2 * token.begin + 1; }
+constexpr std::size_t PlaceInFrontOf(SQMToken const& token) { return 2 * token.begin; }
+constexpr std::size_t PositionOf(std::size_t place) { return place / 2; }
+
 constexpr bool IsMarked(EQMFix fix) { return fix == EQMFix::MarkedPrefix || fix == EQMFix::MarkedPostfix; }
+/** Whether the operand at index among the count of an operator may stand on that side of it. */
+bool MayStand(CQMOpInfo const& info, std::int32_t index, std::int32_t count, bool isOnLeft) {
+  bool const isFirst = index == 0, isLast = index + 1 == count;
+  switch (info.fix) {
+    case EQMFix::Prefix: return !isOnLeft;
+    case EQMFix::Postfix: return isOnLeft;
+    case EQMFix::Infix:
+      if (info.HasVariableOperands()) return isOnLeft == isFirst;
+      return isOnLeft ? isFirst || !isLast : isLast || !isFirst;
+    default: return true;
+  }
+}
+
 bool TakesList(CQMOpInfo const& info) {
   return info.HasVariableOperands() &&
          (info.fix == EQMFix::Prefix || info.fix == EQMFix::Infix || info.fix == EQMFix::Postfix);
@@ -35,6 +55,10 @@ long CQMConversion::Run(std::string_view text, std::string& postfix) {
   long code = Convert(tokenizer);
   m_position = tokenizer.GetPosition();
   if (code == Error::None && !m_levels.empty()) code = Error::MissingRightParen;
+  if (SQMItem const* const item = code == Error::None ? FindWrongSided() : nullptr; item != nullptr) {
+    code = Error::NotEnoughOperands;
+    m_position = PositionOf(item->place);
+  }
   if (code == Error::None) Write(postfix);
   m_multiplication = {};
   m_held.clear();
@@ -60,6 +84,7 @@ long CQMConversion::Convert(CQMTokenizer& tokenizer) {
 
 long CQMConversion::Read(CQMTokenizer& tokenizer, SQMReadToken& token) const {
   static_cast<SQMToken&>(token) = tokenizer.Next();
+  if (token.isOpen) return Error::UnknownToken;
   bool const isSign = token.itemClass == EQMItemClass::Operator;
   if (!isSign && token.itemClass != EQMItemClass::Name) return Error::None;
   token.rows = m_search.Find(token.text);
@@ -69,7 +94,7 @@ long CQMConversion::Read(CQMTokenizer& tokenizer, SQMReadToken& token) const {
 
 long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
   switch (token.itemClass) {
-    case EQMItemClass::Separator: AddSemicolon(); return Error::None;
+    case EQMItemClass::Separator: AddSeparator(token); return Error::None;
     case EQMItemClass::OpenParen: OpenParen(EQMItemClass::CloseParen); return Error::None;
     case EQMItemClass::CloseParen:
     case EQMItemClass::CloseBracket: return CloseParen(token.itemClass);
@@ -78,7 +103,7 @@ long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
     case EQMItemClass::Name: AddOperand(PostfixMark::kName, token); return Error::None;
     case EQMItemClass::String: AddOperand(PostfixMark::kString, token); return Error::None;
     case EQMItemClass::Operator: {
-      long const code = AddOperator(token.rows, next);
+      long const code = AddOperator(token.rows, PlaceOf(token), next);
       if (code == Error::None && token.text == "[") OpenParen(EQMItemClass::CloseBracket);
       return code;
     }
@@ -89,7 +114,7 @@ long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
 long CQMConversion::InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next) {
   if (!m_rules.impliedMultiplication) return Error::None;
   bool const multiplies = EndsFactor(token.itemClass, token.rows) && BeginsFactor(next.itemClass, next.rows);
-  return multiplies ? AddOperator(m_multiplication, next.itemClass) : Error::None;
+  return multiplies ? AddOperator(m_multiplication, PlaceInFrontOf(next), next.itemClass) : Error::None;
 }
 
 void CQMConversion::AddOperand(char mark, SQMToken const& token) {
@@ -100,11 +125,11 @@ void CQMConversion::AddOperand(char mark, SQMToken const& token) {
   } else {
     AppendUnescaped(token.text, m_operandTexts);
   }
-  m_items.push_back({mark, 0, nullptr, m_operandTexts.size()});
+  m_items.push_back({mark, 0, nullptr, m_operandTexts.size(), PlaceOf(token)});
   m_lastClass = token.itemClass;
 }
 
-long CQMConversion::AddOperator(SQMOperatorToken const& rows, EQMItemClass next) {
+long CQMConversion::AddOperator(SQMOperatorToken const& rows, std::size_t place, EQMItemClass next) {
   SQMFoundOperator const found = CQMOperatorSearch::Choose(rows, m_lastClass, next, m_rules.hierarchical);
   if (found.info == nullptr) return Error::AddOperatorFailed;
   CQMOpInfo const& info = *found.info;
@@ -116,17 +141,17 @@ long CQMConversion::AddOperator(SQMOperatorToken const& rows, EQMItemClass next)
     if (BindsTighter(info, found.precedence, *pending.info, pending.precedence)) break;
     ReleasePending();
   }
-  if (TakesList(info)) m_items.push_back({kListMark, 0, nullptr, 0});
-  m_pending.push_back({&info, found.precedence});
+  if (TakesList(info)) m_items.push_back({kListMark, 0, nullptr, 0, place});
+  m_pending.push_back({&info, found.precedence, place});
   m_lastClass = ItemClassOf(info.fix);
   if (ClosesItself(info.fix)) UnstackExpression();
   return Error::None;
 }
 
 void CQMConversion::ReleasePending() {
-  CQMOpInfo const* const info = m_pending.back().info;
+  auto const [info, precedence, place] = m_pending.back();
   char const mark = IsMarked(info->fix) ? PostfixMark::kMarkedOperator : PostfixMark::kOperator;
-  m_items.push_back({mark, 0, info, 0});
+  m_items.push_back({mark, 0, info, 0, place});
   m_pending.pop_back();
 }
 
@@ -135,9 +160,16 @@ void CQMConversion::UnstackExpression() {
   m_lastClass = EQMItemClass::Start;
 }
 
+/** Where the comma is the decimal point, the semicolon parts operands. */
+void CQMConversion::AddSeparator(SQMToken const& token) {
+  bool const partsOperands =
+      !m_levels.empty() && m_levels.back().isList && token.text.front() == m_rules.listSeparator;
+  partsOperands ? AddComma() : AddSemicolon();
+}
+
 void CQMConversion::AddSemicolon() {
   UnstackExpression();
-  m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0});
+  m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0, 0});
   m_lastClass = EQMItemClass::Separator;
 }
 
@@ -147,7 +179,9 @@ void CQMConversion::AddComma() {
 }
 
 void CQMConversion::OpenParen(EQMItemClass closedBy) {
-  m_levels.push_back({closedBy, m_pending.size(), m_items.size()});
+  bool const isList = closedBy == EQMItemClass::CloseBracket || m_lastClass == ItemClassOf(EQMFix::Prefix) ||
+                      m_lastClass == ItemClassOf(EQMFix::MarkedPrefix);
+  m_levels.push_back({closedBy, isList, m_pending.size(), m_items.size()});
   m_lastClass = EQMItemClass::OpenParen;
 }
 
@@ -164,7 +198,7 @@ long CQMConversion::CloseParen(EQMItemClass closing) {
 void CQMConversion::EndText() {
   UnstackExpression();
   if (m_items.size() == LevelBegin() || m_items.back().mark != PostfixMark::kEnd) {
-    m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0});
+    m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0, 0});
   }
 }
 
@@ -223,6 +257,39 @@ bool CQMConversion::LeavesTooMuch() const {
     }
   }
   return total > 1;
+}
+
+// ---- sides of operators ----
+
+/** The first operator that would take an operand from the wrong side of it, or null. An operand stands where
+ * it begins. What operators take and leave is what the compiler has them take and leave. */
+CQMConversion::SQMItem const* CQMConversion::FindWrongSided() {
+  std::vector<std::size_t>& operands = m_operandPlaces;
+  operands.clear();
+  for (SQMItem const& item : m_items) {
+    switch (item.mark) {
+      case kListMark:
+      case PostfixMark::kMarkedOperator: break;
+      case PostfixMark::kEnd: operands.clear(); break;
+      case PostfixMark::kOperator: {
+        // which one an infix operator lacks is not known
+        bool const isFree =
+            item.info->fix == EQMFix::Infix && std::cmp_less(operands.size(), item.operandCount);
+        std::size_t begin = item.place;
+        std::int32_t index = item.operandCount;
+        for (; index > 0 && !operands.empty(); --index, operands.pop_back()) {
+          bool const isOnLeft = operands.back() < item.place;
+          if (!isFree && !MayStand(*item.info, index - 1, item.operandCount, isOnLeft)) return &item;
+          begin = std::min(begin, operands.back());
+        }
+        bool const handsOn = IsTypeWord(item.info->id) && index < item.operandCount;
+        if (handsOn || !LeavesNothing(item.info->id)) operands.push_back(begin);
+        break;
+      }
+      default: operands.push_back(item.place);
+    }
+  }
+  return nullptr;
 }
 
 void CQMConversion::Write(std::string& postfix) const {

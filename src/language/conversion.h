@@ -14,8 +14,9 @@ namespace qumel {
 
 /** Operands go to the output as they are read; an operator waits until one that binds no tighter, or the end
  * of its parenthesis, argument or statement, lets it go. Each item is written once and each operator waits
- * once, so that the work is linear in the text, and no nesting of the text nests calls. Holds buffers from
- * one run to the next. */
+ * once, so that the work is linear in the text, and no nesting of the text nests calls. An operator that is
+ * let go before its operand is read would take one that belongs to others: that is an error. Holds buffers
+ * from one run to the next. */
 class CQMConversion {
  public:
   /** Both must outlive the conversion. */
@@ -24,7 +25,7 @@ class CQMConversion {
 
   /** 0 or an error code. text begins and ends with characters that are not white space. */
   long Run(std::string_view text, std::string& postfix);
-  /** Where the tokenizer stood when the last run ended. */
+  /** Where the tokenizer stood when the last run ended, or the operator that would take a wrong operand. */
   std::size_t GetPosition() const { return m_position; }
 
  private:
@@ -35,14 +36,17 @@ class CQMConversion {
     std::int32_t operandCount;  // of operators
     CQMOpInfo const* info;      // of operators
     std::size_t textEnd;        // of operands: where its text ends among the texts of all operands
+    std::size_t place;          // of operands and operators: where it stands in the text
   };
   struct SQMPending {
     CQMOpInfo const* info;
     std::uint32_t precedence;
+    std::size_t place;
   };
   /** An open parenthesis or bracket: what belongs to the text around it. */
   struct SQMLevel {
     EQMItemClass closedBy;
+    bool isList;  // belongs to an operator, whose operands are parted within
     std::size_t pendingCount;
     std::size_t itemCount;
   };
@@ -54,9 +58,10 @@ class CQMConversion {
   long Read(CQMTokenizer& tokenizer, SQMReadToken& token) const;
   long Convert(CQMTokenizer& tokenizer);
   long Add(SQMReadToken const& token, EQMItemClass next);
-  long AddOperator(SQMOperatorToken const& rows, EQMItemClass next);
+  long AddOperator(SQMOperatorToken const& rows, std::size_t place, EQMItemClass next);
   long InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next);
   void AddOperand(char mark, SQMToken const& token);
+  void AddSeparator(SQMToken const& token);
   void AddSemicolon();
   void AddComma();
   void OpenParen(EQMItemClass closedBy);
@@ -68,6 +73,7 @@ class CQMConversion {
   std::size_t LevelBegin() const { return m_levels.empty() ? 0 : m_levels.back().itemCount; }
   void CountOperands();
   bool LeavesTooMuch() const;
+  SQMItem const* FindWrongSided();
   void Write(std::string& postfix) const;
 
   SQMReadingRules const& m_rules;
@@ -78,6 +84,7 @@ class CQMConversion {
   std::vector<SQMPending> m_pending;
   std::vector<SQMLevel> m_levels;
   std::vector<CQMOpInfoRef> m_held;  // host's operators in the output, which another thread may delete
+  std::vector<std::size_t> m_operandPlaces;  // of those that no operator took yet
   EQMItemClass m_lastClass = EQMItemClass::End;
   std::size_t m_position = 0;
 };

@@ -36,6 +36,11 @@ CQMFragmentReversion::SQMEdge CQMFragmentReversion::LastOf(SQMPart const& part) 
   return m_fragments[FragmentsOf(part).back()].last;
 }
 
+/** What the token is for the one behind it. */
+EQMItemClass CQMFragmentReversion::ClassBefore(SQMEdge const& token) {
+  return token.op != nullptr ? AddedClass(*token.op->info) : token.itemClass;
+}
+
 bool CQMFragmentReversion::NeedsLeadingComma(SQMPart const& part) const {
   if (part.count == 0) return false;
   SQMEdge const& first = m_fragments[FragmentsOf(part).front()].first;
@@ -71,56 +76,165 @@ bool CQMFragmentReversion::Multiplies(SQMEdge const& last, SQMEdge const& first)
 
 // ---- what may stand without parentheses ----
 
-/** Every operator that still waits at the end of the part must be let go when by is read. */
-bool CQMFragmentReversion::MayStandLeft(SQMPart const& part, SQMOperator const& by) const {
-  if (part.count != 1) return false;
-  for (SQMFragment const* at = &m_fragments[m_parts[part.begin]]; at != nullptr && at->op != nullptr;) {
+/** The fragment whose operator comes next on the right edge of a text, or null. */
+CQMFragmentReversion::SQMFragment const* CQMFragmentReversion::NextOnRight(
+    SQMFragment const& fragment) const {
+  switch (fragment.shape) {
+    case EQMShape::Before:
+    case EQMShape::Between: return BareFragment(fragment.right);
+    case EQMShape::Within: return BareFragment(fragment.left);
+    case EQMShape::Sign:
+      return fragment.behind.count == 0 ? &m_fragments[FragmentsOf(fragment.right).back()] : nullptr;
+    default: return nullptr;
+  }
+}
+
+CQMFragmentReversion::SQMFragment const* CQMFragmentReversion::NextOnLeft(SQMFragment const& fragment) const {
+  switch (fragment.shape) {
+    case EQMShape::Between:
+    case EQMShape::Behind:
+    case EQMShape::Index:
+    case EQMShape::Within: return BareFragment(fragment.left);
+    default: return nullptr;
+  }
+}
+
+/** Every operator that still waits at the end of the fragment must be let go when by is read. */
+bool CQMFragmentReversion::MayStandLeft(SQMFragment const& fragment, SQMOperator const& by) const {
+  for (SQMFragment const* at = &fragment; at != nullptr && at->op != nullptr; at = NextOnRight(*at)) {
     bool const waits = !ClosesItself(at->op->info->fix);
     if (waits && BindsTighter(*by.info, by.precedence, *at->op->info, at->op->precedence)) return false;
-    bool const goesOn = at->shape == EQMShape::Before || at->shape == EQMShape::Between;
-    at = goesOn ? BareFragment(at->right) : nullptr;
   }
   return true;
 }
 
-/** No operator of the part that is compared with by may let it go. */
-bool CQMFragmentReversion::MayStandRight(SQMPart const& part, SQMOperator const& by) const {
-  if (part.count != 1 || m_fragments[m_parts[part.begin]].beginsAnew) return false;
-  for (SQMFragment const* at = &m_fragments[m_parts[part.begin]]; at != nullptr && at->op != nullptr;) {
+/** No operator of the fragment that is compared with by may let it go. */
+bool CQMFragmentReversion::MayStandRight(SQMFragment const& fragment, SQMOperator const& by) const {
+  if (fragment.beginsAnew) return false;
+  for (SQMFragment const* at = &fragment; at != nullptr && at->op != nullptr; at = NextOnLeft(*at)) {
     if (!BindsTighter(*at->op->info, at->op->precedence, *by.info, by.precedence)) return false;
-    bool const goesOn =
-        at->shape == EQMShape::Between || at->shape == EQMShape::Behind || at->shape == EQMShape::Index;
-    at = goesOn ? BareFragment(at->left) : nullptr;
   }
   return true;
 }
 
 // ---- arranging ----
 
-void CQMFragmentReversion::Arrange(SQMFragment& fragment) const {
-  if (fragment.op != nullptr) {
-    bool const hasLeft = fragment.shape == EQMShape::Between || fragment.shape == EQMShape::Behind ||
-                         fragment.shape == EQMShape::Index;
-    bool const hasRight = fragment.shape == EQMShape::Between || fragment.shape == EQMShape::Before;
-    bool const leftMayBeBare = hasLeft && MayStandLeft(fragment.left, *fragment.op);
-    bool const rightMayBeBare = hasRight && MayStandRight(fragment.right, *fragment.op);
-    bool const prefersEnclosed = fragment.shape == EQMShape::Before && fragment.op->info->enclose;
-    bool suits = false;
-    for (bool const enclosesLeft : {false, true}) {
-      for (bool const tries : {false, true}) {
-        bool const enclosesRight = prefersEnclosed ? !tries : tries;
-        bool const isAllowed = (enclosesLeft ? hasLeft : leftMayBeBare || !hasLeft) &&
-                               (enclosesRight ? hasRight : rightMayBeBare || !hasRight);
-        if (suits || !isAllowed) continue;
-        fragment.left.isEnclosed = enclosesLeft;
-        fragment.right.isEnclosed = enclosesRight;
-        suits = Suits(fragment);
-      }
-    }
-    SQMFragment const* const left = BareFragment(fragment.left);
-    if (hasLeft && left != nullptr && left->beginsAnew) fragment.beginsAnew = true;
+void CQMFragmentReversion::Arrange(SQMFragment& fragment) {
+  if (fragment.op == nullptr || fragment.shape == EQMShape::Sign || PlaceWithin(fragment)) return;
+  bool suits = ArrangeParts(fragment);
+  if (!suits && fragment.shape == EQMShape::Between && fragment.right.count == 0) {
+    std::swap(fragment.left, fragment.right);
+    suits = ArrangeParts(fragment);
   }
-  SetEdges(fragment);
+  SQMFragment const* const left = NextOnLeft(fragment);
+  if (left != nullptr) {
+    fragment.beginsAnew |= left->beginsAnew;
+    fragment.unplaced = left->unplaced;
+  }
+  bool const mayStandWithin = fragment.shape == EQMShape::Behind || fragment.shape == EQMShape::Between;
+  if (!suits && mayStandWithin && fragment.unplaced == kNone) {
+    fragment.unplaced = static_cast<Index>(m_fragments.size());  // its own
+  }
+}
+
+/** Chooses the parentheses; false when none serve. */
+bool CQMFragmentReversion::ArrangeParts(SQMFragment& fragment) const {
+  bool const hasLeft = fragment.shape == EQMShape::Between || fragment.shape == EQMShape::Behind ||
+                       fragment.shape == EQMShape::Index;
+  bool const hasRight = fragment.shape == EQMShape::Between || fragment.shape == EQMShape::Before;
+  fragment.left.isEnclosed = fragment.right.isEnclosed = false;
+  SQMFragment const* const left = BareFragment(fragment.left);
+  SQMFragment const* const right = BareFragment(fragment.right);
+  bool const leftMayBeBare = !hasLeft || (left != nullptr && MayStandLeft(*left, *fragment.op));
+  bool const rightMayBeBare = !hasRight || (right != nullptr && MayStandRight(*right, *fragment.op));
+  bool const leftMustBeBare = !hasLeft || (leftMayBeBare && left->unplaced != kNone);
+  bool const prefersEnclosed = fragment.shape == EQMShape::Before && fragment.op->info->enclose;
+  for (bool const enclosesLeft : {false, true}) {
+    for (bool const tries : {false, true}) {
+      bool const enclosesRight = prefersEnclosed ? !tries : tries;
+      bool const isAllowed =
+          (enclosesLeft ? !leftMustBeBare : leftMayBeBare) && (enclosesRight ? hasRight : rightMayBeBare);
+      if (!isAllowed) continue;
+      fragment.left.isEnclosed = enclosesLeft;
+      fragment.right.isEnclosed = enclosesRight;
+      if (Suits(fragment)) return true;
+    }
+  }
+  fragment.left.isEnclosed = !leftMayBeBare;
+  fragment.right.isEnclosed = hasRight && !rightMayBeBare;
+  return false;
+}
+
+/** Places the token of a postfix operator within its operand, where another token lacks one to follow. */
+bool CQMFragmentReversion::PlaceWithin(SQMFragment& fragment) {
+  SQMFragment const* const left = BareFragment(fragment.left);
+  if (fragment.shape != EQMShape::Behind || left == nullptr || left->unplaced == kNone) return false;
+  SQMFragment& within = m_fragments[left->unplaced];
+  SQMOperator const& wedge = *fragment.op;
+  for (SQMFragment const* at = left;; at = NextOnLeft(*at)) {
+    if (!BindsTighter(*at->op->info, at->op->precedence, *wedge.info, wedge.precedence)) return false;
+    if (at == &within) break;
+  }
+  SQMEdge const before = LastOf(within.left);
+  SQMEdge const own{EQMItemClass::Operator, &wedge}, behind{EQMItemClass::Operator, within.op};
+  bool const hasRight = within.shape == EQMShape::Between;
+  EQMItemClass const next = hasRight ? FirstOf(within.right).itemClass : EQMItemClass::Separator;
+  bool const isRead = IsChosen(before, before.inner, EQMItemClass::Operator) &&
+                      IsChosen(own, ClassBefore(before), EQMItemClass::Operator) &&
+                      IsChosen(behind, AddedClass(*wedge.info), next) && !Multiplies(before, own) &&
+                      !Multiplies(own, behind);
+  if (!isRead) return false;
+  within.wedge = &wedge;
+  within.last.inner = hasRight ? within.last.inner : AddedClass(*wedge.info);
+  fragment.shape = EQMShape::Within;
+  fragment.beginsAnew = left->beginsAnew;
+  return true;
+}
+
+// ---- signs ----
+
+/** True of signs that are read as themselves before an operand only. */
+bool CQMFragmentReversion::NeedsOperand(SQMOperator const& op) const {
+  SQMEdge const own{EQMItemClass::Operator, &op};
+  return op.info->fix == EQMFix::Prefix && !IsChosen(own, EQMItemClass::Comma, EQMItemClass::OpenParen) &&
+         IsChosen(own, EQMItemClass::Comma, EQMItemClass::Name);
+}
+
+/** How many of the fragments may stand behind a sign without parentheses, where the others may stand in some
+ * behind them; 0 when the sign cannot stand there. */
+std::size_t CQMFragmentReversion::CountBareBehindSign(SQMOperator const& sign,
+                                                      std::span<Index const> fragments) const {
+  if (fragments.empty()) return 0;
+  SQMFragment const& operand = m_fragments[fragments.front()];
+  bool const isOperand = operand.first.op == nullptr && operand.first.itemClass != EQMItemClass::OpenParen;
+  if (!isOperand || !MayStandRight(operand, sign)) return 0;
+  std::size_t count = 1;
+  while (count < fragments.size() &&
+         MayFollow(m_fragments[fragments[count - 1]], m_fragments[fragments[count]], sign)) {
+    ++count;
+  }
+  if (count == fragments.size()) return count;
+  bool const endsWithIt = operand.op == nullptr && !Multiplies(operand.last, {EQMItemClass::OpenParen});
+  return endsWithIt ? 1 : 0;
+}
+
+/** Whether next lets everything go that waits in previous, but not the sign in front of both. */
+bool CQMFragmentReversion::MayFollow(SQMFragment const& previous, SQMFragment const& next,
+                                     SQMOperator const& sign) const {
+  SQMEdge const& first = next.first;
+  if (first.op == nullptr || !MayStandRight(next, sign) || !MayStandLeft(previous, *first.op)) return false;
+  SQMEdge last = previous.last;
+  if (MayBeOpenEnded(previous)) {
+    SQMEdge const before = LastOf(previous.left);
+    last = {EQMItemClass::Operator, previous.op, ClassBefore(before)};
+  }
+  return IsChosen(first, ClassBefore(last), first.inner) &&
+         IsChosen(last, last.inner, EQMItemClass::Operator) && !Multiplies(last, first);
+}
+
+/** A sign in front of the next operand stands where the missing operand would. */
+bool CQMFragmentReversion::MayBeOpenEnded(SQMFragment const& fragment) {
+  return fragment.shape == EQMShape::Between && fragment.right.count == 0 && !IsImplied(*fragment.op->info);
 }
 
 /** Whether the tokens of a fragment are read as they are meant, seen from within. */
@@ -129,7 +243,7 @@ bool CQMFragmentReversion::Suits(SQMFragment const& fragment) const {
   SQMEdge const own{EQMItemClass::Operator, &op};
   SQMEdge const left = LastOf(fragment.left), right = FirstOf(fragment.right);
   EQMItemClass const added = AddedClass(*op.info);
-  EQMItemClass const before = left.op != nullptr ? AddedClass(*left.op->info) : left.itemClass;
+  EQMItemClass const before = ClassBefore(left);
   switch (fragment.shape) {
     case EQMShape::Before:
       return IsChosen(own, EQMItemClass::Separator, right.itemClass) && IsChosen(right, added, right.inner);
@@ -153,7 +267,18 @@ void CQMFragmentReversion::SetEdges(SQMFragment& fragment) const {
     fragment.first = fragment.last = {ItemClassOfOperand(fragment.item.mark)};
     return;
   }
+  if (fragment.shape == EQMShape::Within) {
+    fragment.first = FirstOf(fragment.left);
+    fragment.last = LastOf(fragment.left);
+    return;
+  }
   SQMEdge own{EQMItemClass::Operator, fragment.op};
+  if (fragment.shape == EQMShape::Sign) {
+    own.inner = FirstOf(fragment.right).itemClass;
+    fragment.first = own;
+    fragment.last = LastOf(fragment.behind.count > 0 ? fragment.behind : fragment.right);
+    return;
+  }
   bool const hasLeft = fragment.shape != EQMShape::Before && fragment.shape != EQMShape::Alone;
   bool const hasRight = fragment.shape == EQMShape::Before || fragment.shape == EQMShape::Between;
   SQMEdge const left = LastOf(fragment.left), right = FirstOf(fragment.right);
@@ -178,7 +303,7 @@ void CQMFragmentReversion::SetEdges(SQMFragment& fragment) const {
   } else if (fragment.shape == EQMShape::Index) {
     fragment.last = {EQMItemClass::CloseBracket};
   } else if (fragment.shape == EQMShape::Behind) {
-    fragment.last.inner = left.op != nullptr ? AddedClass(*left.op->info) : left.itemClass;
+    fragment.last.inner = ClassBefore(left);
   }
 }
 
@@ -186,7 +311,7 @@ void CQMFragmentReversion::SetEdges(SQMFragment& fragment) const {
 bool CQMFragmentReversion::NeedsComma(Index left, Index right, bool inList) const {
   SQMEdge const& last = m_fragments[left].last;
   SQMEdge const& first = m_fragments[right].first;
-  EQMItemClass const before = last.op != nullptr ? AddedClass(*last.op->info) : last.itemClass;
+  EQMItemClass const before = ClassBefore(last);
   EQMFix const lastFix = last.op != nullptr ? last.op->info->fix : EQMFix::None;
   if (!IsChosen(first, before, first.inner) || !IsChosen(last, last.inner, first.itemClass)) return true;
   if (ClosesItself(lastFix)) return false;

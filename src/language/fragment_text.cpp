@@ -34,29 +34,36 @@ void CQMFragmentReversion::PushFragment(SQMFragment const& fragment) {
       m_pieces.push_back(token);
       break;
     case EQMShape::Between:
-      PushPart(fragment.right);
+      if (!fragment.isOpenEnded) PushPart(fragment.right);
       if (fragment.op->info->id != OpId::ImpliedMultiplication) m_pieces.push_back(token);
+      PushWedge(fragment);
       PushPart(fragment.left);
       break;
     case EQMShape::Behind:
       m_pieces.push_back(token);
+      PushWedge(fragment);
       PushPart(fragment.left);
+      break;
+    case EQMShape::Within: PushPart(fragment.left); break;
+    case EQMShape::Sign:
+      if (fragment.behind.count > 0) PushPart(fragment.behind);
+      for (std::size_t i = static_cast<std::size_t>(fragment.right.count); i > 0; --i) {
+        m_pieces.push_back({EQMPiece::Fragment, "", FragmentsOf(fragment.right)[i - 1]});
+        m_pieces.push_back({EQMPiece::Blank});
+      }
+      m_pieces.back() = token;
       break;
     case EQMShape::Index:
       PushIndexes(fragment.right);
       PushPart(fragment.left);
       break;
-    case EQMShape::Listed: {
-      SQMEdge const last = LastOf(fragment.left);
-      bool const needsNoComma =
-          LetsGo(fragment.op->info->fix) && IsChosen(last, last.inner, EQMItemClass::Operator);
-      m_pieces.push_back(token);
-      m_pieces.push_back({needsNoComma ? EQMPiece::Blank : EQMPiece::Comma});
-      PushList(FragmentsOf(fragment.left), true);
-      break;
-    }
     default: m_pieces.push_back(token);
   }
+}
+
+void CQMFragmentReversion::PushWedge(SQMFragment const& fragment) {
+  if (fragment.wedge == nullptr) return;
+  m_pieces.push_back({EQMPiece::Operator, fragment.wedge->info->token.c_str()});
 }
 
 void CQMFragmentReversion::PushIndexes(SQMPart const& part) {

@@ -10,7 +10,7 @@ struct SQMReadingRules {
   bool impliedMultiplication = true;
   char radixMark = '.';
   char quoteMark = '"';
-  char listSeparator = ',';       // carried for definitions; the tokenizer always reads ','
+  char listSeparator = ',';       // parts operands and parameters; ',' parts operands in any case
   char statementSeparator = ';';  // carried; the tokenizer always reads ';' and ':'
 };
 

@@ -3,7 +3,6 @@
 #include "language/conversion.h"
 #include "language/fragment_reversion.h"
 #include "language/infix_writer.h"
-#include "language/itemwise_reversion.h"
 #include "language/post_fixer.h"
 #include "language/reversion_items.h"
 
@@ -22,18 +21,18 @@ class CQMStatementWriter {
 
   /** items are those of postfix. */
   std::string Write(std::span<SQMReversionItem const> items, std::string_view postfix) {
-    std::string text = TextOf(CQMFragmentReversion(m_rules, items));
+    using EQMStyle = CQMFragmentReversion::EQMStyle;
+    std::string text = TextOf(items, EQMStyle::Natural);
     if (GoesBack(text, postfix)) return text;
-    std::string itemwise = TextOf(CQMItemwiseReversion(m_rules, items));
+    std::string flat = TextOf(items, EQMStyle::Flat);
     // what no text converts to is shown as nearly as can be
-    return GoesBack(itemwise, postfix) ? itemwise : text;
+    return GoesBack(flat, postfix) ? flat : text;
   }
 
  private:
-  template <class Reversion>
-  std::string TextOf(Reversion&& reversion) {
+  std::string TextOf(std::span<SQMReversionItem const> items, CQMFragmentReversion::EQMStyle style) {
     m_writer.Clear();
-    reversion.Write(m_writer);
+    CQMFragmentReversion(m_rules, items, style).Write(m_writer);
     return m_writer.GetText();
   }
 

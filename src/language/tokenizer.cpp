@@ -78,6 +78,13 @@ char Unescape(char c) {
 
 SQMToken CQMTokenizer::Next() {
   SkipSpaceAndComments();
+  std::size_t const begin = m_position;
+  SQMToken token = ReadToken();
+  token.begin = begin;
+  return token;
+}
+
+SQMToken CQMTokenizer::ReadToken() {
   if (IsAtEnd()) return {};
   char const first = Peek();
   if (first == m_rules.quoteMark) return ReadString();
@@ -143,16 +150,12 @@ SQMToken CQMTokenizer::ReadNumber() {
   return token;
 }
 
-// A string that is not closed ends with the text.
 SQMToken CQMTokenizer::ReadString() {
   std::size_t const start = ++m_position;
   while (!IsAtEnd() && Peek() != m_rules.quoteMark) m_position += Peek() == kEscape ? 2 : 1;
-  if (IsAtEnd()) {
-    m_position = m_text.size();
-    return Take(EQMItemClass::String, start);
-  }
-  SQMToken const token = Take(EQMItemClass::String, start);
-  ++m_position;
+  SQMToken token = Take(EQMItemClass::String, start);
+  token.isOpen = IsAtEnd();
+  m_position = token.isOpen ? start - 1 : m_position + 1;
   return token;
 }
 

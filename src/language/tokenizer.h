@@ -14,8 +14,10 @@ struct SQMToken {
   EQMItemClass itemClass = EQMItemClass::End;
   std::string_view
       text;  // of a number, what follows its base mark; of a string, what stands between its quote marks
+  std::size_t begin = 0;   // where it stands
   char baseLetter = '\0';  // of numbers
   bool hasBaseMark = false;
+  bool isOpen = false;  // of a string: nothing closes it
 };
 
 class CQMTokenizer {
@@ -23,7 +25,8 @@ class CQMTokenizer {
   /** text and rules must outlive the tokenizer. */
   CQMTokenizer(std::string_view text, SQMReadingRules const& rules) : m_text(text), m_rules(rules) {}
 
-  /** The next token; class End once the text is used up. Always moves on. */
+  /** The next token; class End once the text is used up. Moves on, except that it stays at the quote mark of
+   * a string that nothing closes. */
   SQMToken Next();
   /** Where the last token ended. */
   std::size_t GetPosition() const { return m_position; }
@@ -34,6 +37,7 @@ class CQMTokenizer {
   }
   bool IsAtEnd() const { return m_position >= m_text.size(); }
   void SkipSpaceAndComments();
+  SQMToken ReadToken();
   bool BeginsNumber() const;
   SQMToken Take(EQMItemClass itemClass, std::size_t start) const {
     return {itemClass, m_text.substr(start, m_position - start)};

@@ -58,6 +58,7 @@ TEST_F(Operators, DeclarationsAreCheckedInOrder) {
       {"f", "prefix", "number", "number x y", "1", 3370},
       {"f", "prefix", "number", "number x", "1+", 2030},
       {"f", "prefix", "number", "number x", " ", 3030},
+      {"f", "prefix", "number", "number x", "", 3030},
       {"f", "prefix", "number", " \tnumber  x ,\nstring s ", "x", 0},
   };
   for (Case const& c : cases) {
@@ -218,6 +219,7 @@ TEST_F(Operators, ADeclaredOperatorGetsItsBodyLaterAndMayNameItself) {
   ASSERT_EQ(Define("fact", "number n", nullptr), kNone);
   EXPECT_EQ(ErrorOf("fact 3"), 3450) << "no body yet";
   EXPECT_EQ(qmDefineExpOpStr('G', "fact", nullptr), 3410);
+  EXPECT_EQ(qmDefineExpOpStr('G', "fact", ""), kBadExpression);
   EXPECT_EQ(qmDefineExpOpStr('C', "fact", "1"), kNotFound);
   EXPECT_EQ(qmDefineExpOpStr('G', "fact", "1+"), 2030);
   ASSERT_EQ(qmDefineExpOpStr('G', "fact", "if (n <= 1) then return 1; end return (n * fact(n - 1))"), kNone);
@@ -277,6 +279,18 @@ TEST_F(Operators, BodiesAreReadFromFiles) {
   EXPECT_EQ(qmReadExpOpStr('G', "later", ::testing::TempDir().c_str()), kNotFound) << "a folder is no text";
   EXPECT_EQ(qmReadExpOpStr('G', "later", path.c_str()), kNone);
   EXPECT_EQ(Number("later 4"), 8.0);
+  for (std::string const& content : {std::string(), std::string(" \n"), std::string("\0x", 2)}) {
+    SCOPED_TRACE(content);
+    std::ofstream(path, std::ios::binary) << content;
+    EXPECT_EQ(qmReadExpOp('G', "empty", "prefix", "number", "number x", nullptr, path.c_str()),
+              kBadExpression);
+    EXPECT_FALSE(qmIsOp('G', "empty"));
+    EXPECT_EQ(qmReadExpOp('G', "awaits", "prefix", "number", "number x", nullptr, nullptr), kNone);
+    EXPECT_EQ(qmReadExpOpStr('G', "awaits", path.c_str()), kBadExpression);
+    EXPECT_EQ(qmDefineExpOpStr('G', "awaits", "x + 1"), kNone) << "it still waits for its body";
+    EXPECT_EQ(Number("awaits 4"), 5.0);
+    EXPECT_EQ(qmDeleteOp('G', "awaits"), kNone);
+  }
   std::remove(path.c_str());
 }
 

@@ -16,6 +16,7 @@ struct SQMCase {
 };
 
 constexpr SQMReadingRules kNoMultiplication{.impliedMultiplication = false};
+constexpr SQMReadingRules kCommaRules{.radixMark = ',', .listSeparator = ';', .statementSeparator = ':'};
 
 template <std::size_t N>
 void ExpectAll(SQMCase const (&cases)[N], SQMReadingRules const& rules = {}) {
@@ -64,7 +65,30 @@ TEST(Conversion, CommaAsRadixMark) {
       {",5", "#d5;"},
       {"1;2", "#d1;#d2;"},
   };
-  ExpectAll(kCases, {.radixMark = ',', .listSeparator = ';', .statementSeparator = ':'});
+  ExpectAll(kCases, kCommaRules);
+}
+
+TEST(Conversion, SemicolonWhereTheCommaIsTheRadixMark) {
+  static constexpr SQMCase kCases[] = {
+      {"min(1;2)", "#d1#d2!2116.2;"},
+      {"min(1,5;2,5)", "#d1.5#d2.5!2116.2;"},
+      {"root(8;3)", "#d8#d3!2124.2;"},
+      {"1+min(2;max(3;4), 5)", "#d1#d2#d3#d4!2117.2#d5!2116.3!1101.2;"},
+      {"a[1;2]", "@a#d1#d2!2701.3;"},
+      {"a[1;b[2;3]] = min(x;4)", "@a#d1@b#d2#d3!2701.3!2701.3@x#d4!2116.2!101.2;"},
+      {"replace(s;\"a\";2); x", "@s$1:a#d2!1902.3;@x;"},
+      {"(1;2)", "#d1;#d2;"},
+      {"-(b;c)", "3200"},
+      {"(a=b;c)", "@a@b!101.2;@c;"},
+      {"min((1;2);3)", "#d1;#d2#d3!2116.2;"},  // the inner parentheses only group
+      {"min(1:2)", "#d1;#d2!2116.1;"},
+      {"if (x) then (a; b) end", "@x!5001.1!5003.0@a;@b!5021.0;"},
+      {"sin(1;2)", "3200"},
+      {"comb(5;abs -(2))", "3190"},
+  };
+  ExpectAll(kCases, kCommaRules);
+  CQMDialect dialect;
+  EXPECT_EQ(dialect.Convert("5; min(1;2)"), "#d5;#d1;#d2!2116.1;");
 }
 
 TEST(Conversion, Strings) {
@@ -75,8 +99,6 @@ TEST(Conversion, Strings) {
       {R"("")", "$0:;"},
       {R"("#1!;{")", "$5:#1!;{;"},
       {R"(";")", "$1:;;"},
-      {R"("open)", "$4:open;"},
-      {R"("open\)", "$4:open;"},
       {R"(length("ab") + 1)", "$2:ab!2071.1#d1!1101.2;"},
       {R"(min("!2116.1{", 2))", "$8:!2116.1{#d2!2116.2;"},
       {R"("a" "b")", "3200"},
@@ -85,6 +107,7 @@ TEST(Conversion, Strings) {
   CQMDialect single({.quoteMark = '\''});
   EXPECT_EQ(single.Convert("'say \"x\"'"), "$7:say \"x\";");
   EXPECT_EQ(single.Convert("\"x\""), "2020");
+  EXPECT_EQ(single.Convert("'it\"s"), "2010");
 }
 
 TEST(Conversion, BindingAndParentheses) {
@@ -252,6 +275,13 @@ TEST(Conversion, FailuresAndTheirPlaces) {
       {"((((", 2050, 4},
       {"1 + (2 * @ 3)", 2020, 10},
       {"1;2 \"s\";3", 3200, 9},
+      {"\"open", 2010, 0},
+      {"  \"open", 2010, 0},
+      {R"(1 + "open\")", 2010, 4},
+      {R"(x = 1; "a" + "b; y)", 2010, 13},
+      {R"(min("a", "b)", 2010, 9},
+      {R"(* "open)", 2010, 2},  // found when it is read ahead
+      {R"(1 ] x "open)", 2070, 5},
       {"1 + 1  ", 0, 5},
       {"x // c", 0, 6},
   };
@@ -261,6 +291,69 @@ TEST(Conversion, FailuresAndTheirPlaces) {
     EXPECT_EQ(dialect.Convert(text, postfix), code) << text;
     EXPECT_EQ(dialect.fixer.GetParseIndex(), index) << text;
   }
+}
+
+/** The place is that of the operator. */
+TEST(Conversion, OperandsOnTheWrongSide) {
+  static constexpr SQMFailure kCases[] = {
+      {"3 - abs -(4)", 3190, 4},
+      {"2 + sqrt abs 9", 3190, 4},
+      {"1 + ln ln 9", 3190, 4},
+      {"1 + abs ln 4", 3190, 4},
+      {"2 * sin -(30)", 3190, 4},
+      {" x = -abs -(4)", 3190, 5},
+      {"x = 5; x * sqrt -(4)", 3190, 11},
+      {"\"a\" + left(\"b\", abs -(1))", 3190, 16},
+      {"min(100, sqrt abs 9)", 3190, 9},
+      {"sum(1, 2, ln ln 3)", 3190, 10},
+      {"a[1 + abs -(2)]", 3190, 6},
+      {"a[abs -(1)]", 3190, 2},
+      {"2 (abs -(4))", 3190, 3},
+      {"2 comb(3)", 3190, 2},
+      {"5, return -(3)", 3190, 3},
+      {"1 + number -(y)", 3190, 4},
+      {"if (1 + abs -(x) > 2) then y = 1; end", 3190, 8},
+      {"a, b, ()*()", 3190, 8},
+      {"a.-b.-c", 3190, 4},
+      {"2 + ()", 0, 6},  // what lacks an operand is left to the compiler
+      {"sqrt abs 9", 0, 10},
+      {"x; abs -(4)", 0, 11},  // statements are apart
+      {"while x < abs(3) do ++x next", 0, 28},
+      {"always do break next", 0, 20},
+      {"-2 ^ -(-x)", 0, 10},
+      {"x! + -y! * sin cos z", 0, 20},
+      {"global x = (1, 2) |_ 3", 3200, 22},
+  };
+  CQMDialect dialect;
+  for (auto const& [text, code, index] : kCases) {
+    std::string postfix;
+    EXPECT_EQ(dialect.Convert(text, postfix), code) << text;
+    EXPECT_EQ(dialect.fixer.GetParseIndex(), index) << text;
+  }
+}
+
+TEST(Conversion, SidesOfHostOperators) {
+  CQMDialect dialect;
+  dialect.Define(dialect.own, {"twice", EQMFix::Prefix, 1});
+  dialect.Define(dialect.own, {"three", EQMFix::Infix, 3});
+  dialect.Define(dialect.own, {"one", EQMFix::Infix, 1});
+  dialect.Define(dialect.own, {"pair", EQMFix::Postfix, 2});
+  dialect.Define(dialect.own, {"sin", EQMFix::Postfix, 1});
+  static constexpr SQMCase kCases[] = {
+      {"1 + twice twice 4", "#d1#d4!10000.1!10000.1!1101.2;"},
+      {"1 + abs twice 4", "#d1#d4!10000.1!2111.1!1101.2;"},
+      {"1 + twice abs 4", "3190"},
+      {"1 + twice -(4)", "3190"},
+      {"(1, 2) three 4", "#d1#d2#d4!10001.3;"},
+      {"1 three (2, 4)", "#d1#d2#d4!10001.3;"},
+      {"1, 2, 4, () three ()", "3190"},
+      {"1 one ()", "#d1!10002.1;"},
+      {"() one 1", "#d1!10002.1;"},
+      {"(1, 2) pair", "#d1#d2!10003.2;"},
+      {"1, 2 pair", "#d1#d2!10003.2;"},
+      {"x! sin", "@x!10004.1!1305.1;"},
+  };
+  for (auto const& [text, postfix] : kCases) EXPECT_EQ(dialect.Convert(text), postfix) << text;
 }
 
 TEST(Conversion, OperatorsOfHosts) {

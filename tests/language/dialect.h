@@ -21,8 +21,10 @@ struct SQMHostOperator {
 
 class CQMDialect {
  public:
-  explicit CQMDialect(SQMReadingRules const& rules = {}) : m_rules(rules) {
-    LoadStandardDialect(shared, rules.impliedMultiplication);
+  explicit CQMDialect(SQMReadingRules const& rules = {}) : CQMDialect(rules, rules.impliedMultiplication) {}
+  /** The shared list is that of the context that was there first. */
+  CQMDialect(SQMReadingRules const& rules, bool firstMultiplies) : m_rules(rules) {
+    LoadStandardDialect(shared, firstMultiplies);
     LoadLocalDialect(own, rules.impliedMultiplication);
     fixer.SetOperatorLists(&shared, &own);
     fixer.SetReadingRules(rules);

@@ -173,7 +173,9 @@ TEST(Reversion, WithoutHierarchyAndWithoutImpliedMultiplication) {
 TEST(Reversion, CommaAsRadixMark) {
   static constexpr SQMCase kCases[] = {
       {"1,5+2", "1,5+2"},
-      {"min(1,5;2)", "1,5; min(2)"},
+      {"min(1,5;2)", "min(1,5, 2)"},
+      {"min(1,5:2)", "1,5; min(2)"},
+      {"a[1;2,5]", "a[1, 2,5]"},
       {"min(1, 5)", "min(1, 5)"},
       {"min(1,5, 2)", "min(1,5, 2)"},
       {"-7,", "-7,"},
@@ -182,7 +184,7 @@ TEST(Reversion, CommaAsRadixMark) {
       {"7,//\n5", "7,//\n5"},
       {"'it\\'s \"x\"'", "'it\\'s \"x\"'"},
   };
-  ExpectAll(kCases, {.radixMark = ',', .quoteMark = '\''});
+  ExpectAll(kCases, {.radixMark = ',', .quoteMark = '\'', .listSeparator = ';'});
 }
 
 TEST(Reversion, HostOperatorsOfEveryFix) {
@@ -212,20 +214,66 @@ TEST(Reversion, HostOperatorsOfEveryFix) {
 
 TEST(Reversion, OperatorsWithoutOperands) {
   static constexpr SQMCase kCases[] = {
-      {"()+()", "() + ()"}, {"()x!", "()x!"}, {"a,b,()*()", "a*b"}, {"sin()", "sin()"}, {"2+()", "() +2"},
+      {"()+()", "() + ()"}, {"()x!", "x() !"}, {"sin()", "sin()"},
+      {"2+()", "2+ ()"},    {"()+2", "2+ ()"}, {"5 do", "5 do"},
   };
   ExpectAll(kCases);
 }
 
-// What operators do not simply follow is written item by item, which few texts need.
-TEST(Reversion, ItemByItem) {
+// A sign that stands next to an operand is not let go by what stands behind that, and goes on from there.
+TEST(Reversion, SignsThatWaitBehindTheirOperand) {
   static constexpr SQMCase kCases[] = {
-      {"-'s' return(pi)", "- 's' (pi, return())"},
-      {"log(perm(, -'a' (x, --()), label(y)))", "- 'a' (x, -- ()), y, label(), perm(), log()"},
-      {"sin(-x if(, y, ()++))", "x, -y if(() ++), sin()"},
-      {"min(-x.(z, min(1), a[1]))", "min(x, z, min(1), -a. (()[(1)]))"},
+      {"-a . -b", "-a. -b"},
+      {"+a . -2", "+a. -2"},
+      {"-a[1] . -b . c", "-a[1]. -b.c"},
+      {"not a . not b", "not a. not b"},
+      {"-x return(5)", "-x return(5)"},
+      {"-'s' return(pi)", "- 's' return(pi)"},
+      {"sin(-x if(, y, ()++))", "sin(-x if(y++))"},
+      {"-1E5.cot(x)", "-1E5 . (), cot(x)"},
+      {"not x . select 2", "not x.select(2)"},
   };
   ExpectAll(kCases, {.quoteMark = '\''});
+  static constexpr SQMCase kNoProduct[] = {{"if ~y ('a' allowcomplex)", "if(), y, ~ 'a' (allowcomplex)"}};
+  ExpectAll(kNoProduct, {.impliedMultiplication = false, .quoteMark = '\''});
+}
+
+// What an operator takes may begin in front of the list that it stands in, and words may lie between.
+TEST(Reversion, WordsAmongOperands) {
+  static constexpr SQMCase kCases[] = {
+      {"max(ceil(until label 012))", "max(until label(012), ceil())"},
+      {"roll(x degrees, (do, 0))", "roll(x, degrees do 0)"},
+      {"E5[select(!3) !]", "E5, select(!3), ()[() !]"},
+      {"1[local * 2 end 0b10->1E5, break]", "local 1, ()[() *2, end 0b10->1E5, break]"},
+      {"(rect E5)[if x>=acsc(O)]", "E5 rect, if x, ()[() >=acsc(O)]"},
+      {"x return(5) + 3", "x, return(5), () +3"},
+      {"5 do if y end", "5 do if y end"},
+      {"min(a, do, c)", "a, min(do c)"},
+  };
+  ExpectAll(kCases);
+}
+
+// With implied multiplication "x sin" is a product, so that a postfix operator "sin" needs another in front.
+TEST(Reversion, OneTokenInBothLists) {
+  static constexpr SQMCase kCases[] = {
+      {"x! sin", "x!sin"},
+      {"x! sin!", "x!sin!"},
+      {"x! sin cos", "x!sin cos"},
+      {"(x+1)! sin + 1", "(x+1) !sin+1"},
+      {"2 a[1]! sin", "(2 a[1]) !sin"},
+      {"-x! sin! sin", "(-x!sin) !sin"},
+      {"min(sqrt(x)! sin, 2)", "min(sqrt(x) !sin, 2)"},
+      {"3! ln y", "3!ln y"},
+      {"x! ln (y+1) * 2", "x!ln(y+1) *2"},
+      {"x++ sin", "x++sin"},
+      {"\"s\" sin", "\"s\"sin"},
+      {"sin(x)", "sin(x)"},
+  };
+  CQMDialect dialect;
+  dialect.Define(dialect.own, {"sin", EQMFix::Postfix, 1});
+  dialect.Define(dialect.own, {"cos", EQMFix::Postfix, 1});
+  dialect.Define(dialect.own, {"ln", EQMFix::Infix, 2});
+  for (SQMCase const& expected : kCases) ExpectReverted(dialect, expected);
 }
 
 TEST(Reversion, Failures) {
@@ -275,7 +323,9 @@ TEST(Reversion, LongAndDeepTexts) {
       Repeat("- ", kCount) + "x",
       "sum(" + Repeat("x,", kCount) + "x)",
       Repeat("x;", kCount),
-      "-\"s\"" + Repeat(" then", kCount) + Repeat(" ()+1 if", kCount) + " x",
+      "-\"s\"" + Repeat(" return(1)", kCount),
+      Repeat("x,", kCount) + "if y," + Repeat(" do", kCount),
+      Repeat("-x return(", kCount) + "y" + Repeat(")", kCount),
       Repeat("()+() ", kCount),
       "x" + Repeat(" ++", kCount),
   };
@@ -285,6 +335,9 @@ TEST(Reversion, LongAndDeepTexts) {
     ASSERT_EQ(dialect.Convert(text, postfix), Error::None);
     EXPECT_TRUE(dialect.Convert(Revert(dialect, postfix)) == postfix);
   }
+  // what no text converts to takes no longer
+  std::string const signs = Repeat("@a!2702.2", kCount) + Repeat("!2501.1", kCount) + ";";
+  EXPECT_FALSE(Revert(dialect, signs).empty());
 }
 
 }  // namespace

@@ -209,6 +209,7 @@ class CQMTextMaker {
 struct SQMDialectCase {
   char const* name;
   SQMReadingRules rules;
+  bool firstMultiplies = true;  // the context that loaded the shared list
 };
 
 class RoundTrip : public testing::TestWithParam<SQMDialectCase> {};
@@ -217,7 +218,7 @@ TEST_P(RoundTrip, KeepsPostfixText) {
   SQMReadingRules const& rules = GetParam().rules;
   auto const seed = static_cast<unsigned>(Chosen("QUMEL_SEED", kFirstSeed));
   long const wanted = Chosen("QUMEL_EXPRESSIONS", kExpressions);
-  CQMDialect dialect(rules);
+  CQMDialect dialect(rules, GetParam().firstMultiplies);
   for (SQMHostOperator const& op : kSharedHostOperators) dialect.Define(dialect.shared, op);
   for (SQMHostOperator const& op : kOwnHostOperators) dialect.Define(dialect.own, op);
   CQMTextMaker maker(dialect, rules, seed);
@@ -231,7 +232,7 @@ TEST_P(RoundTrip, KeepsPostfixText) {
     long const code = dialect.fixer.RevertExpression(postfix, reverted, rules.quoteMark);
     std::string const again = dialect.Convert(reverted);
     if (code == Error::None && again == postfix) continue;
-    constexpr long kShown = 10;
+    long const kShown = Chosen("QUMEL_SHOWN", 10);
     if (++failed > kShown) continue;
     ADD_FAILURE() << text << "\n  converts to " << postfix << "\n  reverts to  " << reverted
                   << "\n  and then    " << again;
@@ -245,7 +246,9 @@ SQMDialectCase const kDialects[] = {
     {"Usual", {}},
     {"Flat", {.hierarchical = false}},
     {"NoImpliedMultiplication", {.impliedMultiplication = false}},
-    {"CommaAndSingleQuote", {.radixMark = ',', .quoteMark = '\''}},
+    {"NoImpliedMultiplicationAtAll", {.impliedMultiplication = false}, false},
+    {"CommaAndSingleQuote",
+     {.radixMark = ',', .quoteMark = '\'', .listSeparator = ';', .statementSeparator = ':'}},
 };
 INSTANTIATE_TEST_SUITE_P(Dialects, RoundTrip, testing::ValuesIn(kDialects),
                          [](auto const& info) { return std::string(info.param.name); });
