@@ -121,7 +121,9 @@ def check_files(complain):
 def check_exports(complain):
     header = without_comments((ROOT / "include" / PUBLIC_HEADER).read_text())
     exported = re.findall(r"^QM_API [^;(]*?\b(\w+)\(", header, re.MULTILINE)
-    tests = "\n".join((ROOT / name).read_text() for name in tracked("tests/*.c", "tests/*.cpp", "tests/*.h"))
+    # what the comparison of two libraries calls is not tested by that
+    names = [name for name in tracked("tests/*.c", "tests/*.cpp", "tests/*.h") if not name.startswith("tests/compare/")]
+    tests = "\n".join((ROOT / name).read_text() for name in names)
     named = set(re.findall(r"\w+", tests))
     for function in exported:
         if function not in named:

@@ -283,8 +283,8 @@ QM_API bool qmClearContext(void);
  * Evaluating text
  *
  * Each call reads the text, evaluates it in the current context and keeps the result there: its type letter
- * and its value can be asked for afterwards. Errors of reading (2010 to 2080, 3030, 3190, 3200), of compiling and
- * of evaluating become the last error, and the error callback is called with the code. After an error the
+ * and its value can be asked for afterwards. Errors of reading (2010 to 2080, 3030, 3190, 3200), of compiling
+ * and of evaluating become the last error, and the error callback is called with the code. After an error the
  * last result is the one before.
  * ====================================================================================================== */
 
@@ -811,10 +811,10 @@ QM_API long qmDeleteOp(char scope, char const* name);
  * Inside a callback
  *
  * handle is what the callback was called with; it is good until the callback returns, on the thread that was
- * called: others wait until the evaluation has ended. While another run of the same expression calls back from
- * the same place, it answers for that call. Parameters count from 0. An index out of range makes the last error
- * 3190, a parameter of another type 3090. Any other handle gives 0, 0.0, false or null, and 3220 from the
- * functions that set the result. Each function has a second name.
+ * called: others wait until the evaluation has ended. While another run of the same expression calls back
+ * from the same place, it answers for that call. Parameters count from 0. An index out of range makes the
+ * last error 3190, a parameter of another type 3090. Any other handle gives 0, 0.0, false or null, and 3220
+ * from the functions that set the result. Each function has a second name.
  * ====================================================================================================== */
 
 /** Number of parameters. */

@@ -221,7 +221,8 @@ long CQMCallbackOperator::CallHost() {
   CQMOperatorContext* const context = GetContext();
   if (place.m_handle == 0)
     place.m_handle = place.GetObjectHandle(context != nullptr ? context->GetHandleGuard() : nullptr);
-  if (place.m_handle == 0) return Error::OutOfMemory;  // the host could neither read parameters nor set a result
+  if (place.m_handle == 0)
+    return Error::OutOfMemory;  // the host could neither read parameters nor set a result
   CQMTemporaryValue<CQMCallbackOperator*> const answering(place.m_answering, this);
   return Definition().callback(place.m_handle);
 }
