@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 
 #include "base/asymmetric_barrier.h"
 
@@ -11,9 +12,12 @@ class CQMContextGate;
 class CQMLinkedObject;
 class CQMThreadInfo;
 
+/** What different threads write lies so far apart, or they would slow each other down. */
+inline constexpr std::size_t kCacheLine = 64;
+
 /** Never freed, so that other threads may look at it at any time. When its thread has ended, a later thread
  * to which the system gives the same id takes it over. */
-struct alignas(64) SQMCaller {
+struct alignas(kCacheLine) SQMCaller {
   explicit SQMCaller(unsigned long id);
 
   /** Ends the calls that a thread that has ended left open. */
@@ -53,7 +57,7 @@ SQMCaller& ObtainCaller(unsigned long threadId);
 
 SQMCaller* FirstCaller();
 
-/** Lets go of a variable when no thread uses it any more; none may be able to find it. */
+/** Waits until no thread uses variable by its handle, which must name nothing any more. */
 void WaitUntilUnused(CQMLinkedObject const& variable);
 
 /** The graph of who waits for whom. A wait that would close a circle is refused: it would never end. */

@@ -17,7 +17,7 @@ class CQMExecutor;
  *
  * Gates are never freed: a thread may still announce itself at one whose context is gone. It is then refused,
  * or let into the context that the gate serves next, and finds that this is not the one it looked for. */
-class alignas(64) CQMContextGate {
+class alignas(kCacheLine) CQMContextGate {
  public:
   enum class EQMEntry {
     AsOwner,  // announced in the caller's record
@@ -92,7 +92,7 @@ class alignas(64) CQMContextGate {
   std::unique_ptr<CQMExecutor> TakeUnused();
   SQMCaller* RemoveFirstWaiter();
 
-  Owner m_owner{nullptr};
+  Owner m_owner{nullptr};  // whom the fast way lets in
   std::atomic<CQMExecutor*> m_context{nullptr};
   bool const m_isMark;
   bool m_isOpen = false;

@@ -55,6 +55,7 @@ CQMExecutor::CQMExecutor() : m_gate(CQMContextGate::Open(*this)) {
 
 CQMExecutor::~CQMExecutor() {
   CleanUp();
+  DeleteHandle();  // while the gate is still the context's
   sem_destroy(&m_semaphore);
   std::scoped_lock const lock(g_cosmicMutex);
   if (--sm_lExecutorCount == 0) DestroyCosmicTables();

@@ -26,7 +26,9 @@ char const* CopyName(std::string_view name, char (&buffer)[kNameSize]) {
 
 bool IsPrimaryName(char const* name) { return std::strcmp(name, kPrimaryName) == 0; }
 
-Handle HandleOf(CQMExecutor* executor) { return executor != nullptr ? executor->GetObjectHandle() : 0; }
+Handle HandleOf(CQMExecutor* executor) {
+  return executor != nullptr ? executor->GetObjectHandle(&executor->GetGate()) : 0;
+}
 
 /** Whether a call may lock and release the context: any but the primary one. */
 bool IsLockable(CQMExecutor const* context) {
@@ -92,9 +94,9 @@ bool DropPublicExecutor(char const* name) {
 Handle CreatePublicContext(char const* name) {
   return CreateContext(name, [name](CQMThreadInfo& record) {
     std::scoped_lock const lock(g_library.executorListMutex);
-    if (CQMExecutor* const known = FindPublicLocked(name); known != nullptr) return known->GetObjectHandle();
+    if (CQMExecutor* const known = FindPublicLocked(name); known != nullptr) return HandleOf(known);
     auto executor = CQMExecutor::Make(name, record.GetCopies(), EQMContextKind::Public);
-    return g_library.executors.Append(std::move(executor))->GetObjectHandle();
+    return HandleOf(g_library.executors.Append(std::move(executor)));
   });
 }
 
@@ -117,13 +119,13 @@ Handle SetContext(char const* name, bool lock) {
     return HandleOf(primary);
   }
   if (CQMExecutor* const own = record->FindExecutor(name); own != nullptr) {
-    return record->SetExecutor(own, lock) ? own->GetObjectHandle() : 0;
+    return record->SetExecutor(own, lock) ? HandleOf(own) : 0;
   }
   std::unique_lock listLock(g_library.executorListMutex);
   CQMKeptContext const target(FindPublicLocked(name));
   listLock.unlock();  // the wait for the lock may be long
   if (target.Get() == nullptr) return 0;
-  return record->SetExecutor(target.Get(), lock) ? target.Get()->GetObjectHandle() : 0;
+  return record->SetExecutor(target.Get(), lock) ? HandleOf(target.Get()) : 0;
 }
 
 bool SetDefaultContext(char const* name) {
@@ -150,8 +152,7 @@ Handle GetContextHandle(char const* name) {
   CQMRecordUse const call;
   if (call.GetRecord() == nullptr || name == nullptr) return 0;
   if (IsPrimaryName(name)) return HandleOf(g_library.primaryExecutor.load());
-  if (CQMExecutor* const own = call.GetRecord()->FindExecutor(name); own != nullptr)
-    return own->GetObjectHandle();
+  if (CQMExecutor* const own = call.GetRecord()->FindExecutor(name); own != nullptr) return HandleOf(own);
   std::scoped_lock const lock(g_library.executorListMutex);
   return HandleOf(FindPublicLocked(name));
 }

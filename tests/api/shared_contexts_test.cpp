@@ -270,7 +270,8 @@ TEST_F(SharedContexts, ThreadsThatWaitForALockStandInCirclesToo) {
 // ---- destruction ----
 
 /** Every function that takes handles, on handles whose context another thread destroys. */
-void UseByHandle(Handle expression, Handle number, Handle array, std::atomic<bool> const& isDoomed) {
+void UseByHandle(Handle context, Handle expression, Handle number, Handle array,
+                 std::atomic<bool> const& isDoomed) {
   char const type = qmEvalExpHndl(expression);
   EXPECT_TRUE(type == 'N' || (type == 'X' && isDoomed)) << type;
   double const value = qmEvalExpHndlToNum(expression);
@@ -290,11 +291,15 @@ void UseByHandle(Handle expression, Handle number, Handle array, std::atomic<boo
   EXPECT_TRUE(qmGetVarTypeByHandle(number) == 'N' || isDoomed);
   EXPECT_TRUE(qmIsArrayHandle(array) || isDoomed);
   EXPECT_TRUE(qmIsVarHandle(number) || isDoomed);
+  // another kind of object, that goes, too
+  EXPECT_EQ(qmEvalExpHndl(context), 'X');
+  EXPECT_FALSE(qmIsVarHandle(context));
+  qmGetContextName(context);
 }
 
 TEST_F(SharedContexts, ThreadsUseHandlesWhileTheirContextIsDestroyed) {
   for (int round = 0; round < 60; ++round) {
-    qmCreatePublicContext("doomed");
+    Handle const context = qmCreatePublicContext("doomed");
     qmSetContext("doomed", false);
     Handle const number = qmCreateNumVar('G', "x", 7.0);
     Handle const array = qmCreateNumArray('G', "list", 1, 5, 0, 0, 0, 0, 0);
@@ -306,7 +311,7 @@ TEST_F(SharedContexts, ThreadsUseHandlesWhileTheirContextIsDestroyed) {
     Crew crew(3, [&](int i) {
       if (i == 0) qmSetContext("doomed", false);
       for (int turn = 0; turn < 400 && qmIsVarHandle(number); ++turn, ++turns)
-        UseByHandle(expression, number, array, isDoomed);
+        UseByHandle(context, expression, number, array, isDoomed);
     });
     while (turns < round % 6) std::this_thread::yield();
     isDoomed = true;
