@@ -56,7 +56,6 @@ class CQMOperator : public CQMLinkedObject {
   /** Fills the slots from the last to the first; TooManyOperands when none is left. */
   long AssignOperand(CQMDatum* operand);
   CQMDatum* GetOperandByIndex(long index) const;
-  bool HasComplexOperand() const;
   long GetOperandCount() const { return static_cast<long>(m_operands.size()); }
   CQMDatum** GetOperandList() { return m_operands.data(); }
   CQMDatum* GetResultOperand() const { return m_result.get(); }
@@ -119,6 +118,7 @@ class CQMOperator : public CQMLinkedObject {
   /** CheckOperandCounts, then CheckDefined of every operand: names that nobody knows come before any check of
    * type. */
   long CheckOperands();
+  bool HasComplexOperand() const;
   /** ComplexOperandFound when an operand is complex, else 0: how a check that passed ends. */
   long ComplexStatus() const { return HasComplexOperand() ? Error::ComplexOperandFound : Error::None; }
   /** Makes datum the result as it is, without the return type and the zeroing of SetResultOperand. */
