@@ -118,7 +118,7 @@ long CQMExpression::VerifyAnew(long first, EQMPromoted promoted) {
     }
     code = op.VerifyOperands();
     bool const isPassed = code == Error::None || AsksForComplex(code);
-    becomesComplex |= isPassed ? code != Error::None : op.HasComplexOperand();
+    becomesComplex |= code != Error::None;  // a fault, too, can only come of complex operands
     if (isPassed || promoted != EQMPromoted::TableVariable) code = Error::None;
   }
   m_nextScope = Scope::kDefault;

@@ -66,7 +66,6 @@ class CQMOperator : public CQMLinkedObject {
     if (index < kMostReadAlone) m_readAlone |= 1U << index;
   }
   bool IsOnlyReader(long index) const { return index < kMostReadAlone && (m_readAlone >> index & 1U) != 0; }
-  bool HasComplexOperand() const;
   long GetOperandCount() const { return static_cast<long>(m_operands.size()); }
   CQMDatum** GetOperandList() { return m_operands.data(); }
   CQMDatum* GetResultOperand() const { return m_result.get(); }
@@ -126,6 +125,7 @@ class CQMOperator : public CQMLinkedObject {
   /** CheckOperandCounts, then CheckDefined of every operand: names that nobody knows come before any check of
    * type. */
   long CheckOperands();
+  bool HasComplexOperand() const;
   /** ComplexOperandFound when an operand is complex, else 0: how a check that passed ends. */
   long ComplexStatus() const { return HasComplexOperand() ? Error::ComplexOperandFound : Error::None; }
   /** Gives the result type, with storage as a fresh datum of that type has it: the few bytes of a number are

@@ -235,14 +235,13 @@ TEST_F(CallbackRuns, ARunWithinARunDoesNotSeeWhatWasDefinedSince) {
     qmReleaseVarHandle(qmCreateNumVar('G', "shared", 0.0));
     qmEvalExpStr("text 1");
     qmSetDefaultVariableScope('G');
-    qmSetForceComplexResults();
   };
   qmEvalExpStr("2");
-  Parse("y = body(x); last + last + y + again(x)*0");
-  // the last result is of another kind in the inner run, which fails for that as any other would
+  Parse("last + last; body(x) + again(x + 0)*0");
+  // the last result is a text in the inner run, which fails for that as any other would
   std::string codes;
   g_after = [&](Handle) { codes += std::to_string(qmGetLastErrorID()) + " "; };
-  EXPECT_EQ(Run(2.0), 2 + 2 + 24.0);
+  EXPECT_EQ(Run(2.0), 24.0);
   EXPECT_EQ(codes, "3090 ");
   qmDeleteExp(g_expression);
   qmDeleteVar('G', "shared");
@@ -282,7 +281,7 @@ TEST_F(CallbackRuns, RunsWithinRunsNestAsDeepAsOtherCalls) {
 TEST_F(CallbackRuns, ARunWithinARunThatBecomesComplexLeavesTheOuterOneReal) {
   qmSetAllowComplexResults(true);
   double imaginary = 0.0;
-  Parse("y = (x < 1 && x > -1); z = sqrt(x - 1) ; again(x + 0)*0; cbrt(-8)");
+  Parse("sqrt(x - 1); again(x + 0)*0; cbrt(-8)");
   g_after = [&](Handle) {
     EXPECT_NE(qmGetLastImagResult(), 0.0) << "the root of -8 is complex in complex evaluation";
   };
@@ -290,6 +289,14 @@ TEST_F(CallbackRuns, ARunWithinARunThatBecomesComplexLeavesTheOuterOneReal) {
   g_after = nullptr;
   EXPECT_NE(Run(1.0), -2.0) << "but the expression is complex from now on";
   qmDeleteExp(g_expression);
+
+  // a setting is for texts that are read from now on
+  Parse("again(x + 0)*0 + cbrt(-8)");
+  g_before = [](Handle) { qmEvalExpStr("forcecomplex"); };
+  for (int run = 0; run < 2; ++run) EXPECT_EQ(Run(1.0), -2.0);
+  qmDeleteExp(g_expression);
+  g_before = nullptr;
+  qmSetForceComplexResults();  // ends it in a context that is there already
 
   // what was allowed when the text was parsed stays allowed
   Parse("again(x + 0)*0 + (x |_ 1)");
