@@ -212,13 +212,15 @@ QM_API long qmGetNextQumelObjectSerialNumber(void);
  *  indices, forced complex results, default scope and precision, which get the defaults false, false, 'L'
  *  and 12). It does not become current.
  *  name     any text but "Qumel"; a name in use gives the context that has it
- *  returns  the context's handle; 0 for a null or reserved name */
+ *  returns  the context's handle; 0 for a null or reserved name, and without memory, which leaves the error
+ *           3230 */
 QM_API unsigned long long qmCreatePublicContext(char const* name);
 
 /** Makes a private context of the calling thread, with all of the thread's settings at this moment. It does
  *  not become current.
  *  name     any text but "Qumel"; a name in use gives the context that has it
- *  returns  the context's handle; 0 for a null or reserved name */
+ *  returns  the context's handle; 0 for a null or reserved name, and without memory, which leaves the error
+ *           3230 */
 QM_API unsigned long long qmCreatePrivateContext(char const* name);
 
 /** Destroys a public context with all that belongs to it, as soon as the calls that are at work in it have
@@ -347,7 +349,9 @@ QM_API void qmDeleteExp(unsigned long long handle);
  * ====================================================================================================== */
 
 /** Checks text without evaluating it. Returns the expression as the library reads it, or the text of the
- *  error, whose code is then the last error; null without a context. */
+ *  error, whose code is then the last error; null without a context. It reads the text and does not compile
+ *  it: unknown names, operands of another type, missing operands of functions and faults of structure are
+ *  found by qmParseExp, and what depends on values, such as a division by zero, only by evaluating. */
 QM_API char const* qmCheckExp(char const* text);
 
 /** The annotated postfix form of text: its operators and operands in the order of evaluation, with marks
@@ -763,14 +767,18 @@ QM_API long qmDeleteVar(char scope, char const* name);
  *  scope       'C' for all contexts, any other for the current one; one name may stand in both, and the
  *              process-wide one is found first
  *  name        1 to 64 characters of any kind; one that no text can spell is allowed, and no text names it
- *  fix         "prefix", "infix", "postfix" or "nofix"
+ *  fix         "prefix", "infix", "postfix" or "nofix". A nofix operator stands alone in its statement; what
+ *              has no operands and stands in expressions is a prefix operator without parameters, written
+ *              with empty parentheses
  *  returns     "number", "complex", "string", "boolean" or "void"
  *  parameters  type word and name of each, as in "number x, string s", parted by ',' (by ';' where the
  *              decimal point is a comma); null or empty for none
- *  precedence  an operator whose precedence to borrow; that of functions when it names none
+ *  precedence  an operator whose precedence to borrow; that of functions when it names none. With that of a
+ *              sign (as "-" and "!" give it), a sign before the right operand needs parentheses
  * They return 0 or the error, which is also the last error; 0 without a context.
  *  errors      3300 name missing, 3310 too long, 3320 taken; 3330, 3340 fix word missing, unknown; 3350,
- *              3360 return word missing, unknown; 3370 unknown parameter type; 3380 not entered
+ *              3360 return word missing, unknown; 3370 unknown parameter type; 3380 not entered;
+ *              3230 no memory, and nothing is entered
  * ====================================================================================================== */
 
 /** Defines an operator by an expression over its parameters, which are bound by reference. With text null
@@ -803,7 +811,8 @@ QM_API long qmLinkCallbackOp(char scope, char const* name, char const* fix, char
                              char const* parameters, char const* precedence,
                              int32_t (*callback)(unsigned long long handle));
 
-/** Deletes an operator of the host. Expressions parsed with it go on working.
+/** Deletes an operator of the host. Expressions parsed before go on with all definitions that they can come
+ *  to, also when the name is defined anew; those that other operators name are not found by new texts.
  *  errors  3220 no such operator, 3420 the operator is the library's own */
 QM_API long qmDeleteOp(char scope, char const* name);
 
@@ -878,7 +887,8 @@ QM_API long qmSetBoolResult(unsigned long long handle, bool value);
 /** The same as qmSetBoolResult. */
 QM_API long QMU_SetBooleanResult(unsigned long long handle, bool value);
 
-/** Sets the result; the text is copied. Returns 0; 3090 when the operator returns no text. */
+/** Sets the result; the text is copied. Returns 0; 3090 when the operator returns no text; 3230 without
+ *  memory, and then the evaluation fails with it whatever the callback returns. */
 QM_API long qmSetStrResult(unsigned long long handle, char const* value);
 /** The same as qmSetStrResult. */
 QM_API long QMU_SetStringResult(unsigned long long handle, char const* value);

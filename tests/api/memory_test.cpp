@@ -122,6 +122,13 @@ Step const kSteps[] = {
        qmSetStrVar('G', "s", kLong.c_str());
      },
      [] { return OfParsed(kTwice); }, NeverShows},
+    {"TextsInALoop",
+     [] {
+       qmCreateStrVar('G', "s", 400, kLong.c_str());
+       qmDefineExpOp('G', "twofold", "prefix", "string", "string t", nullptr, "t + t");
+       ParseAnew("n = 0; i = 0; while i < 3 do i = i + 1; n = n + length(s + twofold s); next return n");
+     },
+     [] { return OfParsed("2700.000000000000"); }, NeverShows},
     {"ComplexAfterAll",
      [] {
        qmSetAllowComplexResults(true);
