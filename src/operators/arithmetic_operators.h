@@ -7,7 +7,7 @@
 namespace qumel {
 
 /** Whether the value of operand is known before any run. */
-bool IsKnownNumber(CQMDatum const& operand) {
+inline bool IsKnownNumber(CQMDatum const& operand) {
   return operand.IsLiteral() && operand.GetType() == EQMDataType::Number;
 }
 

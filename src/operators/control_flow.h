@@ -49,7 +49,7 @@ SQMStep const* RunBranch(SQMStep const* step, SQMFrame& frame, double) {
   return GoOn(BooleanAt(step->first) == wanted ? step->whenTrue : step->whenFalse, frame, 0.0);
 }
 
-SQMStep const* RunJump(SQMStep const* step, SQMFrame& frame, double) {
+inline SQMStep const* RunJump(SQMStep const* step, SQMFrame& frame, double) {
   return GoOn(step->whenTrue, frame, 0.0);
 }
 

@@ -39,13 +39,13 @@ using Bits = std::int32_t;
  * count. */
 template <class Rule>
 struct SQMOfBits {
-  static double Real(double x) requires requires(Bits bits) { Rule::Of(bits); }
-  { return Rule::Of(TruncateToInt32(x)); }
-  static double Real(double x, double y) requires requires(Bits bits) { Rule::Of(bits, bits); }
-  { return Rule::Of(TruncateToInt32(x), TruncateToInt32(y)); }
+  template <class... Number>
+  static double Real(Number... x) {
+    return Rule::Of(TruncateToInt32(x)...);
+  }
   template <class... Number>
   static double OfComplex(Number... z) {
-    return Real(z.real()...);
+    return Rule::Of(TruncateToInt32(z.real())...);
   }
 };
 
