@@ -67,7 +67,8 @@ std::unique_ptr<CQMExecutor> CQMExecutor::Make(char const* name, SQMSettings con
   auto executor = std::make_unique<CQMExecutor>();
   executor->SetObjectName(name);
   CopySettings(settings, kind, *executor);
-  if (!executor->Initialize() || executor->GetObjectHandle() == 0) throw std::bad_alloc();
+  bool const isMade = executor->Initialize() && executor->GetObjectHandle(&executor->GetGate()) != 0;
+  if (!isMade) throw std::bad_alloc();
   return executor;
 }
 
