@@ -25,9 +25,9 @@ template <class Value, class Call>
 Value OnOperator(Handle handle, Value missing, Call call) noexcept {
   return Guarded<Value>(missing, [&] {
     CQMContextUse const use(handle, CQMContextUse::EQMNeed::None);
-    auto* const op = dynamic_cast<CQMCallbackOperator*>(use.GetObject());
-    if (op == nullptr) return missing;
-    CQMCallbackOperator& answering = op->GetAnswering();
+    auto* const place = dynamic_cast<CQMCallbackPlace*>(use.GetObject());
+    if (place == nullptr) return missing;
+    CQMCallbackOperator& answering = *place->Answering();
     try {
       return call(answering);
     } catch (...) {

@@ -25,6 +25,7 @@ class CQMDatum;
 class CQMExpression;
 class CQMOperatorFactory;
 class CQMResolver;
+struct SQMResultView;
 struct SQMCaller;
 
 using ErrorCallback = void (*)(long code);
@@ -90,7 +91,7 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   // ---- results (executor_results.cpp) ----
   /** The text of datum by the settings, in the buffer that GetLastStrResult gives; cut to fit. Stores the
    * numbers too. */
-  char* FormatResultString(CQMDatum* datum);
+  char* FormatResultString(SQMResultView const& result);
   char GetLastResultType() const { return m_lastType; }
   double GetLastRealResult() const { return m_lastReal; }
   double GetLastImagResult() const { return m_lastImaginary; }
@@ -195,11 +196,11 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   long Revert(std::string_view postfix);
   void Conclude(long code);
   // executor_results.cpp
-  void StoreResult(CQMDatum* result);
-  void StoreAsNumber(CQMDatum* result);
-  void StoreAsComplex(CQMDatum* result, double* imaginary);
-  void StoreAsBoolean(CQMDatum* result);
-  void StoreAsString(CQMDatum* result);
+  void StoreResult(SQMResultView const& result);
+  void StoreAsNumber(SQMResultView const& result);
+  void StoreAsComplex(SQMResultView const& result, double* imaginary);
+  void StoreAsBoolean(SQMResultView const& result);
+  void StoreAsString(SQMResultView const& result);
   void StoreNumber(char type, double real, double imaginary);
   void StoreText(std::string_view text);
   double NumberOfBoolean(bool value) const;

@@ -77,9 +77,6 @@ long CQMExecutor::Convert(char const* text) {
 }
 
 long CQMExecutor::Compile(CQMExpression& expression, bool optimize) {
-  expression.SetCosmicSymbolTable(sm_pCosmicSymTab);
-  expression.SetGlobalSymbolTable(m_globalSymbols.get());
-  expression.SetOperatorFactory(m_factory.get());
   return m_lastError = expression.SetParsedExpression(m_conversion, optimize);
 }
 
@@ -126,52 +123,53 @@ void CQMExecutor::EvaluateExpression(CQMExpression* expression, Store store) {
 // ---- evaluation ----
 
 char CQMExecutor::Evaluate(char const* text) {
-  EvaluateText(text, [this](CQMDatum* result) { StoreResult(result); });
+  EvaluateText(text, [this](SQMResultView const& result) { StoreResult(result); });
   return m_lastType;
 }
 
 double CQMExecutor::EvaluateToNumber(char const* text) {
-  EvaluateText(text, [this](CQMDatum* result) { StoreAsNumber(result); });
+  EvaluateText(text, [this](SQMResultView const& result) { StoreAsNumber(result); });
   return m_lastReal;
 }
 
 double CQMExecutor::EvaluateToComplex(char const* text, double* imaginary) {
-  EvaluateText(text, [this, imaginary](CQMDatum* result) { StoreAsComplex(result, imaginary); });
+  EvaluateText(text, [this, imaginary](SQMResultView const& result) { StoreAsComplex(result, imaginary); });
   return m_lastReal;
 }
 
 bool CQMExecutor::EvaluateToBoolean(char const* text) {
-  EvaluateText(text, [this](CQMDatum* result) { StoreAsBoolean(result); });
+  EvaluateText(text, [this](SQMResultView const& result) { StoreAsBoolean(result); });
   return m_lastBoolean;
 }
 
 char* CQMExecutor::EvaluateToString(char const* text) {
-  EvaluateText(text, [this](CQMDatum* result) { StoreAsString(result); });
+  EvaluateText(text, [this](SQMResultView const& result) { StoreAsString(result); });
   return m_lastString;
 }
 
 char CQMExecutor::Evaluate(CQMExpression* expression) {
-  EvaluateExpression(expression, [this](CQMDatum* result) { StoreResult(result); });
+  EvaluateExpression(expression, [this](SQMResultView const& result) { StoreResult(result); });
   return m_lastType;
 }
 
 double CQMExecutor::EvaluateToNumber(CQMExpression* expression) {
-  EvaluateExpression(expression, [this](CQMDatum* result) { StoreAsNumber(result); });
+  EvaluateExpression(expression, [this](SQMResultView const& result) { StoreAsNumber(result); });
   return m_lastReal;
 }
 
 double CQMExecutor::EvaluateToComplex(CQMExpression* expression, double* imaginary) {
-  EvaluateExpression(expression, [this, imaginary](CQMDatum* result) { StoreAsComplex(result, imaginary); });
+  EvaluateExpression(expression,
+                     [this, imaginary](SQMResultView const& result) { StoreAsComplex(result, imaginary); });
   return m_lastReal;
 }
 
 bool CQMExecutor::EvaluateToBoolean(CQMExpression* expression) {
-  EvaluateExpression(expression, [this](CQMDatum* result) { StoreAsBoolean(result); });
+  EvaluateExpression(expression, [this](SQMResultView const& result) { StoreAsBoolean(result); });
   return m_lastBoolean;
 }
 
 char* CQMExecutor::EvaluateToString(CQMExpression* expression) {
-  EvaluateExpression(expression, [this](CQMDatum* result) { StoreAsString(result); });
+  EvaluateExpression(expression, [this](SQMResultView const& result) { StoreAsString(result); });
   return m_lastString;
 }
 
@@ -183,6 +181,7 @@ Handle CQMExecutor::ParseExpression(char const* text) {
     if (long const code = Convert(text); code != Error::None) return code;
     auto expression = std::make_unique<CQMExpression>(*this);
     if (long const code = Compile(*expression, true); code != Error::None) return code;
+    expression->Detach();
     expression->SetParentObject(this);
     handle = expression->GetObjectHandle(&m_gate);
     if (handle == 0) return Error::OutOfMemory;

@@ -6,7 +6,7 @@
 #include "base/number_base.h"
 #include "base/number_text.h"
 #include "context/executor.h"
-#include "values/datum.h"
+#include "engine/result_view.h"
 
 namespace qumel {
 
@@ -38,57 +38,56 @@ double CQMExecutor::NumberOfBoolean(bool value) const {
   return m_settings.booleanTrue == BooleanTrue::kOne ? 1.0 : -1.0;
 }
 
-// ---- one member for each kind of evaluation; a null result is no result ----
+// ---- one member for each kind of evaluation ----
 
-void CQMExecutor::StoreResult(CQMDatum* result) {
+void CQMExecutor::StoreResult(SQMResultView const& result) {
   m_lastType = TypeLetter::kNone;
-  if (result == nullptr || result->GetValue() == nullptr) return;
-  switch (result->GetType()) {
+  if (!result.hasValue) return;
+  switch (result.type) {
     case EQMDataType::Undefined: break;
-    case EQMDataType::Number: StoreNumber(TypeLetter::kNumber, result->Real(), 0.0); break;
-    case EQMDataType::Complex: StoreNumber(TypeLetter::kComplex, result->Real(), result->Imaginary()); break;
+    case EQMDataType::Number: StoreNumber(TypeLetter::kNumber, result.real, 0.0); break;
+    case EQMDataType::Complex: StoreNumber(TypeLetter::kComplex, result.real, result.imaginary); break;
     case EQMDataType::String:
     case EQMDataType::Text:
-      StoreText(result->GetText());
+      StoreText(result.text);
       m_lastType = TypeLetter::kString;
       break;
     case EQMDataType::Boolean:
-      m_lastBoolean = result->BooleanByte() != 0;
+      m_lastBoolean = result.boolean;
       m_lastType = TypeLetter::kBoolean;
       break;
     default: StoreNumber(TypeLetter::kNumber, 0.0, 0.0); break;
   }
 }
 
-void CQMExecutor::StoreAsNumber(CQMDatum* result) {
-  if (result == nullptr) return StoreNumber(TypeLetter::kNone, 0.0, 0.0);
-  switch (result->GetType()) {
-    case EQMDataType::Number: return StoreNumber(TypeLetter::kNumber, result->Real(), 0.0);
-    case EQMDataType::Complex: return StoreNumber(TypeLetter::kComplex, result->Real(), result->Imaginary());
+void CQMExecutor::StoreAsNumber(SQMResultView const& result) {
+  if (!result.exists) return StoreNumber(TypeLetter::kNone, 0.0, 0.0);
+  switch (result.type) {
+    case EQMDataType::Number: return StoreNumber(TypeLetter::kNumber, result.real, 0.0);
+    case EQMDataType::Complex: return StoreNumber(TypeLetter::kComplex, result.real, result.imaginary);
     case EQMDataType::String:
     case EQMDataType::Text:
-      StoreText(result->GetText());
+      StoreText(result.text);
       return StoreNumber(TypeLetter::kNumber, ParseDouble(m_lastString), 0.0);
-    case EQMDataType::Boolean:
-      return StoreNumber(TypeLetter::kNumber, NumberOfBoolean(result->BooleanByte() != 0), 0.0);
+    case EQMDataType::Boolean: return StoreNumber(TypeLetter::kNumber, NumberOfBoolean(result.boolean), 0.0);
     default: return StoreNumber(TypeLetter::kNumber, 0.0, 0.0);
   }
 }
 
-void CQMExecutor::StoreAsComplex(CQMDatum* result, double* imaginary) {
+void CQMExecutor::StoreAsComplex(SQMResultView const& result, double* imaginary) {
   StoreNumber(TypeLetter::kNone, 0.0, 0.0);
-  if (result == nullptr) return;
+  if (!result.exists) return;
   bool reportsImaginary = true;
-  switch (result->GetType()) {
-    case EQMDataType::Number: m_lastReal = result->Real(); break;
+  switch (result.type) {
+    case EQMDataType::Number: m_lastReal = result.real; break;
     case EQMDataType::Complex:
-      m_lastReal = result->Real();
-      m_lastImaginary = result->Imaginary();
+      m_lastReal = result.real;
+      m_lastImaginary = result.imaginary;
       break;
-    case EQMDataType::Boolean: m_lastReal = NumberOfBoolean(result->BooleanByte() != 0); break;
+    case EQMDataType::Boolean: m_lastReal = NumberOfBoolean(result.boolean); break;
     case EQMDataType::String:
     case EQMDataType::Text:
-      m_lastReal = ParseDouble(std::string(result->GetText()).c_str());
+      m_lastReal = ParseDouble(std::string(result.text).c_str());
       reportsImaginary = false;
       break;
     default: reportsImaginary = false; break;
@@ -97,30 +96,30 @@ void CQMExecutor::StoreAsComplex(CQMDatum* result, double* imaginary) {
   if (reportsImaginary && imaginary != nullptr) *imaginary = m_lastImaginary;
 }
 
-void CQMExecutor::StoreAsBoolean(CQMDatum* result) {
+void CQMExecutor::StoreAsBoolean(SQMResultView const& result) {
   m_lastType = TypeLetter::kNone;
   m_lastBoolean = false;
-  if (result == nullptr) return;
-  switch (result->GetType()) {
-    case EQMDataType::Number: m_lastBoolean = result->Real() != 0.0; break;
+  if (!result.exists) return;
+  switch (result.type) {
+    case EQMDataType::Number: m_lastBoolean = result.real != 0.0; break;
     case EQMDataType::Complex:
-      m_lastBoolean = result->Real() != 0.0 || (m_settings.allowComplexResults && result->Imaginary() != 0.0);
+      m_lastBoolean = result.real != 0.0 || (m_settings.allowComplexResults && result.imaginary != 0.0);
       break;
     case EQMDataType::String:
     case EQMDataType::Text:
-      StoreText(result->GetText());
+      StoreText(result.text);
       m_lastBoolean = m_lastString[0] != '\0';
       break;
-    case EQMDataType::Boolean: m_lastBoolean = result->BooleanByte() != 0; break;
+    case EQMDataType::Boolean: m_lastBoolean = result.boolean; break;
     default: break;
   }
   m_lastType = TypeLetter::kBoolean;
 }
 
-void CQMExecutor::StoreAsString(CQMDatum* result) {
+void CQMExecutor::StoreAsString(SQMResultView const& result) {
   StoreText("");
   m_lastType = TypeLetter::kNone;
-  switch (result != nullptr ? result->GetType() : EQMDataType::Undefined) {
+  switch (result.type) {
     case EQMDataType::Undefined: break;
     case EQMDataType::Number: m_lastType = TypeLetter::kNumber; break;
     case EQMDataType::Complex: m_lastType = TypeLetter::kComplex; break;
@@ -132,26 +131,26 @@ void CQMExecutor::StoreAsString(CQMDatum* result) {
 
 // ---- formatting ----
 
-char* CQMExecutor::FormatResultString(CQMDatum* datum) {
-  if (datum == nullptr || datum->GetType() == EQMDataType::Undefined) {
+char* CQMExecutor::FormatResultString(SQMResultView const& result) {
+  if (result.type == EQMDataType::Undefined) {
     m_lastReal = m_lastImaginary = 0.0;
     StoreText("");
     return m_lastString;
   }
-  if (datum->GetValue() == nullptr) return m_lastString;
-  switch (datum->GetType()) {
+  if (!result.hasValue) return m_lastString;
+  switch (result.type) {
     case EQMDataType::Number:
-      m_lastReal = datum->Real();
+      m_lastReal = result.real;
       m_lastImaginary = 0.0;
       StoreText(FormatNumber(m_lastReal));
       break;
     case EQMDataType::Complex:
-      m_lastReal = datum->Real();
-      m_lastImaginary = datum->Imaginary();
+      m_lastReal = result.real;
+      m_lastImaginary = result.imaginary;
       StoreText(FormatComplex(m_lastReal, m_lastImaginary));
       break;
     case EQMDataType::Boolean:
-      m_lastBoolean = datum->BooleanByte() != 0;
+      m_lastBoolean = result.boolean;
       m_lastReal = NumberOfBoolean(m_lastBoolean);
       m_lastImaginary = 0.0;
       StoreText(m_lastBoolean ? "true" : "false");
@@ -159,7 +158,7 @@ char* CQMExecutor::FormatResultString(CQMDatum* datum) {
     case EQMDataType::String:
     case EQMDataType::Text:
       m_lastReal = m_lastImaginary = 0.0;
-      StoreText(datum->GetText());
+      StoreText(result.text);
       break;
     default: break;
   }

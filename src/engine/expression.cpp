@@ -26,7 +26,8 @@ void SettleSymbol(CQMDatum& name, char scope) {
 CQMExpression::CQMExpression(CQMOperatorContext& context) : m_context(context) { SetTypeTag(kTypeTag); }
 
 CQMExpression::~CQMExpression() {
-  DestroyTokenLists();
+  ReleaseCompilation();
+  ReleaseReferences();
   m_localsByName.clear();
 }
 
@@ -48,9 +49,6 @@ long CQMExpression::SetParsedExpression(std::shared_ptr<SQMOperatorDefinition co
 
 long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters) {
   m_original = &original;
-  m_cosmicTable = original.m_cosmicTable;
-  m_globalTable = original.m_globalTable;
-  m_factory = original.m_factory;
   m_definition = original.m_definition;
   m_definitions = original.m_definitions;
   m_text = original.m_text;
@@ -58,41 +56,47 @@ long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const
 }
 
 long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize) {
-  DestroyTokenLists();
+  ReleaseCompilation();
+  ReleaseReferences();
+  m_detached.reset();
   m_isOptimized = optimize;
+  m_complexMode = false;
+  long const code = CompileText(parameters);
+  // a setting that was made since has no part in a copy
+  bool const isForced = m_original == nullptr && m_context.GetForceComplexResults();
+  if (m_complexMode || isForced) EnterComplexMode();
+  return code;
+}
+
+/** From the text to the program. */
+long CQMExpression::CompileText(std::span<CQMDatum* const> parameters) {
+  m_compilation = m_context.TakeCompilation();
   m_promotionsBeforeRun = m_promotions = CQMDatum::GetPromotionCount();
   m_promotedWithinRun = EQMPromoted::Nothing;
   m_errorState = Error::None;
-  m_complexMode = false;
   long code = CreateTokenLists(parameters);
   if (code == Error::None) code = Verify(0);
-  if (code == Error::None && optimize) code = Optimize();
+  if (code == Error::None && m_isOptimized) code = Optimize();
   if (code == Error::None) code = Finalize();
   if (code == Error::None) code = Link();
   m_runnable = code == Error::None;
   m_parameters = parameters;
   m_complexCounts = CountComplex();
-  // a setting that was made since has no part in a copy
-  bool const isForced = m_original == nullptr && m_context.GetForceComplexResults();
   m_resolver = m_context.GetResolver(EQMResolverClass::RealOptimized);
-  if (code == Error::None) m_program.Make(m_operators, m_context, m_resolver->GetJoining());
-  if (m_complexMode || isForced) EnterComplexMode();
-  return code == Error::None ? code : Fail(code);
+  if (code != Error::None) return Fail(code);
+  m_compilation->program.Make(m_compilation->operators, *this, m_resolver->GetWay());
+  return Error::None;
 }
 
-void CQMExpression::DestroyTokenLists() {
+void CQMExpression::ReleaseCompilation() {
   m_runnable = false;
   m_stopPosition = kNoPosition;
   m_copies.clear();  // first: they stand on what follows
-  m_program.Clear();
-  m_openersToReset.clear();
-  m_bodies.clear();
   m_parameters = {};
-  m_unverified.clear();
-  m_operators.clear();  // before the datums: results may be proxies of them
-  m_operands.clear();
-  m_temporaries.clear();
-  m_names.clear();
+  if (m_compilation != nullptr) m_context.GiveBack(std::move(m_compilation));
+}
+
+void CQMExpression::ReleaseReferences() {
   for (CQMDatum* symbol : m_references) {
     if (symbol != nullptr)
       symbol->ReleaseRef();  // a place stays empty when memory runs out before its symbol
@@ -104,6 +108,8 @@ void CQMExpression::EnterComplexMode() {
   m_resolver = m_context.GetResolver(EQMResolverClass::Complex);  // first, as there may be no memory for it
   m_complexMode = true;
   if (m_original != nullptr) m_original->m_startsComplex = true;
+  if (!m_runnable) return;
+  m_compilation->program.Make(m_compilation->operators, *this, m_resolver->GetWay());
 }
 
 // An expression and its copies are complex together, each from its next run on.
@@ -111,6 +117,73 @@ void CQMExpression::FollowModes() {
   bool const isOriginalComplex =
       m_original != nullptr && (m_original->m_complexMode || m_original->m_startsComplex);
   if (!m_complexMode && (m_startsComplex || isOriginalComplex)) EnterComplexMode();
+}
+
+// ---- detached expressions ----
+
+void CQMExpression::Detach() {
+  // Names of the expression itself may be of any type when it is compiled again, those in tables are what a
+  // text finds there.
+  bool const mayBe = m_runnable && !m_complexMode && m_definition == nullptr && m_original == nullptr &&
+                     m_locals.empty() && m_compilation->names.empty() && Program().IsQuiet();
+  CQMDatum* const result = GetResultDatum();
+  if (!mayBe || result == nullptr) return;
+  auto detached = CQMDetachedProgram::Make(m_compilation->operators, *this, *result, m_compilation->operands);
+  if (detached == nullptr) return;
+  std::vector<CQMDatum*> names(m_compilation->operands);
+  for (CQMDatum*& name : names) {
+    if (name != nullptr && name->GetOwningExpression() == this) name = nullptr;
+  }
+  m_boundNames = std::move(names);
+  m_detached = std::move(detached);
+  m_context.GiveBack(std::move(m_compilation));
+}
+
+/** Compiles the text of a detached expression once more, with its names bound as they were. Without memory
+ * for that, or with variables that its operators refuse now, it stays as it is. */
+long CQMExpression::Restore() {
+  long code = Error::None;
+  try {
+    code = CompileText({});
+  } catch (...) {
+    GiveUpRestoring();
+    throw;
+  }
+  if (code != Error::None) GiveUpRestoring();
+  return code;
+}
+
+void CQMExpression::GiveUpRestoring() {
+  if (m_compilation != nullptr) m_context.GiveBack(std::move(m_compilation));
+  m_errorState = Error::None;
+  m_complexMode = false;
+  m_runnable = true;
+}
+
+long CQMExpression::ResolveDetached() {
+  if (!m_detached->IsCurrent() && !m_detached->RemainsCurrent(m_boundNames)) {
+    if (long const code = Restore(); code != Error::None) return code;
+    m_detached.reset();
+    if (m_complexMode) EnterComplexMode();
+    Detach();
+    return Resolve();
+  }
+  long position = 0;
+  long const status = m_detached->Run(m_context.GetAngleFactorToRadians(), position);
+  return status == Status::NeedsComplex ? ContinueInComplex(position) : status;
+}
+
+/** Goes on from the operator that asked for complex evaluation, with the values that the others have. */
+long CQMExpression::ContinueInComplex(long position) {
+  if (!m_context.MayBecomeComplex()) return Error::ResultIsComplex;
+  if (long const code = Restore(); code != Error::None) return code;
+  m_detached->HandOver(m_compilation->operators, *this);
+  m_detached.reset();
+  EnterComplexMode();
+  CQMTemporaryValue<bool> const running(m_isRunning, true);
+  long const status = m_resolver->Resolve(m_compilation->program, position);
+  AcceptPromotions();
+  return status;
 }
 
 // ---- symbols ----
@@ -143,12 +216,13 @@ CQMDatum* CQMExpression::GetSymbol(std::string_view name) const {
 
 long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
   if (datum == nullptr || !datum->IsPending()) return Error::None;
-  auto const owned = m_names.find(datum);
-  if (owned == m_names.end()) return Error::NotFound;
+  auto& names = m_compilation->names;
+  auto const owned = names.find(datum);
+  if (owned == names.end()) return Error::NotFound;
   char scope = UseNextSymbolScope();
   if (scope == Scope::kDefault) scope = m_context.GetDefaultVariableScope();
-  CQMSymbolTable* const table = scope == Scope::kCosmic   ? m_cosmicTable
-                                : scope == Scope::kGlobal ? m_globalTable
+  CQMSymbolTable* const table = scope == Scope::kCosmic   ? m_context.GetCosmicSymbolTable()
+                                : scope == Scope::kGlobal ? m_context.GetGlobalSymbolTable()
                                                           : nullptr;
   // The same name may have been confirmed earlier in this statement: `x = (x = 5) + 1` has one x.
   CQMDatum* known = nullptr;
@@ -168,7 +242,7 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
   } else {
     static_cast<void>(owned->second.release());  // the table owns it now
   }
-  m_names.erase(owned);
+  names.erase(owned);
   return Error::None;
 }
 
@@ -205,6 +279,7 @@ CQMExpression& CQMExpression::CopyForNewRun() {
 
 long CQMExpression::Resolve() {
   m_stopPosition = kNoPosition;
+  if (m_detached != nullptr) return ResolveDetached();
   if (!m_runnable)
     return m_errorState != Error::None ? m_errorState : static_cast<long>(Error::BadExpression);
   if (m_startsComplex || m_original != nullptr) FollowModes();
@@ -212,40 +287,58 @@ long CQMExpression::Resolve() {
     if (long const code = VerifyBeforeRun(); code != Error::None) return code;
   }
   CQMTemporaryValue<bool> const running(m_isRunning, true);
-  for (CQMOperator* const opener : m_openersToReset) opener->ResetBlock();
+  for (SQMBlock* const block : m_compilation->blocksToReset) *block = {};
   long position = 0;
   long status = Status::NeedsComplex;
   if (!m_complexMode) {
-    status = m_resolver->Resolve(m_program, position);
+    status = m_resolver->Resolve(m_compilation->program, position);
     if (status == Status::NeedsComplex && !m_complexMode) {
       if (!m_context.MayBecomeComplex()) return Error::ResultIsComplex;
       EnterComplexMode();  // for good, and from the operator that asked for it on
     }
   }
-  if (status == Status::NeedsComplex) status = m_resolver->Resolve(m_program, position);
+  if (status == Status::NeedsComplex) status = m_resolver->Resolve(m_compilation->program, position);
   if (m_complexMode) AcceptPromotions();
   if (status != Status::Stop) return status;
   m_stopPosition = position;
   return Error::None;
 }
 
-CQMDatum* CQMExpression::GetResult() const {
+CQMDatum* CQMExpression::GetResultDatum() const {
+  auto const& operators = m_compilation->operators;
   if (m_stopPosition >= 0 && m_stopPosition < GetOperatorCount()) {
-    return m_operators[static_cast<std::size_t>(m_stopPosition)]->GetResultOperand();
+    return operators[static_cast<std::size_t>(m_stopPosition)]->GetResultOperand();
   }
-  if (!m_operators.empty()) return m_operators.back()->GetResultOperand();
-  return m_operands.empty() ? nullptr : m_operands.back();
+  if (!operators.empty()) return operators.back()->GetResultOperand();
+  return m_compilation->operands.empty() ? nullptr : m_compilation->operands.back();
+}
+
+SQMResultView CQMExpression::GetResult() const {
+  if (m_detached != nullptr) return m_detached->GetResult();
+  CQMDatum const* const datum = m_compilation != nullptr ? GetResultDatum() : nullptr;
+  if (datum == nullptr) return {};
+  SQMResultView view{datum->GetType(), true, datum->GetValue() != nullptr};
+  switch (view.type) {
+    case EQMDataType::Complex: view.imaginary = datum->Imaginary(); [[fallthrough]];
+    case EQMDataType::Number:
+    case EQMDataType::Real: view.real = datum->Real(); break;
+    case EQMDataType::String:
+    case EQMDataType::Text: view.text = datum->GetText(); break;
+    case EQMDataType::Boolean: view.boolean = datum->BooleanByte() != 0; break;
+    default: break;
+  }
+  return view;
 }
 
 CQMOperator* CQMExpression::GetOperatorByIndex(long index) const {
-  return index >= 0 && index < GetOperatorCount() ? m_operators[static_cast<std::size_t>(index)].get()
+  return index >= 0 && index < GetOperatorCount() ? m_compilation->operators[static_cast<std::size_t>(index)]
                                                   : nullptr;
 }
 
 CQMDatum* CQMExpression::GetOperandByIndex(long index) const {
-  return index >= 0 && index < static_cast<long>(m_operands.size())
-             ? m_operands[static_cast<std::size_t>(index)]
-             : nullptr;
+  bool const isThere =
+      m_compilation != nullptr && index >= 0 && index < static_cast<long>(m_compilation->operands.size());
+  return isThere ? m_compilation->operands[static_cast<std::size_t>(index)] : nullptr;
 }
 
 }  // namespace qumel

@@ -10,20 +10,21 @@
 #include <unordered_map>
 #include <vector>
 
+#include "engine/compilation.h"
+#include "engine/detached_program.h"
 #include "engine/operator.h"
 #include "engine/operator_context.h"
-#include "engine/program.h"
+#include "engine/result_view.h"
 #include "language/operator_definition.h"
 #include "values/datum.h"
 
 namespace qumel {
 
-class CQMOperatorFactory;
 class CQMReachableDefinitions;
 class CQMResolver;
 class CQMSymbolTable;
 
-/** Compiles postfix text, then runs any number of times. Owns its operators, its temporary datums and its
+/** Compiles postfix text, then runs any number of times. Owns its program, what that was compiled to, and its
  * local symbols. The first error is kept and stops every later step. */
 class CQMExpression : public CQMLinkedObject {
  public:
@@ -34,9 +35,6 @@ class CQMExpression : public CQMLinkedObject {
   ~CQMExpression() override;
 
   CQMOperatorContext& GetContext() const { return m_context; }
-  void SetCosmicSymbolTable(CQMSymbolTable* table) { m_cosmicTable = table; }
-  void SetGlobalSymbolTable(CQMSymbolTable* table) { m_globalTable = table; }
-  void SetOperatorFactory(CQMOperatorFactory* factory) { m_factory = factory; }
 
   // ---- compiling ----
   /** Replaces what was compiled before. Returns the error state. */
@@ -48,6 +46,9 @@ class CQMExpression : public CQMLinkedObject {
    * and intermediate results of its own, and shares everything else with its original, which outlives it. */
   long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
   std::string const& GetParsedText() const { return m_text; }
+  /** After compiling: lets go of what the program can do without, if it can: of most expressions on numbers
+   * only the steps and their values are left. What goes is made again when a run asks for it. */
+  void Detach();
   /** Before compiling: other, which lives as long as this one, keeps the definitions of host operators for
    * both. */
   void ShareDefinitions(CQMExpression const& other) { m_definitions = other.m_definitions; }
@@ -71,11 +72,13 @@ class CQMExpression : public CQMLinkedObject {
    * kept for later runs. One that cannot be compiled says so when it is to run. */
   CQMExpression& ForNewRun() { return m_isRunning ? CopyForNewRun() : *this; }
   long Resolve();
-  /** The datum that holds the result of the last run, or null. It lives as long as the expression. */
-  CQMDatum* GetResult() const;
+  /** The result of the last run. Texts live until the next run and as long as the expression. */
+  SQMResultView GetResult() const;
+  /** The datum that holds it, or null; not of a detached expression. It lives as long as the expression. */
+  CQMDatum* GetResultDatum() const;
   bool IsInComplexMode() const { return m_complexMode; }
   /** Whether a run is sure not to call the host: then nothing can happen to the expression meanwhile. */
-  bool IsQuiet() const { return m_program.IsQuiet(); }
+  bool IsQuiet() const { return m_detached != nullptr || Program().IsQuiet(); }
   /** For good. Needs no permission: whoever calls this has it, or has complex operands. */
   void EnterComplexMode();
 
@@ -91,32 +94,35 @@ class CQMExpression : public CQMLinkedObject {
 
   long GetErrorState() const { return m_errorState; }
   void SetErrorState(long code) { m_errorState = code; }
-  long GetOperatorCount() const { return static_cast<long>(m_operators.size()); }
+  // ---- what verification works on; nothing of a detached expression ----
+  long GetOperatorCount() const {
+    return m_compilation != nullptr ? static_cast<long>(m_compilation->operators.size()) : 0;
+  }
   CQMOperator* GetOperatorByIndex(long index) const;
   CQMDatum* GetOperandByIndex(long index) const;
   /** Whether a goto may enter a block past its opener. */
-  bool HasPassedByOpeners() const { return !m_openersToReset.empty(); }
+  bool HasPassedByOpeners() const { return !m_compilation->blocksToReset.empty(); }
 
  private:
-  struct SQMWorkItem {
-    CQMDatum* datum;
-    long firstOperator;     // where the operators that compute datum begin
-    bool isResult = false;  // of an operator: it is pushed once, so whoever pops it alone reads it
-  };
-  using WorkStack = std::vector<SQMWorkItem>;
+  using SQMWorkItem = SQMCompilation::SQMWorkItem;
 
   long Compile(std::span<CQMDatum* const> parameters, bool optimize);
+  long CompileText(std::span<CQMDatum* const> parameters);
+  long Restore();
+  void GiveUpRestoring();
+  long ResolveDetached();
+  long ContinueInComplex(long position);
+  CQMProgram const& Program() const { return m_compilation->program; }
   CQMExpression& CopyForNewRun();
   void FollowModes();
   // reading postfix text (expression_reading.cpp)
   long CreateTokenLists(std::span<CQMDatum* const> parameters);
-  long ReadOperator(std::string_view text, WorkStack& stack);
-  std::unique_ptr<CQMOperator> MakeOperatorAt(long index, long id);
+  long ReadOperator(std::string_view text);
+  CQMOperator* MakeOperatorAt(long index, long id);
   CQMDatum* ReadNumber(std::string_view text);
   CQMDatum* ReadString(std::string_view text);
   CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
   CQMDatum* MakeTemporary();
-  std::unique_ptr<CQMDatum> NewTemporary();
   CQMDatum* FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const;
   /** The symbol, with a reference that this expression gives back; null where the table has none. */
   CQMDatum* ReserveTableSymbol(CQMSymbolTable& table, std::string_view name);
@@ -124,7 +130,8 @@ class CQMExpression : public CQMLinkedObject {
   /** Enters datum in table, with a reference of this expression; where the table has the name, known is its
    * symbol instead. */
   long EnterTableSymbol(CQMSymbolTable& table, char scope, CQMDatum& datum, CQMDatum*& known);
-  void DestroyTokenLists();
+  void ReleaseCompilation();
+  void ReleaseReferences();
   // verifying, optimising, finalising, linking (expression_verification.cpp, linking.cpp)
   long Verify(long first);
   long VerifyOperator(long index, bool finalPass, bool& askAgain, bool& progress);
@@ -148,9 +155,6 @@ class CQMExpression : public CQMLinkedObject {
   long FirstThatMayFollow(long next) const;
 
   CQMOperatorContext& m_context;
-  CQMSymbolTable* m_cosmicTable = nullptr;
-  CQMSymbolTable* m_globalTable = nullptr;
-  CQMOperatorFactory* m_factory = nullptr;
   CQMResolver* m_resolver = nullptr;
   long m_errorState = Error::None;
   long m_stopPosition = kNoPosition;
@@ -168,15 +172,10 @@ class CQMExpression : public CQMLinkedObject {
   std::shared_ptr<CQMReachableDefinitions> m_definitions;  // made with the first host operator
   std::vector<std::unique_ptr<CQMDatum>> m_locals;
   std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
-  std::vector<std::unique_ptr<CQMDatum>> m_temporaries;                    // literals
-  std::unordered_map<CQMDatum const*, std::unique_ptr<CQMDatum>> m_names;  // read, and not confirmed
-  std::vector<CQMDatum*> m_references;  // table symbols that this expression holds a reference on
-  std::vector<CQMDatum*> m_operands;    // one an operand token
-  std::vector<std::unique_ptr<CQMOperator>> m_operators;  // in execution order
-  std::vector<long> m_unverified;                         // positions of operators, ascending
-  CQMProgram m_program;
-  std::vector<CQMOperator*> m_openersToReset;  // of blocks that a run may enter without them
-  std::vector<CQMExpression*> m_bodies;        // of operators, which own them
+  std::vector<CQMDatum*> m_references;             // table symbols that this expression holds a reference on
+  std::unique_ptr<SQMCompilation> m_compilation;   // null before the first, and of a detached expression
+  std::unique_ptr<CQMDetachedProgram> m_detached;  // what is left of a detached one
+  std::vector<CQMDatum*> m_boundNames;  // of a detached one: its operands, null where they are gone
   std::vector<std::unique_ptr<CQMExpression>> m_copies;
   // what tells whether variables became complex
   std::span<CQMDatum* const> m_parameters;

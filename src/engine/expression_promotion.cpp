@@ -29,7 +29,7 @@ long CQMExpression::CountComplexParameters() const {
 // operators may change back; they have no names, and those lent to a body count as its parameters.
 CQMExpression::SQMComplexCounts CQMExpression::CountComplex() const {
   SQMComplexCounts counts{0, 0, CountComplexParameters()};
-  for (CQMDatum* const operand : m_operands) {
+  for (CQMDatum* const operand : m_compilation->operands) {
     if (IsComplex(operand) && !operand->Name().empty())
       ++(IsInTable(*operand) ? counts.inTables : counts.others);
   }
@@ -52,7 +52,8 @@ long CQMExpression::VerifyBeforeRun() {
   if (promoted != EQMPromoted::Nothing) {
     code = VerifyAnew(0, promoted);
   } else {
-    for (auto body = m_bodies.begin(); body != m_bodies.end() && code == Error::None; ++body) {
+    auto const& bodies = m_compilation->bodies;
+    for (auto body = bodies.begin(); body != bodies.end() && code == Error::None; ++body) {
       code = (*body)->VerifyBeforeRun();
     }
   }

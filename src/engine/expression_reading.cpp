@@ -25,23 +25,24 @@ std::string FoldDigits(std::string_view literal) {
 }  // namespace
 
 long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
-  WorkStack stack;
+  std::vector<CQMOperator*>& operators = m_compilation->operators;
+  std::vector<SQMWorkItem>& stack = m_compilation->stack;
   auto const push = [&](CQMDatum* operand) {
-    m_operands.push_back(operand);
+    m_compilation->operands.push_back(operand);
     if (operand != nullptr) stack.push_back({operand, GetOperatorCount()});
   };
   CQMPostfixReader reader(m_text);
   for (SQMPostfixItem item; reader.Next(item);) {
     switch (item.mark) {
       case PostfixMark::kOperator:
-        if (long const code = ReadOperator(item.text, stack); code != Error::None) return Fail(code);
+        if (long const code = ReadOperator(item.text); code != Error::None) return Fail(code);
         break;
       case PostfixMark::kNumber: push(ReadNumber(item.text)); break;
       case PostfixMark::kString: push(ReadString(item.text)); break;
       case PostfixMark::kName: push(ReadSymbol(item.text, parameters)); break;
       case PostfixMark::kMarkedOperator: push(nullptr); break;
       case PostfixMark::kEnd:
-        if (!m_operators.empty()) m_operators.back()->SetEndsStatement(true);
+        if (!operators.empty()) operators.back()->SetEndsStatement(true);
         if (long const code = Verify(0); code != Error::None) return code;
         // operands and one-shot words serve their own statement only
         stack.clear();
@@ -54,25 +55,25 @@ long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
   return Error::None;
 }
 
-long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
+long CQMExpression::ReadOperator(std::string_view text) {
   std::size_t const point = text.find(PostfixMark::kCount);
   long const id = ParseLong(text.substr(0, point));
   long const wanted = point == std::string_view::npos ? 0 : ParseLong(text.substr(point + 1));
   if (id > OpId::LastStandard && m_definitions == nullptr)
     m_definitions = std::make_shared<CQMReachableDefinitions>(m_context);
   long const index = GetOperatorCount();
-  std::unique_ptr<CQMOperator> made = MakeOperatorAt(index, id);
+  CQMOperator* const made = MakeOperatorAt(index, id);
   if (made == nullptr) return Error::UnimplementedOperator;
   CQMOperator& op = *made;
-  op.SetParentObject(this);
   op.SetExpression(this);
-  m_operators.push_back(std::move(made));
-  m_unverified.push_back(index);
+  m_compilation->operators.push_back(made);
+  m_compilation->verification.unverified.push_back(index);
 
   // more operands than there are could never be filled; the slot left over tells verification that one is
   // missing
+  std::vector<SQMWorkItem>& stack = m_compilation->stack;
   long const count = std::clamp(wanted, 0L, static_cast<long>(stack.size()) + 1);
-  op.CreateOperandList(count);
+  op.CreateOperandList(m_compilation->arena, count);
   long first = index;
   for (long i = 0; i < count && !stack.empty(); ++i) {
     if (op.AssignOperand(stack.back().datum) != Error::None) break;
@@ -80,13 +81,13 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
     first = std::min(first, stack.back().firstOperator);
     stack.pop_back();
   }
-  CQMDatum* const result = op.SetResultOperand(nullptr);
+  CQMDatum* const result = op.SetResultOperand(m_compilation->arena);
   result->SetOwningExpression(this);
   if (op.VerifiesImmediately()) {
     if (long const code = Verify(first); code != Error::None) return code;
   }
   // verification may have put a substitute in the operator's place; the result stays the same datum
-  CQMDatum* const declared = IsTypeWord(id) ? m_operators.back()->GetOperandByIndex(0) : nullptr;
+  CQMDatum* const declared = IsTypeWord(id) ? m_compilation->operators.back()->GetOperandByIndex(0) : nullptr;
   if (declared != nullptr) {
     stack.push_back({declared, first});
   } else if (!LeavesNothing(id)) {
@@ -96,21 +97,21 @@ long CQMExpression::ReadOperator(std::string_view text, WorkStack& stack) {
 }
 
 // What a copy takes over from its original does not depend on what was defined, deleted or evaluated since.
-std::unique_ptr<CQMOperator> CQMExpression::MakeOperatorAt(long index, long id) {
+CQMOperator* CQMExpression::MakeOperatorAt(long index, long id) {
+  CQMArena& arena = m_compilation->arena;
   if (m_original != nullptr) {
-    if (auto twin = m_original->GetOperatorByIndex(index)->MakeTwin(); twin != nullptr) return twin;
+    CQMOperator* const twin = m_original->GetOperatorByIndex(index)->MakeTwin(arena);
+    if (twin != nullptr) return twin;
   }
-  return m_factory != nullptr ? m_factory->GetOperator(id, m_definitions.get()) : nullptr;
+  return m_context.GetOperatorFactory()->GetOperator(id, arena, m_definitions.get());
 }
 
-std::unique_ptr<CQMDatum> CQMExpression::NewTemporary() {
-  auto made = std::make_unique<CQMDatum>();
+CQMDatum* CQMExpression::MakeTemporary() {
+  auto* const made = m_compilation->arena.Make<CQMDatum>();
   made->SetTemporary(true);
   made->SetOwningExpression(this);
   return made;
 }
-
-CQMDatum* CQMExpression::MakeTemporary() { return m_temporaries.emplace_back(NewTemporary()).get(); }
 
 CQMDatum* CQMExpression::ReadNumber(std::string_view text) {
   bool const hasSmallDigits = std::any_of(text.begin() + (text.empty() ? 0 : 1), text.end(),
@@ -135,14 +136,18 @@ CQMDatum* CQMExpression::ReadString(std::string_view text) {
 
 CQMDatum* CQMExpression::ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters) {
   if (CQMDatum* const parameter = FindParameter(name, parameters); parameter != nullptr) return parameter;
-  if (m_original != nullptr) return m_original->m_operands[m_operands.size()];
+  std::size_t const index = m_compilation->operands.size();
+  if (m_detached != nullptr) return m_boundNames[index];
+  if (m_original != nullptr) return m_original->m_compilation->operands[index];
   if (CQMDatum* const local = GetSymbol(name); local != nullptr) return local;
   if (CQMDatum* const symbol = FindTableSymbol(name); symbol != nullptr) return symbol;
-  std::unique_ptr<CQMDatum> datum = NewTemporary();
+  auto datum = std::make_unique<CQMDatum>();
+  datum->SetTemporary(true);
+  datum->SetOwningExpression(this);
   datum->SetDatumName(std::string(name).c_str());
   datum->SetPending(true);
   CQMDatum* const read = datum.get();
-  return m_names.try_emplace(read, std::move(datum)).first->second.get();
+  return m_compilation->names.try_emplace(read, std::move(datum)).first->second.get();
 }
 
 CQMDatum* CQMExpression::FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const {
@@ -163,7 +168,7 @@ CQMDatum* CQMExpression::ReserveTableSymbol(CQMSymbolTable& table, std::string_v
 }
 
 CQMDatum* CQMExpression::FindTableSymbol(std::string_view name) {
-  for (CQMSymbolTable* table : {m_globalTable, m_cosmicTable}) {
+  for (CQMSymbolTable* table : {m_context.GetGlobalSymbolTable(), m_context.GetCosmicSymbolTable()}) {
     if (CQMDatum* const found = table != nullptr ? ReserveTableSymbol(*table, name) : nullptr;
         found != nullptr)
       return found;

@@ -37,28 +37,30 @@ bool HasOperand(CQMOperator const& op, bool (*test)(CQMDatum const&)) {
 // repeat while an operator asks for one, which is as long as types still spread, and end with a final pass
 // that decides.
 long CQMExpression::Verify(long first) {
-  auto const begin = std::lower_bound(m_unverified.begin(), m_unverified.end(), first);
-  std::vector<long> const work(begin, m_unverified.end());
-  m_unverified.erase(begin, m_unverified.end());
-  std::vector<std::size_t> signatures(work.size(), 0);
+  auto& [unverified, work, signatures] = m_compilation->verification;
+  auto const begin = std::lower_bound(unverified.begin(), unverified.end(), first);
+  work.assign(begin, unverified.end());
+  unverified.erase(begin, unverified.end());
+  signatures.assign(work.size(), 0);
+  std::span<CQMOperator* const> const operators = m_compilation->operators;
   bool const declares = std::any_of(work.begin(), work.end(), [this](long index) {
-    return m_operators[static_cast<std::size_t>(index)]->VerifiesImmediately();
+    return GetOperatorByIndex(index)->VerifiesImmediately();
   });
   for (bool finalPass = false;;) {
     bool askAgain = false;
     bool progress = false;
     for (std::size_t i = 0; i < work.size(); ++i) {
       auto const position = static_cast<std::size_t>(work[i]);
-      std::size_t const signature = OperandSignature(*m_operators[position]);
-      if (m_operators[position]->IsVerified() && signatures[i] == signature) continue;
+      std::size_t const signature = OperandSignature(*operators[position]);
+      if (operators[position]->IsVerified() && signatures[i] == signature) continue;
       if (long const code = VerifyOperator(work[i], finalPass, askAgain, progress); code != Error::None) {
         return Fail(code);
       }
       // an operator may type its own operand, as an assignment does its target
-      signatures[i] = OperandSignature(*m_operators[position]);
+      signatures[i] = OperandSignature(*operators[position]);
     }
     for (std::size_t i = 0; declares && !askAgain && i < work.size(); ++i) {
-      askAgain = signatures[i] != OperandSignature(*m_operators[static_cast<std::size_t>(work[i])]);
+      askAgain = signatures[i] != OperandSignature(*operators[static_cast<std::size_t>(work[i])]);
     }
     if (!askAgain || finalPass) return Error::None;
     finalPass = !progress;
@@ -66,7 +68,7 @@ long CQMExpression::Verify(long first) {
 }
 
 long CQMExpression::VerifyOperator(long index, bool finalPass, bool& askAgain, bool& progress) {
-  auto& op = m_operators[static_cast<std::size_t>(index)];
+  CQMOperator*& op = m_compilation->operators[static_cast<std::size_t>(index)];
   long code = op->VerifyOperands();
   for (int substitutions = 0; code == Error::UseSubstitute; ++substitutions) {
     constexpr int kMostSubstitutions = 8;
@@ -96,27 +98,27 @@ long CQMExpression::VerifyOperator(long index, bool finalPass, bool& askAgain, b
   return Error::None;
 }
 
-// A copy has the permission that its original had.
+// Whoever is compiled once more has the permission that was there the first time.
 bool CQMExpression::AsksForComplex(long code) const {
-  return code == Error::ComplexOperandFound ||
-         (code == Error::ResultIsComplex && (m_original != nullptr || m_context.MayBecomeComplex()));
+  bool const isPermitted = m_original != nullptr || m_detached != nullptr || m_context.MayBecomeComplex();
+  return code == Error::ComplexOperandFound || (code == Error::ResultIsComplex && isPermitted);
 }
 
 // The new operator takes over operands and result; whoever holds the result datum need not know.
 long CQMExpression::Substitute(long index) {
-  auto& place = m_operators[static_cast<std::size_t>(index)];
-  std::unique_ptr<CQMOperator> made = m_factory->GetOperator(place->GetSubstituteId());
+  CQMOperator*& place = m_compilation->operators[static_cast<std::size_t>(index)];
+  CQMArena& arena = m_compilation->arena;
+  CQMOperator* const made = m_context.GetOperatorFactory()->GetOperator(place->GetSubstituteId(), arena);
   if (made == nullptr) return Error::UnimplementedOperator;
-  made->SetParentObject(this);
   made->SetExpression(this);
-  made->CreateOperandList(place->GetOperandCount());
+  made->CreateOperandList(arena, place->GetOperandCount());
   for (long i = place->GetOperandCount() - 1; i >= 0; --i) {
     made->AssignOperand(place->GetOperandByIndex(i));
     if (place->IsOnlyReader(i)) made->SetOnlyReader(i);
   }
-  made->SetResultOperand(place->ReleaseResultOperand());
+  made->SetResultOperand(arena, place->GetResultOperand());
   made->SetEndsStatement(place->EndsStatement());
-  place = std::move(made);
+  place = made;
   return Error::None;
 }
 
@@ -126,7 +128,7 @@ long CQMExpression::Optimize() {
     if (pass > mostPasses) return Fail(Error::TooManySubstitutions);
     bool askAgain = false;
     for (long index = 0; index < GetOperatorCount(); ++index) {
-      auto& op = m_operators[static_cast<std::size_t>(index)];
+      CQMOperator*& op = m_compilation->operators[static_cast<std::size_t>(index)];
       if (op->IsFinalized()) continue;
       long const code = op->Optimize();
       if (code == Error::None) {
@@ -145,9 +147,9 @@ long CQMExpression::Optimize() {
 }
 
 long CQMExpression::Finalize() {
-  for (auto const& op : m_operators) {
+  for (CQMOperator* const op : m_compilation->operators) {
     if (long const code = op->Finalize(); code != Error::None) return Fail(code);
-    if (CQMExpression* const body = op->GetBody(); body != nullptr) m_bodies.push_back(body);
+    if (CQMExpression* const body = op->GetBody(); body != nullptr) m_compilation->bodies.push_back(body);
   }
   return Error::None;
 }

@@ -1,6 +1,5 @@
 // Linking: one pass over the operators of an expression finds its blocks and sets the links that the words of
 // control flow follow at run time. Every fault of structure is InvocationFailed.
-#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -20,13 +19,14 @@ constexpr bool IsScopeWord(long id) { return id >= OpId::CosmicScope && id <= Op
 
 class CQMLinker {
  public:
-  explicit CQMLinker(std::span<std::unique_ptr<CQMOperator> const> operators) : m_operators(operators) {}
+  CQMLinker(std::span<CQMOperator* const> operators, CQMArena& arena)
+      : m_operators(operators), m_arena(arena) {}
   long Link();
-  /** The openers of blocks that a goto may enter past them; none where there is no goto. */
-  std::vector<CQMOperator*> OpenersThatMayBePassedBy() const;
+  /** Adds to blocks those that a goto may enter past their openers; none where there is no goto. */
+  void FindBlocksToReset(std::vector<SQMBlock*>& blocks) const;
 
  private:
-  struct SQMBlock {
+  struct SQMOpenBlock {
     long opener;
     long chain;  // the last then, else, do, case or default of the block
   };
@@ -60,8 +60,9 @@ class CQMLinker {
   long LinkGotos();
   long FirstOfOperands(long position) const;
 
-  std::span<std::unique_ptr<CQMOperator> const> m_operators;
-  std::vector<SQMBlock> m_blocks;
+  std::span<CQMOperator* const> m_operators;
+  CQMArena& m_arena;
+  std::vector<SQMOpenBlock> m_blocks;
   std::vector<long> m_breakTargets;
   std::vector<long> m_continueTargets;
   std::vector<long> m_breaks;
@@ -76,13 +77,11 @@ long CQMLinker::Link() {
   return LinkBreaksAndEnds() ? LinkGotos() : static_cast<long>(Error::InvocationFailed);
 }
 
-std::vector<CQMOperator*> CQMLinker::OpenersThatMayBePassedBy() const {
-  std::vector<CQMOperator*> openers;
-  if (m_gotos.empty()) return openers;
-  for (auto const& op : m_operators) {
-    if (IsLoop(op->GetId()) || IsSelect(op->GetId())) openers.push_back(op.get());
+void CQMLinker::FindBlocksToReset(std::vector<SQMBlock*>& blocks) const {
+  if (m_gotos.empty()) return;
+  for (CQMOperator const* const op : m_operators) {
+    if (op->GetBlock() != nullptr) blocks.push_back(op->GetBlock());
   }
-  return openers;
 }
 
 bool CQMLinker::LinkOperator(long position) {
@@ -114,6 +113,7 @@ bool CQMLinker::LinkOperator(long position) {
 bool CQMLinker::OpenBlock(long position, bool canBreak, bool canContinue) {
   if (m_blocks.size() == kDeepestNesting) return false;
   m_blocks.push_back({position, CQMOperator::kNoLink});
+  if (canBreak) At(position).SetBlock(m_arena.Make<SQMBlock>());
   if (canBreak) m_breakTargets.push_back(position);
   if (canContinue) m_continueTargets.push_back(position);
   At(position).SetTopLink(position);
@@ -139,7 +139,7 @@ bool CQMLinker::LinkElse(long position) {
 
 bool CQMLinker::LinkDo(long position) {
   if (!IsInside(IsLoop)) return false;
-  if (Opener().GetId() == OpId::Until) At(position).SetSecondFlag(false);
+  if (Opener().GetId() == OpId::Until) At(position).SetLoopsWhile(false);
   m_blocks.back().chain = position;
   Join(position, m_blocks.back().opener);
   return true;
@@ -196,13 +196,13 @@ bool CQMLinker::LinkJump(long position, std::vector<long> const& targets) {
 
 // What is still open runs to the end of the expression; but a branch must have its "then".
 bool CQMLinker::LinkBreaksAndEnds() {
-  for (SQMBlock const& block : m_blocks) {
+  for (SQMOpenBlock const& block : m_blocks) {
     if (IsBranch(At(block.opener).GetId()) && block.chain == CQMOperator::kNoLink) return false;
   }
   for (long const position : m_breaks) {
     At(position).SetSkipLink(At(position).GetTopLinkOperator()->GetSkipLink());
   }
-  for (auto const& op : m_operators) {
+  for (CQMOperator* const op : m_operators) {
     if (op->GetSkipLink() == CQMOperator::kNoLink) op->SetSkipLink(static_cast<long>(m_operators.size()));
   }
   return true;
@@ -255,9 +255,9 @@ long CQMLinker::FirstOfOperands(long position) const {
 }  // namespace
 
 long CQMExpression::Link() {
-  CQMLinker linker(m_operators);
+  CQMLinker linker(m_compilation->operators, m_compilation->arena);
   if (long const code = linker.Link(); code != Error::None) return Fail(code);
-  m_openersToReset = linker.OpenersThatMayBePassedBy();
+  linker.FindBlocksToReset(m_compilation->blocksToReset);
   return Error::None;
 }
 

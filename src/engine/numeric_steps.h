@@ -2,6 +2,7 @@
 // from.
 #pragma once
 
+#include "engine/call.h"
 #include "engine/operator.h"
 #include "engine/program.h"
 #include "rules/outcome.h"
@@ -33,12 +34,11 @@ constexpr SQMStepFunctions kUnaryFunctions{&UnaryStep<Work, true, source>, &Unar
 
 /** Makes the step of an operator on one number. factor is what Work takes besides it. */
 template <class Work>
-bool MakeUnaryStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step, std::byte* factor) {
+bool MakeUnaryStep(CQMStepMaker& maker, SQMStep& step, std::byte* factor) {
   SQMStepOperand operand;
-  if (!CQMStepMaker::HasNumberResult(op) || !maker.FindNumber(op, 0, true, operand)) return false;
+  if (!maker.FindNumberResult(step.result) || !maker.FindNumber(0, true, operand)) return false;
   step.first = operand.address;
   step.second = factor;
-  step.result = op.GetResultOperand()->Current();
   switch (operand.source) {
     case EQMSource::Direct: return maker.Use(kUnaryFunctions<Work, EQMSource::Direct>);
     case EQMSource::Indirect: return maker.Use(kUnaryFunctions<Work, EQMSource::Indirect>);
@@ -87,18 +87,25 @@ bool WithSources(EQMSource first, EQMSource second, Use use) {
   return false;
 }
 
+/** Finds two numbers for step; the first may be carried over only where mayCarryFirst. */
+inline bool FindTwoNumbers(CQMStepMaker& maker, SQMStep& step, bool mayCarryFirst, EQMSource& first,
+                           EQMSource& second) {
+  SQMStepOperand one;
+  SQMStepOperand two;
+  if (!maker.FindNumber(0, mayCarryFirst, one) || !maker.FindNumber(1, true, two)) return false;
+  step.first = one.address;
+  step.second = two.address;
+  first = one.source;
+  second = two.source;
+  return true;
+}
+
 template <class Work>
-bool MakeBinaryStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step) {
-  SQMStepOperand first;
-  SQMStepOperand second;
-  if (!CQMStepMaker::HasNumberResult(op) || !maker.FindNumber(op, 0, true, first) ||
-      !maker.FindNumber(op, 1, true, second)) {
-    return false;
-  }
-  step.first = first.address;
-  step.second = second.address;
-  step.result = op.GetResultOperand()->Current();
-  return WithSources(first.source, second.source, [&]<EQMSource one, EQMSource two>() {
+bool MakeBinaryStep(CQMStepMaker& maker, SQMStep& step) {
+  EQMSource first;
+  EQMSource second;
+  if (!maker.FindNumberResult(step.result) || !FindTwoNumbers(maker, step, true, first, second)) return false;
+  return WithSources(first, second, [&]<EQMSource one, EQMSource two>() {
     return maker.Use({&BinaryStep<Work, true, one, two>, &BinaryStep<Work, false, one, two>});
   });
 }
@@ -117,17 +124,12 @@ SQMStep const* ComparisonStep(SQMStep const* step, SQMFrame& frame, double carri
 }
 
 template <class Work>
-bool MakeComparisonStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step) {
-  SQMStepOperand first;
-  SQMStepOperand second;
-  if (!CQMStepMaker::HasBooleanResult(op) || !maker.FindNumber(op, 0, true, first) ||
-      !maker.FindNumber(op, 1, true, second)) {
+bool MakeComparisonStep(CQMStepMaker& maker, SQMStep& step) {
+  EQMSource first;
+  EQMSource second;
+  if (!maker.FindBooleanResult(step.result) || !FindTwoNumbers(maker, step, true, first, second))
     return false;
-  }
-  step.first = first.address;
-  step.second = second.address;
-  step.result = op.GetResultOperand()->Current();
-  return WithSources(first.source, second.source, [&]<EQMSource one, EQMSource two>() {
+  return WithSources(first, second, [&]<EQMSource one, EQMSource two>() {
     return maker.Use(
         {&ComparisonStep<Work, false, one, two>, nullptr, &ComparisonStep<Work, true, one, two>});
   });
@@ -145,17 +147,12 @@ SQMStep const* AssignmentStep(SQMStep const* step, SQMFrame& frame, double carri
 }
 
 template <class Work>
-bool MakeAssignmentStep(CQMStepMaker& maker, CQMOperator const& op, SQMStep& step) {
-  SQMStepOperand target;
-  SQMStepOperand value;
-  if (!CQMStepMaker::HasNumberResult(op) || !maker.FindNumber(op, 0, false, target) ||
-      !maker.FindNumber(op, 1, true, value)) {
+bool MakeAssignmentStep(CQMStepMaker& maker, SQMStep& step) {
+  EQMSource target;
+  EQMSource value;
+  if (!maker.FindNumberResult(step.result) || !FindTwoNumbers(maker, step, false, target, value))
     return false;
-  }
-  step.first = target.address;
-  step.second = value.address;
-  step.result = op.GetResultOperand()->Current();
-  return WithSources(target.source, value.source, [&]<EQMSource one, EQMSource two>() {
+  return WithSources(target, value, [&]<EQMSource one, EQMSource two>() {
     if constexpr (one == EQMSource::Carried) {
       return false;
     } else {

@@ -2,12 +2,11 @@
 #include "engine/operator.h"
 
 #include "engine/expression.h"
+#include "engine/step.h"
 
 namespace qumel {
 
-CQMOperator::CQMOperator() { SetTypeTag(kTypeTag); }
-
-CQMOperator::~CQMOperator() = default;
+void CQMOperator::PrepareStep(CQMStepMaker&, SQMStep&) {}
 
 bool CQMOperator::MakeStep(CQMStepMaker&, SQMStep&) { return false; }
 
@@ -16,10 +15,10 @@ long CQMOperator::Finalize() {
   return Error::None;
 }
 
-void CQMOperator::CreateOperandList(long count) {
+void CQMOperator::CreateOperandList(CQMArena& arena, long count) {
   m_assigned = 0;
   m_readAlone = 0;
-  m_operands.assign(count > 0 ? static_cast<std::size_t>(count) : 0, nullptr);
+  m_operands = arena.MakeArray<CQMDatum*>(count > 0 ? static_cast<std::size_t>(count) : 0);
 }
 
 long CQMOperator::AssignOperand(CQMDatum* operand) {
@@ -34,16 +33,14 @@ CQMDatum* CQMOperator::GetOperandByIndex(long index) const {
   return index >= 0 && index < m_assigned ? m_operands[static_cast<std::size_t>(index)] : nullptr;
 }
 
-CQMDatum* CQMOperator::SetResultOperand(std::unique_ptr<CQMDatum> datum) {
-  m_result = datum != nullptr ? std::move(datum) : std::make_unique<CQMDatum>();
+CQMDatum* CQMOperator::SetResultOperand(CQMArena& arena, CQMDatum* datum) {
+  m_result = datum != nullptr ? datum : arena.Make<CQMDatum>();
   TypeResult(GetReturnType());
   m_result->ClearValue();
-  return m_result.get();
+  return m_result;
 }
 
-CQMOperatorContext* CQMOperator::GetContext() const {
-  return m_expression != nullptr ? &m_expression->GetContext() : nullptr;
-}
+CQMOperatorContext& CQMOperator::GetContext() const { return m_expression->GetContext(); }
 
 long CQMOperator::CheckOperandCounts() {
   if (GetOperandCount() < GetOperandsNeeded()) return Error::NotEnoughOperands;

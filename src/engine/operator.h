@@ -1,11 +1,12 @@
-// The base of all operator objects: operands, result, links, and the contract of verification and execution.
+// The base of all operators: operands, result, links, and the contract of verification. An operator object
+// serves the compilation; what runs are the steps that it makes.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <vector>
 
+#include "base/arena.h"
 #include "base/errors.h"
 #include "base/operator_ids.h"
 #include "values/datum.h"
@@ -15,25 +16,29 @@ namespace qumel {
 class CQMExpression;
 class CQMOperatorContext;
 class CQMStepMaker;
+struct SQMBlock;
 struct SQMStep;
+struct SQMWays;
 
 /** One occurrence of an operator in one expression. Made by the factory, then, in this order:
  * CreateOperandList, AssignOperand once an operand, SetResultOperand, VerifyOperands (perhaps again),
- * Optimize, Finalize, links set, DoOperation or DoComplexOperation any number of times. */
-class CQMOperator : public CQMLinkedObject {
+ * Optimize, Finalize, links set, steps made. */
+class CQMOperator {
  public:
-  static constexpr char const* kTypeTag = TypeTag::kOperator;
   static constexpr long kNoLink = -1;
 
-  CQMOperator();
-  ~CQMOperator() override;
+  CQMOperator() = default;
+  virtual ~CQMOperator() = default;
+  CQMOperator(CQMOperator const&) = delete;
+  CQMOperator& operator=(CQMOperator const&) = delete;
 
   // ---- what each operator class supplies ----
-  /** Writes the result and moves position (normally by Advance). Returns 0, an error code, or a Status. */
-  virtual long DoOperation(long& position) = 0;
-  virtual long DoComplexOperation(long& position) { return DoOperation(position); }
-  /** Makes step one that does in real evaluation what DoOperation does, without the operator. False where
-   * there is none for operands like these; then the program calls DoOperation. */
+  /** The steps that do the operator's work on operands of any kind, in real and in complex evaluation. */
+  virtual SQMWays GetWays() const = 0;
+  /** Gives such a step what it needs besides operands and result. */
+  virtual void PrepareStep(CQMStepMaker& maker, SQMStep& step);
+  /** Makes step one that does the same in real evaluation on numbers and booleans at fixed addresses. False
+   * where there is none for operands like these. */
   virtual bool MakeStep(CQMStepMaker& maker, SQMStep& step);
   virtual long GetOperandsNeeded() = 0;
   virtual long GetOperandsMaximum() { return GetOperandsNeeded(); }
@@ -45,15 +50,15 @@ class CQMOperator : public CQMLinkedObject {
    * for complex evaluation; any other code fails the compilation. The base asks for operands of the result's
    * class. */
   virtual long VerifyOperands();
-  /** Takes ownership of datum (a fresh one for null), gives it the return type and zeroes it. */
-  virtual CQMDatum* SetResultOperand(std::unique_ptr<CQMDatum> datum);
+  /** Makes datum (for null a fresh one in arena) the result, gives it the return type and zeroes it. */
+  virtual CQMDatum* SetResultOperand(CQMArena& arena, CQMDatum* datum = nullptr);
   virtual EQMDataType GetReturnType() { return EQMDataType::Number; }
   virtual EQMTypeClass GetReturnClass() { return GetTypeClass(GetReturnType()); }
   /** Whether the operator declares names, so that it must be verified as soon as it is compiled. */
   virtual bool VerifiesImmediately() const { return false; }
-  virtual void CreateOperandList(long count);
+  virtual void CreateOperandList(CQMArena& arena, long count);
   /** For the same place in a copy of the expression; null where one that the factory makes will do. */
-  virtual std::unique_ptr<CQMOperator> MakeTwin() { return nullptr; }
+  virtual CQMOperator* MakeTwin(CQMArena&) { return nullptr; }
   /** The compiled expression that the operator runs and keeps; null for most. */
   virtual CQMExpression* GetBody() const { return nullptr; }
 
@@ -67,9 +72,9 @@ class CQMOperator : public CQMLinkedObject {
   }
   bool IsOnlyReader(long index) const { return index < kMostReadAlone && (m_readAlone >> index & 1U) != 0; }
   long GetOperandCount() const { return static_cast<long>(m_operands.size()); }
-  CQMDatum** GetOperandList() { return m_operands.data(); }
-  CQMDatum* GetResultOperand() const { return m_result.get(); }
-  std::unique_ptr<CQMDatum> ReleaseResultOperand() { return std::move(m_result); }
+  std::span<CQMDatum* const> GetOperandList() const { return m_operands; }
+  std::uint32_t GetReadAlone() const { return m_readAlone; }
+  CQMDatum* GetResultOperand() const { return m_result; }
   static EQMTypeClass GetTypeClass(EQMDataType type) { return OperandClassOf(type); }
 
   // ---- identity and state, kept by the factory and the expression ----
@@ -84,8 +89,7 @@ class CQMOperator : public CQMLinkedObject {
   void SetEndsStatement(bool ends) { m_endsStatement = ends; }
   CQMExpression* GetExpression() const { return m_expression; }
   void SetExpression(CQMExpression* expression) { m_expression = expression; }
-  /** The context that the operator's expression runs in; null for an operator on its own. */
-  CQMOperatorContext* GetContext() const;
+  CQMOperatorContext& GetContext() const;
 
   // ---- flow, set by linking ----
   void SetTopLink(long position) { m_topLink = position; }
@@ -98,26 +102,16 @@ class CQMOperator : public CQMLinkedObject {
   long GetTrueLink() const { return m_trueLink; }
   long GetFalseLink() const { return m_falseLink; }
   CQMOperator* GetTopLinkOperator() const { return m_topLinkOperator; }
-  bool GetFirstFlag() const { return m_firstFlag; }
-  void SetFirstFlag(bool flag) { m_firstFlag = flag; }
-  bool& FirstFlag() { return m_firstFlag; }
-  bool GetSecondFlag() const { return m_secondFlag; }
-  void SetSecondFlag(bool flag) { m_secondFlag = flag; }
+  /** Of a loop or a select: what it remembers during a run. */
+  SQMBlock* GetBlock() const { return m_block; }
+  void SetBlock(SQMBlock* block) { m_block = block; }
+  /** Of "do": whether the loop goes on while its condition holds, or until it does. */
+  bool LoopsWhile() const { return m_loopsWhile; }
+  void SetLoopsWhile(bool loopsWhile) { m_loopsWhile = loopsWhile; }
   long GetCaseCount() const { return m_caseCount; }
   void SetCaseCount(long count) { m_caseCount = count; }
-  long GetCountdown() const { return m_countdown; }
-  void SetCountdown(long count) { m_countdown = count; }
-  /** Forgets what an earlier run left in an opener. */
-  void ResetBlock() {
-    m_firstFlag = false;
-    m_countdown = 0;
-  }
 
  protected:
-  static long Advance(long& position) {
-    ++position;
-    return Error::None;
-  }
   /** NotEnoughOperands or TooManyOperands by the counts and the unfilled slots, else 0. */
   long CheckOperandCounts();
   /** NotEnoughOperands for a missing operand, NotDefined for a name never declared or untyped, else 0. */
@@ -134,10 +128,7 @@ class CQMOperator : public CQMLinkedObject {
     if (m_result->GetType() != type) m_result->BecomeScalar(type);
   }
   /** Makes datum the result as it is, without the return type and the zeroing of SetResultOperand. */
-  CQMDatum* KeepResultOperand(std::unique_ptr<CQMDatum> datum) {
-    m_result = std::move(datum);
-    return m_result.get();
-  }
+  CQMDatum* KeepResultOperand(CQMDatum* datum) { return m_result = datum; }
   /** Asks for the operator id in this one's place. */
   long SubstituteBy(long id) {
     m_substituteId = id;
@@ -146,22 +137,20 @@ class CQMOperator : public CQMLinkedObject {
 
   CQMDatum& Operand(long index) const { return *m_operands[static_cast<std::size_t>(index)]; }
   double Real(long index) const { return Operand(index).Real(); }
-  double Imaginary(long index) const { return Operand(index).Imaginary(); }
   CQMDatum& Result() const { return *m_result; }
-  /** Stores a real result; an imaginary part left from an earlier run becomes 0. */
+  /** Stores a folded value; an imaginary part becomes 0. */
   void StoreReal(double value) {
     m_result->SetReal(value);
     m_result->ClearImaginary();
   }
-  void StoreComplex(double real, double imaginary) { m_result->SetComplex(real, imaginary); }
 
  private:
   static constexpr long kMostReadAlone = 32;
 
-  std::vector<CQMDatum*> m_operands;
+  std::span<CQMDatum*> m_operands;
   long m_assigned = 0;
   std::uint32_t m_readAlone = 0;  // a bit an operand
-  std::unique_ptr<CQMDatum> m_result;
+  CQMDatum* m_result = nullptr;
   CQMExpression* m_expression = nullptr;
   CQMOperator* m_topLinkOperator = nullptr;
   long m_id = 0;
@@ -171,9 +160,8 @@ class CQMOperator : public CQMLinkedObject {
   long m_trueLink = kNoLink;
   long m_falseLink = kNoLink;
   long m_caseCount = 0;  // of a select
-  long m_countdown = 0;  // of a select: cases not yet tested
-  bool m_firstFlag = false;
-  bool m_secondFlag = true;
+  SQMBlock* m_block = nullptr;
+  bool m_loopsWhile = true;
   bool m_endsStatement = false;
   bool m_verified = false;
   bool m_finalized = false;

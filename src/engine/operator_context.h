@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "base/mersenne_twister.h"
 
@@ -12,6 +13,7 @@ class CQMContextGate;
 class CQMOperatorFactory;
 class CQMResolver;
 class CQMSymbolTable;
+struct SQMCompilation;
 struct SQMOperatorDefinition;
 
 /** Kinds of resolvers by number; every value not named here selects the optimised real resolver. */
@@ -35,7 +37,14 @@ struct SQMLastResult {
 /** Implemented by the context. One thread at a time. */
 class CQMOperatorContext {
  public:
-  virtual ~CQMOperatorContext() = default;
+  CQMOperatorContext();
+  virtual ~CQMOperatorContext();
+  CQMOperatorContext(CQMOperatorContext const&) = delete;
+  CQMOperatorContext& operator=(CQMOperatorContext const&) = delete;
+
+  // what compilations use; what is given back serves the next one
+  std::unique_ptr<SQMCompilation> TakeCompilation();
+  void GiveBack(std::unique_ptr<SQMCompilation> compilation);
 
   // angles; programs keep the addresses
   virtual double const& GetAngleFactorToRadians() const = 0;
@@ -71,6 +80,9 @@ class CQMOperatorContext {
   virtual CQMSymbolTable* GetGlobalSymbolTable() = 0;
   /** The definition of an operator made by a host; null for an unknown id. Kept alive by whoever holds it. */
   virtual std::shared_ptr<SQMOperatorDefinition const> FindOperatorDefinition(long id) = 0;
+
+ private:
+  std::vector<std::unique_ptr<SQMCompilation>> m_spare;
 };
 
 }  // namespace qumel

@@ -6,12 +6,12 @@
 
 namespace qumel {
 
-std::unique_ptr<CQMOperator> CQMOperatorFactory::GetOperator(long id, CQMReachableDefinitions* known) {
-  std::unique_ptr<CQMOperator> made;
+CQMOperator* CQMOperatorFactory::GetOperator(long id, CQMArena& arena, CQMReachableDefinitions* known) {
+  CQMOperator* made = nullptr;
   if (id <= OpId::LastStandard) {
-    made = MakeOperator(id);
+    made = MakeOperator(id, arena);
   } else if (auto definition = FindDefinition(id, known); definition != nullptr) {
-    made = MakeDefinedOperator(std::move(definition));
+    made = MakeDefinedOperator(std::move(definition), arena);
   }
   if (made != nullptr) made->SetId(id);
   return made;

@@ -1,6 +1,7 @@
 // Making and running of programs.
 #include "engine/program.h"
 
+#include "engine/call.h"
 #include "engine/operator.h"
 #include "engine/operator_context.h"
 
@@ -8,13 +9,31 @@ namespace qumel {
 
 namespace {
 
-/** Leaves the work to the operator, which may move the position, and storage that steps refer to. */
-SQMStep const* RunObject(SQMStep const* step, SQMFrame& frame, double) {
-  frame.position = step - frame.begin;
-  frame.status = step->object->DoOperation(frame.position);
-  if (frame.status != Status::Done) return nullptr;
-  frame.program->Refresh();
-  return GoOn(frame.begin + frame.position, frame, 0.0);
+/** Statuses up to this one do not end a complex run. */
+constexpr long kLastIgnoredStatus = 999;
+
+}  // namespace
+
+// ---- the ends of steps ----
+
+SQMStep const* EndCall(CQMCall const& call, SQMFrame& frame, long status) {
+  SQMStep const* const next = call.NextAfter(status);
+  if (status != Status::Done) {
+    frame.status = status;
+    frame.position = next - frame.begin;
+    return nullptr;
+  }
+  frame.program->Refresh();  // the operator may have moved storage that steps refer to
+  return next;
+}
+
+SQMStep const* EndComplexCall(CQMCall const& call, SQMFrame& frame, long status) {
+  frame.status = status == Status::NeedsComplex ? Status::Done : status;
+  if (frame.status > kLastIgnoredStatus) {
+    frame.position = call.NextAfter(status) - frame.begin;
+    return nullptr;
+  }
+  return call.NextAfter(Status::Done);
 }
 
 SQMStep const* RunEnd(SQMStep const* step, SQMFrame& frame, double) {
@@ -22,7 +41,7 @@ SQMStep const* RunEnd(SQMStep const* step, SQMFrame& frame, double) {
   return nullptr;
 }
 
-}  // namespace
+SQMStep const* RunNothing(SQMStep const* step, SQMFrame& frame, double) { return GoOn(step + 1, frame, 0.0); }
 
 SQMStep const* Refuse(SQMStep const* step, SQMFrame& frame, long status) {
   NumberAt(step->result) = 0.0;
@@ -31,8 +50,6 @@ SQMStep const* Refuse(SQMStep const* step, SQMFrame& frame, long status) {
   return nullptr;
 }
 
-SQMStep const* RunNothing(SQMStep const* step, SQMFrame& frame, double) { return GoOn(step + 1, frame, 0.0); }
-
 SQMStep const* RefuseCarried(SQMStep const* step, SQMFrame& frame, double carried, long status) {
   NumberAt((step - 1)->result) = carried;
   return Refuse(step, frame, status);
@@ -40,14 +57,17 @@ SQMStep const* RefuseCarried(SQMStep const* step, SQMFrame& frame, double carrie
 
 // ---- making ----
 
-CQMStepMaker::CQMStepMaker(std::span<std::unique_ptr<CQMOperator> const> operators,
-                           std::vector<SQMStep>& steps, CQMOperatorContext const& context,
-                           double const& toRadians, EQMJoining joining)
+CQMStepMaker::CQMStepMaker(std::span<CQMOperator* const> operators, std::vector<SQMStep>& steps,
+                           CQMExpression const& expression, double const& toRadians, EQMWay way,
+                           std::vector<SQMSlot>* slots)
     : m_operators(operators),
       m_steps(steps),
-      m_context(context),
+      m_slots(slots),
+      m_expression(expression),
       m_toRadians(toRadians),
-      m_joining(joining) {}
+      m_way(way) {}
+
+CQMOperatorContext const& CQMStepMaker::GetContext() const { return m_expression.GetContext(); }
 
 bool CQMStepMaker::MakeAll() {
   bool isQuiet = true;
@@ -60,15 +80,19 @@ bool CQMStepMaker::MakeAll() {
     m_current = {};
     SQMStep& step = m_steps[i];
     step = {};
-    if (op.MakeStep(*this, step)) {
+    if (m_way != EQMWay::Complex && op.MakeStep(*this, step)) {
       if (m_takesCarried) m_steps[i - 1].function = m_before.handingOn;
-    } else {
-      isQuiet = false;
-      m_current = {};
-      step = {};
-      step.function = &RunObject;
-      step.object = &op;
+      continue;
     }
+    isQuiet = false;
+    m_current = {};
+    step = {};
+    step.operands = op.GetOperandList().data();
+    step.operandCount = op.GetOperandCount();
+    step.resultDatum = op.GetResultOperand();
+    op.PrepareStep(*this, step);
+    SQMWays const ways = op.GetWays();
+    step.function = m_way == EQMWay::Complex ? ways.inComplex : ways.inReal;
   }
   m_steps.back() = {};
   m_steps.back().function = &RunEnd;
@@ -76,63 +100,86 @@ bool CQMStepMaker::MakeAll() {
 }
 
 bool CQMStepMaker::IsResultOfStepBefore(CQMDatum const& operand) const {
-  return m_joining == EQMJoining::Carrying && m_position > 0 &&
+  return m_way == EQMWay::Joined && m_position > 0 &&
          m_operators[static_cast<std::size_t>(m_position) - 1]->GetResultOperand() == &operand;
 }
 
-bool CQMStepMaker::FindNumber(CQMOperator const& op, long index, bool mayCarry, SQMStepOperand& operand) {
-  CQMDatum* const datum = op.GetOperandByIndex(index);
+bool CQMStepMaker::FindNumber(long index, bool mayCarry, SQMStepOperand& operand) {
+  CQMDatum* const datum = Current().GetOperandByIndex(index);
   if (datum == nullptr || datum->IsPending() || datum->IsArray()) return false;
   if (datum->GetType() != EQMDataType::Number && datum->GetType() != EQMDataType::Real) return false;
   if (datum->GetValue() == nullptr) return false;
   datum->FinalTarget().SetBound();
   if (datum->IsProxy()) {
-    operand = {reinterpret_cast<std::byte*>(datum->CurrentPlace()), EQMSource::Indirect};
+    operand = {PlaceOf(*datum), EQMSource::Indirect};
   } else if (mayCarry && m_before.handingOn != nullptr && IsResultOfStepBefore(*datum)) {
     m_takesCarried = true;
-    operand = {datum->Current(), EQMSource::Carried};
+    operand = {PlaceOf(*datum), EQMSource::Carried};
   } else {
-    operand = {datum->Current(), EQMSource::Direct};
+    operand = {PlaceOf(*datum), EQMSource::Direct};
   }
   return true;
 }
 
-bool CQMStepMaker::FindBoolean(CQMOperator const& op, long index, std::byte*& address) {
-  CQMDatum* const datum = op.GetOperandByIndex(index);
+bool CQMStepMaker::FindBoolean(long index, std::byte*& address) {
+  CQMDatum* const datum = Current().GetOperandByIndex(index);
   bool const isThere = datum != nullptr && !datum->IsPending() && !datum->IsArray() && !datum->IsProxy() &&
                        datum->IsBoolean() && datum->GetValue() != nullptr;
   if (!isThere) return false;
   datum->SetBound();
-  address = datum->Current();
+  address = PlaceOf(*datum);
   return true;
 }
 
-namespace {
-
-bool HasOwnResult(CQMOperator const& op, EQMDataType type) {
-  CQMDatum const* const result = op.GetResultOperand();
-  return result != nullptr && result->GetType() == type && !result->IsArray() && !result->IsProxy() &&
-         result->GetValue() != nullptr;
+bool CQMStepMaker::FindResult(EQMDataType type, std::byte*& address) {
+  CQMDatum* const result = Current().GetResultOperand();
+  bool const isOwn = result != nullptr && result->GetType() == type && !result->IsArray() &&
+                     !result->IsProxy() && result->GetValue() != nullptr;
+  if (isOwn) address = PlaceOf(*result);
+  return isOwn;
 }
 
-}  // namespace
+// ---- where values stand ----
 
-bool CQMStepMaker::HasNumberResult(CQMOperator const& op) { return HasOwnResult(op, EQMDataType::Number); }
+SQMSlot& CQMStepMaker::NextSlot() { return m_slots->emplace_back(); }
 
-bool CQMStepMaker::HasBooleanResult(CQMOperator const& op) { return HasOwnResult(op, EQMDataType::Boolean); }
+/** The slot that stands for datum, which is made when it is asked for first. */
+SQMSlot& CQMStepMaker::SlotOf(CQMDatum& datum) {
+  if (datum.GetSlot() == CQMDatum::kNoSlot) {
+    datum.SetSlot(static_cast<std::int32_t>(m_slots->size()));
+    SQMSlot& slot = NextSlot();
+    if (datum.IsProxy()) slot.element = datum.Current();
+    else if (datum.IsBoolean()) slot.boolean = *datum.Current();
+    else slot.number = datum.Real();
+  }
+  return (*m_slots)[static_cast<std::size_t>(datum.GetSlot())];
+}
+
+std::byte* CQMStepMaker::PlaceOf(CQMDatum& datum) {
+  bool const isOwn = datum.GetOwningExpression() == &m_expression;
+  if (m_slots != nullptr && isOwn) return reinterpret_cast<std::byte*>(&SlotOf(datum));
+  return datum.IsProxy() ? reinterpret_cast<std::byte*>(datum.CurrentPlace()) : datum.Current();
+}
+
+SQMBlock* CQMStepMaker::PlaceBlock(CQMOperator const& opener) {
+  m_needsObjects = true;
+  return opener.GetBlock();
+}
+
+// ---- functions ----
 
 bool CQMStepMaker::Use(SQMStepFunctions const& functions) {
   auto const position = static_cast<std::size_t>(m_position);
   // nobody reads what a statement in the midst of the text comes to
-  bool const isUnread = m_joining == EQMJoining::Carrying && functions.handingOn != nullptr &&
-                        m_operators[position]->EndsStatement() && position + 1 < m_operators.size();
+  bool const isUnread = m_way == EQMWay::Joined && functions.handingOn != nullptr &&
+                        Current().EndsStatement() && position + 1 < m_operators.size();
   m_current = functions;
   m_steps[position].function = isUnread ? functions.handingOn : functions.storing;
   return true;
 }
 
-void CQMStepMaker::JoinWithComparison(CQMOperator const& op) {
-  if (m_before.branching == nullptr || !IsResultOfStepBefore(*op.GetOperandByIndex(0))) return;
+void CQMStepMaker::JoinWithComparison() {
+  if (m_before.branching == nullptr || !IsResultOfStepBefore(*Current().GetOperandByIndex(0))) return;
   auto const position = static_cast<std::size_t>(m_position);
   SQMStep& comparison = m_steps[position - 1];
   comparison.function = m_before.branching;
@@ -140,15 +187,12 @@ void CQMStepMaker::JoinWithComparison(CQMOperator const& op) {
   comparison.whenFalse = m_steps[position].whenFalse;
 }
 
-SQMStep const* CQMStepMaker::StepAt(long position) const { return m_steps.data() + position; }
-
 // ---- programs ----
 
-void CQMProgram::Make(std::span<std::unique_ptr<CQMOperator> const> operators,
-                      CQMOperatorContext const& context, EQMJoining joining) {
+void CQMProgram::Make(std::span<CQMOperator* const> operators, CQMExpression& expression, EQMWay way) {
   m_operators = operators;
-  m_context = &context;
-  m_joining = joining;
+  m_expression = &expression;
+  m_way = way;
   Remake();
 }
 
@@ -162,13 +206,13 @@ std::uint32_t CQMProgram::CurrentEpoch() { return CQMDatum::StorageEpoch(); }
 
 void CQMProgram::Remake() {
   m_epoch = CurrentEpoch();
-  m_isQuiet = CQMStepMaker(m_operators, m_steps, *m_context, m_toRadians, m_joining).MakeAll();
+  m_isQuiet = CQMStepMaker(m_operators, m_steps, *m_expression, m_toRadians, m_way).MakeAll();
 }
 
 long CQMProgram::Run(long& position) {
   Refresh();
-  m_toRadians = m_context->GetAngleFactorToRadians();
-  SQMFrame frame{m_steps.data(), this};
+  m_toRadians = m_expression->GetContext().GetAngleFactorToRadians();
+  SQMFrame frame{m_steps.data(), this, m_expression};
   SQMStep const* step = frame.begin + position;  // never beyond the step of the end
 #if QUMEL_STEPS_RETURN
   while (step != nullptr) step = step->function(step, frame, frame.carried);

@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "base/data_type.h"
 #include "engine/step.h"
 
 namespace qumel {
@@ -15,9 +16,12 @@ class CQMDatum;
 class CQMOperator;
 class CQMOperatorContext;
 
-/** How far steps may be joined. Without joining, a program does one operator after the other and stores every
- * result; that is what tests compare the other form with. */
-enum class EQMJoining : std::uint8_t { None, Carrying };
+/** The ways to run a program. */
+enum class EQMWay : std::uint8_t {
+  StepByStep,  // one operator after the other, each result stored: what tests compare the next way with
+  Joined,      // neighbouring steps hand values on
+  Complex,     // as the first, with complex numbers
+};
 
 /** The functions that do one step: storing its result; only handing it on to the next step; and, of
  * comparisons, going on by the outcome. Null where there is none. */
@@ -33,45 +37,71 @@ struct SQMStepOperand {
   EQMSource source;
 };
 
+/** Where the value of a literal or a result stands that no datum holds any more. */
+union SQMSlot {
+  double number;
+  std::byte boolean;
+  std::byte* element;
+};
+
 /** What an operator is given to make its step with. */
 class CQMStepMaker {
  public:
-  CQMStepMaker(std::span<std::unique_ptr<CQMOperator> const> operators, std::vector<SQMStep>& steps,
-               CQMOperatorContext const& context, double const& toRadians, EQMJoining joining);
+  /** slots has room for the values of a detached program, and is null for others. */
+  CQMStepMaker(std::span<CQMOperator* const> operators, std::vector<SQMStep>& steps,
+               CQMExpression const& expression, double const& toRadians, EQMWay way,
+               std::vector<SQMSlot>* slots = nullptr);
 
-  /** Returns whether every operator has made a step of its own. */
+  /** Returns whether every step works on values at fixed addresses. */
   bool MakeAll();
 
-  /** Whether operand index of op is a number, and where; of a number that the step before computes, Carried
-   * if mayCarry. */
-  bool FindNumber(CQMOperator const& op, long index, bool mayCarry, SQMStepOperand& operand);
-  /** Whether operand index of op is a boolean, and where. */
-  static bool FindBoolean(CQMOperator const& op, long index, std::byte*& address);
-  /** Whether the result of op is a number or boolean of its own. */
-  static bool HasNumberResult(CQMOperator const& op);
-  static bool HasBooleanResult(CQMOperator const& op);
-  /** Sets the functions of the step that is being made. */
-  bool Use(SQMStepFunctions const& functions);
-  /** Lets the comparison before do the branch that is being made, where its outcome serves nothing else. */
-  void JoinWithComparison(CQMOperator const& op);
-  SQMStep const* StepAt(long position) const;
+  // ---- operands and results, of the operator whose step is made ----
+  /** Whether operand index is a number, and where; of a number that the step before computes, Carried if
+   * mayCarry. */
+  bool FindNumber(long index, bool mayCarry, SQMStepOperand& operand);
+  /** Whether operand index is a boolean, and where. */
+  bool FindBoolean(long index, std::byte*& address);
+  /** Whether the result is a number or a boolean of its own, and where. */
+  bool FindNumberResult(std::byte*& address) { return FindResult(EQMDataType::Number, address); }
+  bool FindBooleanResult(std::byte*& address) { return FindResult(EQMDataType::Boolean, address); }
+  /** What opener remembers during a run; a program that asks for it cannot be detached. */
+  SQMBlock* PlaceBlock(CQMOperator const& opener);
+  /** The value of datum, which is a literal or the result of an operator, or belongs to a variable. */
+  std::byte* PlaceOf(CQMDatum& datum);
+  /** Whether some step refers to what only its operators hold. */
+  bool NeedsObjects() const { return m_needsObjects; }
+  /** Whether the program is to hold all values itself. */
+  bool IsDetached() const { return m_slots != nullptr; }
+  SQMStep const* StepAt(long position) const { return m_steps.data() + position; }
   long Position() const { return m_position; }
-  CQMOperatorContext const& GetContext() const { return m_context; }
+  CQMOperatorContext const& GetContext() const;
   /** The angle factor as it was when the run began. */
   std::byte* FirstAngleFactor() const {
     return reinterpret_cast<std::byte*>(const_cast<double*>(&m_toRadians));
   }
 
- private:
-  bool IsResultOfStepBefore(CQMDatum const& operand) const;
+  // ---- the step ----
+  /** Sets its functions. */
+  bool Use(SQMStepFunctions const& functions);
+  /** Lets the comparison before do the branch that is being made, where its outcome serves nothing else. */
+  void JoinWithComparison();
 
-  std::span<std::unique_ptr<CQMOperator> const> m_operators;
+ private:
+  CQMOperator& Current() const { return *m_operators[static_cast<std::size_t>(m_position)]; }
+  bool FindResult(EQMDataType type, std::byte*& address);
+  bool IsResultOfStepBefore(CQMDatum const& operand) const;
+  SQMSlot& SlotOf(CQMDatum& datum);
+  SQMSlot& NextSlot();
+
+  std::span<CQMOperator* const> m_operators;
   std::vector<SQMStep>& m_steps;
-  CQMOperatorContext const& m_context;
+  std::vector<SQMSlot>* m_slots;
+  CQMExpression const& m_expression;
   double const& m_toRadians;
-  EQMJoining m_joining;
+  EQMWay m_way;
   long m_position = 0;
   bool m_takesCarried = false;
+  bool m_needsObjects = false;
   SQMStepFunctions m_before;   // of the step before
   SQMStepFunctions m_current;  // of the step that is being made
 };
@@ -79,11 +109,10 @@ class CQMStepMaker {
 class CQMProgram {
  public:
   /** Makes the steps for operators, which must outlive the program. */
-  void Make(std::span<std::unique_ptr<CQMOperator> const> operators, CQMOperatorContext const& context,
-            EQMJoining joining);
+  void Make(std::span<CQMOperator* const> operators, CQMExpression& expression, EQMWay way);
   void Clear();
-  std::span<std::unique_ptr<CQMOperator> const> GetOperators() const { return m_operators; }
-  /** Whether every step does its work without an operator: then a run can neither call the host nor throw. */
+  /** Whether every step works on values at fixed addresses: then a run can neither call the host nor throw.
+   */
   bool IsQuiet() const { return m_isQuiet; }
 
   /** Runs from position on until the end or a status. Returns the status; position becomes that of the
@@ -99,9 +128,9 @@ class CQMProgram {
   static std::uint32_t CurrentEpoch();
   void Remake();
 
-  std::span<std::unique_ptr<CQMOperator> const> m_operators;
-  CQMOperatorContext const* m_context = nullptr;
-  EQMJoining m_joining = EQMJoining::None;
+  std::span<CQMOperator* const> m_operators;
+  CQMExpression* m_expression = nullptr;
+  EQMWay m_way = EQMWay::StepByStep;
   bool m_isQuiet = false;
   std::uint32_t m_epoch = 0;
   double m_toRadians = 1.0;  // when the run began

@@ -20,6 +20,7 @@
 namespace qumel {
 
 class CQMDatum;
+class CQMExpression;
 class CQMOperator;
 class CQMProgram;
 struct SQMStep;
@@ -28,6 +29,7 @@ struct SQMStep;
 struct SQMFrame {
   SQMStep const* begin;  // of the steps; a step's distance from it is the position of its operator
   CQMProgram* program;
+  CQMExpression* expression;
   long status = Error::None;  // why the run ended
   long position = 0;          // of the operator that ended it, or to go on with
 #if QUMEL_STEPS_RETURN
@@ -35,18 +37,41 @@ struct SQMFrame {
 #endif
 };
 
+/** What a select, or a loop that a jump may enter past its opener, remembers during a run. */
+struct SQMBlock {
+  std::int32_t casesLeft = 0;  // of a select: not yet tested
+  bool isDecided = false;      // a case has matched; the loop tests its condition
+};
+
 /** Does the work of step. carried is the value of the step before, for those that take it from there. */
 using StepFunction = SQMStep const* (*)(SQMStep const* step, SQMFrame& frame, double carried);
 
+/** Steps on numbers and booleans hold the addresses of values; the others hold operands and results as
+ * datums, which CQMCall (engine/call.h) reads. */
 struct SQMStep {
   StepFunction function;
-  std::byte* first;   // address of operand 0, or of the address of it
-  std::byte* second;  // of operand 1, or of the factor of an angle
-  std::byte* result;
   union {
-    CQMOperator* object;      // of a step that leaves its work to its operator
+    std::byte* first;  // address of operand 0, or of the address of it
+    CQMDatum* const* operands;
+  };
+  union {
+    std::byte* second;  // address of operand 1, or of the factor of an angle
+    long operandCount;
+    SQMBlock* block;  // of loops and selects
+  };
+  union {
+    std::byte* result;
+    CQMDatum* resultDatum;
+  };
+  union {
+    CQMOperator* object;      // of the operators of hosts
     CQMDatum* element;        // of an index
     SQMStep const* whenTrue;  // of jumps and branches
+    CQMDatum* selected;       // of a case
+    std::uint32_t readAlone;  // a bit for each operand that is a result which nobody else reads
+    std::int32_t caseCount;   // of a select
+    bool isLastOfStatement;   // of what may change its type there
+    double constant;          // of a folded operator
   };
   SQMStep const* whenFalse;  // of branches
 };
@@ -97,6 +122,8 @@ SQMStep const* RefuseCarried(SQMStep const* step, SQMFrame& frame, double carrie
 
 /** The step of words that have done their work when they were verified. */
 SQMStep const* RunNothing(SQMStep const* step, SQMFrame& frame, double carried);
+/** The step behind the last one. */
+SQMStep const* RunEnd(SQMStep const* step, SQMFrame& frame, double carried);
 
 template <bool isCarried>
 SQMStep const* RefuseStep(SQMStep const* step, SQMFrame& frame, double carried, long status) {

@@ -64,15 +64,16 @@ class CQMStepOperator final : public CQMOperator {
     return ComplexStatus();
   }
 
-  long DoOperation(long& position) override {
-    double const old = Real(0);
-    Operand(0).SetReal(old + step);
-    StoreReal(gives == EQMGives::OldValue ? old : Real(0));
-    return Advance(position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
   bool MakeStep(CQMStepMaker& maker, SQMStep& made) override;
 
  private:
+  static long Do(CQMCall& call) {
+    double const old = call.Real(0);
+    call.Operand(0).SetReal(old + step);
+    call.StoreReal(gives == EQMGives::OldValue ? old : call.Real(0));
+    return Status::Done;
+  }
   static bool HoldsDouble(EQMDataType type) {
     return IsBetween(type, EQMDataType::Number, EQMDataType::Real);
   }
@@ -91,9 +92,8 @@ SQMStep const* StepStep(SQMStep const* at, SQMFrame& frame, double) {
 template <int step, EQMGives gives>
 bool CQMStepOperator<step, gives>::MakeStep(CQMStepMaker& maker, SQMStep& made) {
   SQMStepOperand target;
-  if (!CQMStepMaker::HasNumberResult(*this) || !maker.FindNumber(*this, 0, false, target)) return false;
+  if (!maker.FindNumberResult(made.result) || !maker.FindNumber(0, false, target)) return false;
   made.first = target.address;
-  made.result = Result().Current();
   if (target.source == EQMSource::Indirect) {
     return maker.Use({&StepStep<step, gives, true, EQMSource::Indirect>,
                       &StepStep<step, gives, false, EQMSource::Indirect>});

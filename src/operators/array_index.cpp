@@ -10,6 +10,16 @@
 
 namespace qumel {
 
+namespace {
+
+SQMStep const* RefuseIndex(SQMStep const* step, SQMFrame& frame) {
+  frame.position = step - frame.begin;
+  frame.status = Error::IndexOutOfBounds;
+  return nullptr;
+}
+
+}  // namespace
+
 long CQMArrayIndexOperator::VerifyOperands() {
   if (long const code = CheckOperandCounts(); code != Error::None) return code;
   if (Operand(0).IsLiteral()) return Error::NotAnLValue;
@@ -28,31 +38,38 @@ long CQMArrayIndexOperator::VerifyOperands() {
   return VariableTypeFor(Array().GetType()) == EQMDataType::Undefined ? Error::TypeMismatch : Error::None;
 }
 
-long CQMArrayIndexOperator::DoOperation(long& position) {
+long CQMArrayIndexOperator::Do(CQMCall& call) {
   std::array<double, kMostIndices> values;
   std::size_t count = 0;
-  for (long i = 1; i < GetOperandCount(); ++i) values[count++] = Real(i);
+  for (long i = 1; i < call.OperandCount(); ++i) values[count++] = call.Real(i);
   std::span<double const> const indices(values.data(), count);
-  CQMDatum const& array = Array();
+  CQMDatum& array = call.Operand(0).FinalTarget();
   long element = 0;
   if (array.IsArray()) {
     element = array.GetElementPosition(indices);
     if (element < 0) return Error::IndexOutOfBounds;
-  } else if (long const code = Dimension(indices); code != Error::None) {
+  } else if (long const code = Dimension(array, call.Context(), indices); code != Error::None) {
     return code;
   }
-  if (long const code = Result().SetCurrentElement(element); code != Error::None) return code;
-  return Advance(position);
+  return call.Result().SetCurrentElement(element);
 }
 
-// One index of an array of numbers.
+// One index of an array of numbers. A refused one leaves the element that was current.
 template <EQMSource source>
 SQMStep const* CQMArrayIndexOperator::Select(SQMStep const* step, SQMFrame& frame, double carried) {
   if (!step->element->SelectElement(TruncateToInt32(qumel::Operand<source>(step->first, carried)))) {
-    frame.position = step - frame.begin;
-    frame.status = Error::IndexOutOfBounds;
-    return nullptr;
+    return RefuseIndex(step, frame);
   }
+  return GoOn(step + 1, frame, 0.0);
+}
+
+// The same where a slot of the program holds the address of the element.
+template <EQMSource source>
+SQMStep const* CQMArrayIndexOperator::SelectInSlot(SQMStep const* step, SQMFrame& frame, double carried) {
+  std::byte* const element =
+      step->element->FindInRow(TruncateToInt32(qumel::Operand<source>(step->first, carried)));
+  if (element == nullptr) return RefuseIndex(step, frame);
+  *reinterpret_cast<std::byte**>(step->result) = element;
   return GoOn(step + 1, frame, 0.0);
 }
 
@@ -62,23 +79,26 @@ bool CQMArrayIndexOperator::MakeStep(CQMStepMaker& maker, SQMStep& step) {
                         array.GetType() == EQMDataType::Number && array.GetValue() != nullptr &&
                         Result().GetProxyTarget() == &array;
   SQMStepOperand index;
-  if (!isSimple || !maker.FindNumber(*this, 1, false, index)) return false;
+  if (!isSimple || !maker.FindNumber(1, false, index)) return false;
   array.SetBound();
   step.first = index.address;
+  bool const isIndirect = index.source == EQMSource::Indirect;
+  if (maker.IsDetached()) {
+    step.element = &array;
+    step.result = maker.PlaceOf(Result());
+    return maker.Use({isIndirect ? &SelectInSlot<EQMSource::Indirect> : &SelectInSlot<EQMSource::Direct>});
+  }
   step.element = &Result();
-  return maker.Use(
-      {index.source == EQMSource::Indirect ? &Select<EQMSource::Indirect> : &Select<EQMSource::Direct>});
+  return maker.Use({isIndirect ? &Select<EQMSource::Indirect> : &Select<EQMSource::Direct>});
 }
 
 // The last extent of a string is the length of its buffer. The memory of a host is as large as the host said.
-long CQMArrayIndexOperator::Dimension(std::span<double const> extents) {
-  CQMDatum& array = Array();
+long CQMArrayIndexOperator::Dimension(CQMDatum& array, CQMOperatorContext const& context,
+                                      std::span<double const> extents) {
   long const dimensions = static_cast<long>(extents.size()) - (array.IsString() ? 1 : 0);
   if (!array.OwnsStorage() || dimensions > CQMDatum::kMaximumDimensions) return Error::IndexOutOfBounds;
-  if (CQMOperatorContext const* const context = GetContext(); context != nullptr) {
-    array.SetArrayBase(context->GetArrayBase());
-    array.SetInvertArrayIndices(context->GetInvertArrayIndices());
-  }
+  array.SetArrayBase(context.GetArrayBase());
+  array.SetInvertArrayIndices(context.GetInvertArrayIndices());
   return array.SetIsArray(extents);
 }
 

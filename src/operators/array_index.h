@@ -5,6 +5,7 @@
 #include <span>
 #include <utility>
 
+#include "engine/call.h"
 #include "engine/operator.h"
 #include "engine/program.h"
 
@@ -19,23 +20,26 @@ class CQMArrayIndexOperator final : public CQMOperator {
   long GetOperandsNeeded() override { return 2; }
   long GetOperandsMaximum() override { return 1 + kMostIndices; }
 
-  CQMDatum* SetResultOperand(std::unique_ptr<CQMDatum> datum) override {
+  CQMDatum* SetResultOperand(CQMArena& arena, CQMDatum* datum) override {
     CQMDatum* const array = GetOperandCount() > 0 ? GetOperandList()[0] : nullptr;
-    if (array == nullptr) return CQMOperator::SetResultOperand(std::move(datum));
-    auto element = std::make_unique<CQMDatum>(*array);
+    if (array == nullptr) return CQMOperator::SetResultOperand(arena, datum);
+    auto* const element = arena.Make<CQMDatum>(*array);
     element->ViewOneElement();
-    return KeepResultOperand(std::move(element));
+    return KeepResultOperand(element);
   }
 
   long VerifyOperands() override;
-  long DoOperation(long& position) override;
+  SQMWays GetWays() const override { return kWays<&Do>; }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override;
 
  private:
+  static long Do(CQMCall& call);
   template <EQMSource source>
   static SQMStep const* Select(SQMStep const* step, SQMFrame& frame, double carried);
+  template <EQMSource source>
+  static SQMStep const* SelectInSlot(SQMStep const* step, SQMFrame& frame, double carried);
   CQMDatum& Array() const { return Operand(0).FinalTarget(); }
-  long Dimension(std::span<double const> extents);
+  static long Dimension(CQMDatum& array, CQMOperatorContext const& context, std::span<double const> extents);
 
   bool m_hasAskedAgain = false;
 };

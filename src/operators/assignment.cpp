@@ -35,7 +35,7 @@ long CQMTargetOperator::CheckTargetType() {
 
 // Constants have no mark of their own: they are the results of operators without operands.
 bool CQMTargetOperator::TargetIsConstant() const {
-  if (!Target().Name().empty() || GetExpression() == nullptr) return false;
+  if (!Target().Name().empty()) return false;
   for (long i = GetExpression()->GetOperatorCount() - 1; i >= 0; --i) {
     CQMOperator const& op = *GetExpression()->GetOperatorByIndex(i);
     if (op.GetResultOperand() == &Target()) return IsConstantOperator(op.GetId());
@@ -53,18 +53,18 @@ long CQMTargetOperator::GiveResultType() {
 
 long CQMTargetOperator::Optimize() { return Target().IsLiteral() ? Error::TargetIsConstant : Error::None; }
 
-void CQMTargetOperator::StoreRealInBoth(double value) {
-  StoreReal(value);
-  Target().SetReal(value);
-  Target().ClearImaginary();
+void CQMTargetOperator::StoreRealInBoth(CQMCall const& call, double value) {
+  call.StoreReal(value);
+  TargetOf(call).SetReal(value);
+  TargetOf(call).ClearImaginary();
 }
 
-void CQMTargetOperator::StoreComplexInBoth(double real, double imaginary) {
-  StoreComplex(real, imaginary);
+void CQMTargetOperator::StoreComplexInBoth(CQMCall const& call, double real, double imaginary) {
+  call.StoreComplex(real, imaginary);
   // nobody else knows a variable of this expression but those it is lent to, who look at what they are lent
-  CQMExpression const* const expression = GetExpression();
-  if (expression != nullptr && expression->OwnsSymbol(Target().FinalTarget())) Target().PromoteUnannounced();
-  Target().SetComplex(real, imaginary);
+  CQMDatum& target = TargetOf(call);
+  if (call.Expression().OwnsSymbol(target.FinalTarget())) target.PromoteUnannounced();
+  target.SetComplex(real, imaginary);
 }
 
 }  // namespace qumel

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 
+#include "engine/call.h"
 #include "engine/numeric_steps.h"
 #include "operators/declarations.h"
 
@@ -31,9 +32,15 @@ class CQMTargetOperator : public CQMOperator {
    * operand; a complex result asks for complex evaluation. */
   long GiveResultType();
 
-  // Stores in the target and in the result, in the way that the target's type asks for.
-  void StoreRealInBoth(double value);
-  void StoreComplexInBoth(double real, double imaginary);
+  // ---- at run time ----
+  static CQMDatum& TargetOf(CQMCall const& call) { return call.Operand(0); }
+  static CQMDatum& ValueOf(CQMCall const& call) { return call.Operand(1); }
+  static bool IsComplexOperation(CQMCall const& call) {
+    return TargetOf(call).IsComplex() || ValueOf(call).IsComplex();
+  }
+  // Both store in the target and in the result, in the way that the target's type asks for.
+  static void StoreRealInBoth(CQMCall const& call, double value);
+  static void StoreComplexInBoth(CQMCall const& call, double real, double imaginary);
 
  private:
   bool TargetIsConstant() const;
@@ -54,35 +61,39 @@ class CQMAssignOperator final : public CQMTargetOperator {
     return GiveResultType();
   }
 
-  long DoOperation(long& position) override {
-    switch (GetTypeClass(Target().GetType())) {
+  SQMWays GetWays() const override { return kWays<&Do, &DoInComplex>; }
+
+  static long Do(CQMCall& call) {
+    CQMDatum& target = TargetOf(call);
+    CQMDatum& value = ValueOf(call);
+    switch (GetTypeClass(target.GetType())) {
       case EQMTypeClass::String:
         // by way of the result: the value may lie inside the target
-        Result().SetWholeText(Value().GetText());
-        Target().SetText(Result().GetText());
+        call.Result().SetWholeText(value.GetText());
+        target.SetText(call.Result().GetText());
         break;
       case EQMTypeClass::Boolean: {
-        std::byte const value = *Value().Current();
-        *Result().Current() = value;
-        *Target().Current() = value;
+        std::byte const byte = *value.Current();
+        *call.Result().Current() = byte;
+        *target.Current() = byte;
         break;
       }
-      default: StoreRealInBoth(Value().Real()); break;
+      default: StoreRealInBoth(call, value.Real()); break;
     }
-    return Advance(position);
+    return Status::Done;
   }
 
-  long DoComplexOperation(long& position) override {
-    if (!IsComplexOperation()) return DoOperation(position);
-    StoreComplexInBoth(Value().Real(), Value().Imaginary());
-    return Advance(position);
+  static long DoInComplex(CQMCall& call) {
+    if (!IsComplexOperation(call)) return Do(call);
+    StoreComplexInBoth(call, ValueOf(call).Real(), ValueOf(call).Imaginary());
+    return Status::Done;
   }
 
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
     struct SQMWork {
       static double Of(double, double value) { return value; }
     };
-    return MakeAssignmentStep<SQMWork>(maker, *this, step);
+    return MakeAssignmentStep<SQMWork>(maker, step);
   }
 };
 

@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+#include "engine/call.h"
+#include "engine/operator.h"
 #include "engine/operator_context.h"
 #include "rules/numeric_utilities.h"
 
@@ -17,69 +19,65 @@ template <double (*part)(CQMDatum const&)>
 class CQMPartOperator final : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return 1; }
-  long DoOperation(long& position) override {
-    if (!Result().IsComplex()) return DoComplexOperation(position);
-    StoreReal(0.0);
+  SQMWays GetWays() const override { return kWays<&Do, &DoInComplex>; }
+  static long Do(CQMCall& call) {
+    if (!call.Result().IsComplex()) return DoInComplex(call);
+    call.StoreReal(0.0);
     return Status::NeedsComplex;
   }
-  long DoComplexOperation(long& position) override {
-    StoreReal(part(Operand(0)));
-    return Advance(position);
+  static long DoInComplex(CQMCall& call) {
+    call.StoreReal(part(call.Operand(0)));
+    return Status::Done;
   }
 };
 
 // ---- operators of complex evaluation only ----
 
 /** Refused at compilation where complex results are not allowed, whatever the operands. */
-template <long needed>
-class CQMComplexOnlyOperator : public CQMOperator {
+template <long needed, WorkFunction inComplex>
+class CQMComplexOnlyOperator final : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return needed; }
+  SQMWays GetWays() const override { return kWays<&Do, inComplex>; }
   long VerifyOperands() override {
     long const code = CQMOperator::VerifyOperands();
     return code == Error::None ? static_cast<long>(Error::ResultIsComplex) : code;
   }
-  long DoOperation(long&) override {
-    StoreReal(0.0);
+
+ private:
+  static long Do(CQMCall& call) {
+    call.StoreReal(0.0);
     return Status::NeedsComplex;
   }
 };
 
-class CQMComplexConjugateOperator final : public CQMComplexOnlyOperator<1> {
- public:
-  long DoComplexOperation(long& position) override {
-    StoreComplex(Real(0), Operand(0).IsComplex() ? -Imaginary(0) : 0.0);
-    return Advance(position);
-  }
-};
+inline long Conjugate(CQMCall& call) {
+  call.StoreComplex(call.Real(0), call.Operand(0).IsComplex() ? -call.Imaginary(0) : 0.0);
+  return Status::Done;
+}
+using CQMComplexConjugateOperator = CQMComplexOnlyOperator<1, &Conjugate>;
 
 /** In radians, whatever the angle unit. */
-class CQMComplexArgumentOperator final : public CQMComplexOnlyOperator<1> {
- public:
-  long DoComplexOperation(long& position) override {
-    StoreReal(ComplexArg(Real(0), Imaginary(0)));
-    return Advance(position);
-  }
-};
+inline long TakeArgument(CQMCall& call) {
+  call.StoreReal(ComplexArg(call.Real(0), call.Imaginary(0)));
+  return Status::Done;
+}
+using CQMComplexArgumentOperator = CQMComplexOnlyOperator<1, &TakeArgument>;
 
 /** z + w i; both may be complex. */
-class CQMRectangularComplexOperator final : public CQMComplexOnlyOperator<2> {
- public:
-  long DoComplexOperation(long& position) override {
-    StoreComplex(Real(0) - Imaginary(1), Imaginary(0) + Real(1));
-    return Advance(position);
-  }
-};
+inline long MakeRectangular(CQMCall& call) {
+  call.StoreComplex(call.Real(0) - call.Imaginary(1), call.Imaginary(0) + call.Real(1));
+  return Status::Done;
+}
+using CQMRectangularComplexOperator = CQMComplexOnlyOperator<2, &MakeRectangular>;
 
-/** Radius and angle, the angle in the unit of the context. Imaginary parts are left out. */
-class CQMPolarComplexOperator final : public CQMComplexOnlyOperator<2> {
- public:
-  long DoComplexOperation(long& position) override {
-    double const radius = Real(0);
-    double const angle = Real(1) * (GetContext() != nullptr ? GetContext()->GetAngleFactorToRadians() : 1.0);
-    StoreComplex(radius * std::cos(angle), radius * std::sin(angle));
-    return Advance(position);
-  }
-};
+/** Of radius and angle, the angle in the unit of the context. Imaginary parts are left out. */
+inline long MakePolar(CQMCall& call) {
+  double const radius = call.Real(0);
+  double const angle = call.Real(1) * call.Context().GetAngleFactorToRadians();
+  call.StoreComplex(radius * std::cos(angle), radius * std::sin(angle));
+  return Status::Done;
+}
+using CQMPolarComplexOperator = CQMComplexOnlyOperator<2, &MakePolar>;
 
 }  // namespace qumel

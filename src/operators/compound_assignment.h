@@ -25,27 +25,29 @@ class CQMCompoundAssignment final : public CQMTargetOperator {
     return GiveResultType();
   }
 
-  long DoOperation(long& position) override {
-    RealOutcome const outcome = Rule::Real(Target().Real(), Value().Real());
-    if (HasFailed(outcome)) return Refuse(outcome.status);
-    StoreRealInBoth(outcome.value);
-    return Advance(position);
+  SQMWays GetWays() const override { return kWays<&Do, &DoInComplex>; }
+
+  static long Do(CQMCall& call) {
+    RealOutcome const outcome = Rule::Real(TargetOf(call).Real(), ValueOf(call).Real());
+    if (HasFailed(outcome)) return Refuse(call, outcome.status);
+    StoreRealInBoth(call, outcome.value);
+    return Status::Done;
   }
 
-  long DoComplexOperation(long& position) override {
-    if (!IsComplexOperation()) return DoOperation(position);
-    SQMOutcome const outcome(Rule::OfComplex(Parts(Target()), Parts(Value())));
-    if (outcome.status != Error::None) return Refuse(outcome.status);
+  static long DoInComplex(CQMCall& call) {
+    if (!IsComplexOperation(call)) return Do(call);
+    SQMOutcome const outcome(Rule::OfComplex(Parts(TargetOf(call)), Parts(ValueOf(call))));
+    if (outcome.status != Error::None) return Refuse(call, outcome.status);
     Complex const value = outcome.value;
-    StoreComplexInBoth(value.real(), value.imag());
-    return Advance(position);
+    StoreComplexInBoth(call, value.real(), value.imag());
+    return Status::Done;
   }
 
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
     struct SQMWork {
       static auto Of(double target, double value) { return Rule::Real(target, value); }
     };
-    return MakeAssignmentStep<SQMWork>(maker, *this, step);
+    return MakeAssignmentStep<SQMWork>(maker, step);
   }
 
  private:
@@ -56,8 +58,8 @@ class CQMCompoundAssignment final : public CQMTargetOperator {
     return type == EQMDataType::Number || type == EQMDataType::Complex;
   }
   static Complex Parts(CQMDatum const& datum) { return {datum.Real(), datum.Imaginary()}; }
-  long Refuse(long code) {
-    StoreReal(0.0);
+  static long Refuse(CQMCall const& call, long code) {
+    call.StoreReal(0.0);
     return code;
   }
 };

@@ -1,6 +1,7 @@
 // Operators without operands that give a value: constants, folded constants, the last result.
 #pragma once
 
+#include "engine/call.h"
 #include "engine/expression.h"
 #include "engine/operator_context.h"
 #include "engine/program.h"
@@ -16,17 +17,16 @@ inline constexpr double kEuler =
 template <double const& value>
 class CQMNumberConstant final : public CQMStandaloneOperator {
  public:
-  long DoOperation(long& position) override {
-    StoreReal(value);
-    return Advance(position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    if (!CQMStepMaker::HasNumberResult(*this)) return false;
-    step.result = Result().Current();
-    return maker.Use({&Run<true>, &Run<false>});
+    return maker.FindNumberResult(step.result) && maker.Use({&Run<true>, &Run<false>});
   }
 
  private:
+  static long Do(CQMCall& call) {
+    call.StoreReal(value);
+    return Status::Done;
+  }
   template <bool stores>
   static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
     if constexpr (stores) NumberAt(step->result) = value;
@@ -38,9 +38,19 @@ template <bool value>
 class CQMBooleanConstant final : public CQMStandaloneOperator {
  public:
   EQMDataType GetReturnType() override { return EQMDataType::Boolean; }
-  long DoOperation(long& position) override {
-    Result().SetBoolean(value);
-    return Advance(position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    return maker.FindBooleanResult(step.result) && maker.Use({&Run});
+  }
+
+ private:
+  static long Do(CQMCall& call) {
+    call.Result().SetBoolean(value);
+    return Status::Done;
+  }
+  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
+    BooleanAt(step->result) = value ? 1 : 0;
+    return GoOn(step + 1, frame, 0.0);
   }
 };
 
@@ -52,9 +62,8 @@ class CQMNumericConstantOperator final : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return 0; }
   long VerifyOperands() override { return Error::None; }
-  CQMDatum* SetResultOperand(std::unique_ptr<CQMDatum> datum) override {
-    CQMDatum* const result =
-        KeepResultOperand(datum != nullptr ? std::move(datum) : std::make_unique<CQMDatum>());
+  CQMDatum* SetResultOperand(CQMArena& arena, CQMDatum* datum) override {
+    CQMDatum* const result = KeepResultOperand(datum != nullptr ? datum : arena.Make<CQMDatum>());
     result->SetLiteral(true);
     m_value = result->Real();
     return result;
@@ -63,21 +72,21 @@ class CQMNumericConstantOperator final : public CQMOperator {
     Result().SetLiteral(false);
     return CQMOperator::Finalize();
   }
-  long DoOperation(long& position) override {
-    StoreReal(m_value);
-    return Advance(position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  void PrepareStep(CQMStepMaker&, SQMStep& step) override { step.constant = m_value; }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    if (!CQMStepMaker::HasNumberResult(*this)) return false;
-    step.first = reinterpret_cast<std::byte*>(&m_value);
-    step.result = Result().Current();
-    return maker.Use({&Run<true>, &Run<false>});
+    step.constant = m_value;
+    return maker.FindNumberResult(step.result) && maker.Use({&Run<true>, &Run<false>});
   }
 
  private:
+  static long Do(CQMCall& call) {
+    call.StoreReal(call.Step().constant);
+    return Status::Done;
+  }
   template <bool stores>
   static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
-    double const folded = NumberAt(step->first);
+    double const folded = step->constant;
     if constexpr (stores) NumberAt(step->result) = folded;
     return GoOn(step + 1, frame, folded);
   }
@@ -89,42 +98,44 @@ class CQMNumericConstantOperator final : public CQMOperator {
  * expression it starts with the type that it has in the original. */
 class CQMLastResultOperator final : public CQMStandaloneOperator {
  public:
-  std::unique_ptr<CQMOperator> MakeTwin() override {
-    auto twin = std::make_unique<CQMLastResultOperator>();
+  CQMOperator* MakeTwin(CQMArena& arena) override {
+    auto* const twin = arena.Make<CQMLastResultOperator>();
     twin->SetId(GetId());
     twin->m_originalType = Result().GetType();
     return twin;
   }
 
   EQMDataType GetReturnType() override {
-    if (m_originalType != EQMDataType::Undefined) return m_originalType;
-    return GetContext() != nullptr ? TypeOf(GetContext()->GetLastResult()) : kDefault;
+    return m_originalType != EQMDataType::Undefined ? m_originalType : TypeOf(GetContext().GetLastResult());
   }
 
-  long DoOperation(long& position) override {
-    if (GetContext() == nullptr) return Advance(position);
-    SQMLastResult const last = GetContext()->GetLastResult();
-    if (long const code = TakeTypeOf(last, position); code != Error::None) return code;
-    switch (last.type) {
-      case TypeLetter::kNumber: StoreReal(last.real); break;
-      case TypeLetter::kBoolean: Result().SetBoolean(last.boolean); break;
-      case TypeLetter::kString: Result().SetWholeText(last.text); break;
-      case TypeLetter::kComplex: StoreReal(0.0); return Status::NeedsComplex;
-      default: Result().ClearValue(); break;
-    }
-    return Advance(position);
-  }
-
-  long DoComplexOperation(long& position) override {
-    long const status = DoOperation(position);
-    if (status != Status::NeedsComplex) return status;
-    SQMLastResult const last = GetContext()->GetLastResult();
-    StoreComplex(last.real, last.imaginary);
-    return Advance(position);
+  SQMWays GetWays() const override { return kWays<&Do, &DoInComplex>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.isLastOfStatement = EndsStatement() || maker.Position() + 1 == GetExpression()->GetOperatorCount();
   }
 
  private:
   static constexpr EQMDataType kDefault = EQMDataType::Number;
+
+  static long Do(CQMCall& call) {
+    SQMLastResult const last = call.Context().GetLastResult();
+    if (long const code = TakeTypeOf(last, call); code != Error::None) return code;
+    switch (last.type) {
+      case TypeLetter::kNumber: call.StoreReal(last.real); break;
+      case TypeLetter::kBoolean: call.Result().SetBoolean(last.boolean); break;
+      case TypeLetter::kString: call.Result().SetWholeText(last.text); break;
+      case TypeLetter::kComplex: call.StoreReal(0.0); return Status::NeedsComplex;
+      default: call.Result().ClearValue(); break;
+    }
+    return Status::Done;
+  }
+  static long DoInComplex(CQMCall& call) {
+    long const status = Do(call);
+    if (status != Status::NeedsComplex) return status;
+    SQMLastResult const last = call.Context().GetLastResult();
+    call.StoreComplex(last.real, last.imaginary);
+    return Status::Done;
+  }
 
   /** A complex result counts as a number: whether it may be delivered is decided when it is asked for. */
   static EQMDataType TypeOf(SQMLastResult const& last) {
@@ -137,13 +148,12 @@ class CQMLastResultOperator final : public CQMStandaloneOperator {
 
   /** An operator that was verified with one kind of operand must not meet another: then the kind may not
    * change. */
-  long TakeTypeOf(SQMLastResult const& last, long position) {
+  static long TakeTypeOf(SQMLastResult const& last, CQMCall const& call) {
     EQMDataType const type = TypeOf(last);
-    if (last.type == TypeLetter::kNone || GetTypeClass(type) == GetTypeClass(Result().GetType()))
+    if (last.type == TypeLetter::kNone || GetTypeClass(type) == GetTypeClass(call.Result().GetType()))
       return Error::None;
-    bool const isLast = GetExpression() == nullptr || position + 1 == GetExpression()->GetOperatorCount();
-    if (!isLast && !EndsStatement()) return Error::TypeMismatch;
-    TypeResult(type);
+    if (!call.Step().isLastOfStatement) return Error::TypeMismatch;
+    call.TypeResult(type);
     return Error::None;
   }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "base/conversions.h"
+#include "engine/call.h"
 #include "engine/expression.h"
 #include "engine/program.h"
 #include "operators/declarations.h"
@@ -19,15 +20,10 @@ class CQMFlowOperator : public CQMOperator {
   long GetOperandsNeeded() override { return operands; }
   EQMDataType GetReturnType() override { return returnType; }
   long VerifyOperands() override { return CheckOperands(); }
-
- protected:
-  static long Jump(long& position, long target) {
-    position = target;
-    return Error::None;
-  }
 };
 
-/** A word whose operand is a condition. */
+/** A word whose operand is a condition. The byte of a boolean itself counts: in the memory of a host it may
+ * be neither 0 nor 1, and then no word takes it. */
 template <EQMDataType returnType = EQMDataType::Untyped>
 class CQMConditionOperator : public CQMFlowOperator<1, returnType> {
  public:
@@ -35,10 +31,6 @@ class CQMConditionOperator : public CQMFlowOperator<1, returnType> {
     if (long const code = CQMFlowOperator<1, returnType>::VerifyOperands(); code != Error::None) return code;
     return this->Operand(0).IsBoolean() ? Error::None : Error::NotABoolean;
   }
-
- protected:
-  /** The byte itself: in the memory of a host it may be neither 0 nor 1, and then no word takes it. */
-  std::uint8_t Condition() const { return this->Operand(0).BooleanByte(); }
 };
 
 // ---- if, unless ----
@@ -52,32 +44,40 @@ SQMStep const* RunBranch(SQMStep const* step, SQMFrame& frame, double) {
 inline SQMStep const* RunJump(SQMStep const* step, SQMFrame& frame, double) {
   return GoOn(step->whenTrue, frame, 0.0);
 }
+inline long Jump(CQMCall& call) { return call.GoOnAt(call.Step().whenTrue); }
 
 template <std::uint8_t wanted>
 class CQMBranchOperator final : public CQMConditionOperator<EQMDataType::Boolean> {
  public:
-  long DoOperation(long& position) override {
-    return Jump(position, Condition() == wanted ? GetTrueLink() : OtherLink());
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.whenTrue = maker.StepAt(GetTrueLink());
+    step.whenFalse = maker.StepAt(GetFalseLink() >= 1 ? GetFalseLink() : GetSkipLink());
   }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    if (!CQMStepMaker::FindBoolean(*this, 0, step.first)) return false;
-    step.whenTrue = maker.StepAt(GetTrueLink());
-    step.whenFalse = maker.StepAt(OtherLink());
-    if (wanted == 1) maker.JoinWithComparison(*this);
+    if (!maker.FindBoolean(0, step.first)) return false;
+    PrepareStep(maker, step);
+    if (wanted == 1) maker.JoinWithComparison();
     return maker.Use({&RunBranch<wanted>});
   }
 
  private:
-  long OtherLink() const { return GetFalseLink() >= 1 ? GetFalseLink() : GetSkipLink(); }
+  static long Do(CQMCall& call) {
+    bool const holds = call.Operand(0).BooleanByte() == wanted;
+    return call.GoOnAt(holds ? call.Step().whenTrue : call.Step().whenFalse);
+  }
 };
 
 // ---- jumps ----
 
 class CQMSkipOperator : public CQMFlowOperator<0> {
  public:
-  long DoOperation(long& position) override { return Jump(position, GetSkipLink()); }
-  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+  SQMWays GetWays() const override { return kWays<&Jump>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
     step.whenTrue = maker.StepAt(GetSkipLink());
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    PrepareStep(maker, step);
     return maker.Use({&RunJump});
   }
 };
@@ -94,14 +94,14 @@ class CQMLabelWord : public CQMFlowOperator<1> {
   long VerifyOperands() override {
     if (long const code = CheckOperandCounts(); code != Error::None) return code;
     if (!Operand(0).IsPending()) return Error::None;
-    if (GetExpression() != nullptr) GetExpression()->SetNextSymbolScope(Scope::kLocal);
+    GetExpression()->SetNextSymbolScope(Scope::kLocal);
     return DeclareName(*this, Operand(0), EQMDataType::Label);
   }
 };
 
 class CQMLabelOperator final : public CQMLabelWord {
  public:
-  long DoOperation(long& position) override { return Advance(position); }
+  SQMWays GetWays() const override { return kWays<&DoNothing>; }
   bool MakeStep(CQMStepMaker& maker, SQMStep&) override { return maker.Use({&RunNothing}); }
 };
 
@@ -111,142 +111,186 @@ class CQMGotoOperator final : public CQMLabelWord {
     if (long const code = CQMLabelWord::VerifyOperands(); code != Error::None) return code;
     return Operand(0).GetType() == EQMDataType::Label ? Error::None : Error::NoGotoTarget;
   }
-  long DoOperation(long& position) override { return Jump(position, GetSkipLink()); }
-  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+  SQMWays GetWays() const override { return kWays<&Jump>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
     step.whenTrue = maker.StepAt(GetSkipLink());
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    PrepareStep(maker, step);
     return maker.Use({&RunJump});
   }
 };
 
-// ---- loops: the first flag of the opener tells "do" to test its condition ----
+// ---- loops: the block of the opener tells "do" to test its condition ----
 
-template <bool testsAtOnce>
-class CQMLoopOperator final : public CQMFlowOperator<0> {
+/** while, until, always. */
+template <bool testsAtOnce, EQMDataType returnType = EQMDataType::Untyped>
+class CQMLoopOperator : public CQMFlowOperator<0, returnType> {
  public:
-  long DoOperation(long& position) override {
-    SetFirstFlag(testsAtOnce);
-    return Advance(position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override { step.block = maker.PlaceBlock(*this); }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    step.first = reinterpret_cast<std::byte*>(&FirstFlag());
+    if (kGivesTrue && !maker.FindBooleanResult(step.result)) return false;
+    step.block = maker.PlaceBlock(*this);
     return maker.Use({&Run});
   }
 
  private:
+  static constexpr bool kGivesTrue = returnType == EQMDataType::Boolean;
+
+  static long Do(CQMCall& call) {
+    call.Step().block->isDecided = testsAtOnce;
+    if (kGivesTrue) call.Result().SetBoolean(true);
+    return Status::Done;
+  }
   static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
-    *reinterpret_cast<bool*>(step->first) = testsAtOnce;
+    step->block->isDecided = testsAtOnce;
+    if constexpr (kGivesTrue) BooleanAt(step->result) = 1;
     return GoOn(step + 1, frame, 0.0);
   }
 };
-
-class CQMAlwaysOperator final : public CQMFlowOperator<0, EQMDataType::Boolean> {
- public:
-  long DoOperation(long& position) override {
-    SetFirstFlag(true);
-    Result().SetBoolean(true);
-    return Advance(position);
-  }
-  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    step.first = reinterpret_cast<std::byte*>(&FirstFlag());
-    step.result = Result().Current();
-    return maker.Use({&Run});
-  }
-
- private:
-  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
-    *reinterpret_cast<bool*>(step->first) = true;
-    BooleanAt(step->result) = 1;
-    return GoOn(step + 1, frame, 0.0);
-  }
-};
+using CQMAlwaysOperator = CQMLoopOperator<true, EQMDataType::Boolean>;
 
 class CQMDoOperator final : public CQMConditionOperator<> {
  public:
-  long DoOperation(long& position) override {
-    CQMOperator& opener = *GetTopLinkOperator();
-    if (!opener.GetFirstFlag()) {
-      opener.SetFirstFlag(true);
-      return Advance(position);
-    }
-    bool const enters = Condition() == (GetSecondFlag() ? 1 : 0);
-    return enters ? Advance(position) : Jump(position, GetSkipLink());
-  }
-  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    if (!CQMStepMaker::FindBoolean(*this, 0, step.first)) return false;
-    step.second = reinterpret_cast<std::byte*>(&GetTopLinkOperator()->FirstFlag());
+  SQMWays GetWays() const override { return LoopsWhile() ? kWays<&Do<1>> : kWays<&Do<0>>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.block = maker.PlaceBlock(*GetTopLinkOperator());
     step.whenTrue = maker.StepAt(maker.Position() + 1);
     step.whenFalse = maker.StepAt(GetSkipLink());
-    if (!GetSecondFlag()) return maker.Use({&RunDo<0>});
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!maker.FindBoolean(0, step.first)) return false;
+    PrepareStep(maker, step);
+    if (!LoopsWhile()) return maker.Use({&RunDo<0>});
     // where no jump leads past the opener, the condition counts whenever control comes here
     if (GetExpression()->HasPassedByOpeners()) return maker.Use({&RunDo<1>});
-    maker.JoinWithComparison(*this);
+    maker.JoinWithComparison();
     return maker.Use({&RunBranch<1>});
   }
 
  private:
+  /** The condition counts from the second time on, unless the opener says at once. */
+  static bool Enters(SQMBlock& block, std::uint8_t condition, std::uint8_t wanted) {
+    bool const enters = !block.isDecided || condition == wanted;
+    block.isDecided = true;
+    return enters;
+  }
+  template <std::uint8_t wanted>
+  static long Do(CQMCall& call) {
+    bool const enters = Enters(*call.Step().block, call.Operand(0).BooleanByte(), wanted);
+    return call.GoOnAt(enters ? call.Step().whenTrue : call.Step().whenFalse);
+  }
   template <std::uint8_t wanted>
   static SQMStep const* RunDo(SQMStep const* step, SQMFrame& frame, double) {
-    bool& tests = *reinterpret_cast<bool*>(step->second);
-    bool const enters = !tests || BooleanAt(step->first) == wanted;
-    tests = true;
+    bool const enters = Enters(*step->block, BooleanAt(step->first), wanted);
     return GoOn(enters ? step->whenTrue : step->whenFalse, frame, 0.0);
   }
 };
 
-// ---- select: its first flag tells that a case has matched, its countdown how many are still to be tested
-// ----
+// ---- select: its block tells whether a case has matched, and how many are still to be tested ----
 
 class CQMSelectOperator final : public CQMFlowOperator<1> {
  public:
-  long DoOperation(long& position) override {
-    SetFirstFlag(false);
-    SetCountdown(GetCaseCount());
-    return Advance(position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.block = maker.PlaceBlock(*this);
+    step.caseCount = static_cast<std::int32_t>(GetCaseCount());
+  }
+
+ private:
+  static long Do(CQMCall& call) {
+    *call.Step().block = {call.Step().caseCount, false};
+    return Status::Done;
   }
 };
 
-class CQMCaseOperator final : public CQMFlowOperator<1> {
+/** A word between a select and its end. */
+template <long operands>
+class CQMSelectPart : public CQMFlowOperator<operands> {
  public:
-  long DoOperation(long& position) override {
-    CQMOperator& select = *GetTopLinkOperator();
-    if (!select.GetFirstFlag()) {
-      if (Operand(0).CompareValue(select.GetOperandByIndex(0)) != 0) {
-        select.SetCountdown(select.GetCountdown() - 1);
-        return Jump(position, GetSkipLink());
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
+    step.block = maker.PlaceBlock(*this->GetTopLinkOperator());
+    step.whenFalse = maker.StepAt(this->GetSkipLink());
+  }
+};
+
+class CQMCaseOperator final : public CQMSelectPart<1> {
+ public:
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
+    CQMSelectPart::PrepareStep(maker, step);
+    step.selected = GetTopLinkOperator()->GetOperandByIndex(0);
+  }
+
+ private:
+  static long Do(CQMCall& call) {
+    SQMBlock& block = *call.Step().block;
+    if (!block.isDecided) {
+      if (call.Operand(0).CompareValue(call.Step().selected) != 0) {
+        --block.casesLeft;
+        return call.GoOnAt(call.Step().whenFalse);
       }
-      select.SetFirstFlag(true);
+      block.isDecided = true;
     }
-    return Advance(position);
+    return Status::Done;
   }
 };
 
-class CQMDefaultOperator final : public CQMFlowOperator<0> {
+class CQMDefaultOperator final : public CQMSelectPart<0> {
  public:
-  long DoOperation(long& position) override {
-    CQMOperator& select = *GetTopLinkOperator();
-    if (!select.GetFirstFlag()) {
+  SQMWays GetWays() const override { return kWays<&Do>; }
+
+ private:
+  static long Do(CQMCall& call) {
+    SQMBlock& block = *call.Step().block;
+    if (!block.isDecided) {
       // below zero after a jump past the select into its cases
-      if (select.GetCountdown() > 0) return Jump(position, GetSkipLink());
-      select.SetFirstFlag(true);
+      if (block.casesLeft > 0) return call.GoOnAt(call.Step().whenFalse);
+      block.isDecided = true;
     }
-    return Advance(position);
+    return Status::Done;
   }
 };
 
+/** A default that stands before other cases has its turn when all of them failed; an otherwise has not. */
 class CQMEndOperator final : public CQMFlowOperator<0> {
  public:
-  long DoOperation(long& position) override {
-    CQMOperator& block = *GetTopLinkOperator();
-    // a default that stands before other cases has its turn when all of them failed; an otherwise has not
-    bool const returnsToDefault = block.GetId() == OpId::Select && !block.GetFirstFlag() &&
-                                  block.GetFalseLink() != CQMOperator::kNoLink;
-    if (!returnsToDefault) return Advance(position);
-    // behind a default that stands last there are no cases to test: those that a break or a jump passed by
-    // count as failed, or control would go round between the two for ever
-    CQMOperator const& byDefault = *GetExpression()->GetOperatorByIndex(block.GetFalseLink());
-    if (byDefault.GetSkipLink() == position) block.SetCountdown(0);
-    return Jump(position, block.GetFalseLink());
+  SQMWays GetWays() const override {
+    if (!MayReturnToDefault()) return kWays<&DoNothing>;
+    return IsBehindDefault() ? kWays<&Return<true>> : kWays<&Return<false>>;
   }
+  void PrepareStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!MayReturnToDefault()) return;
+    step.block = maker.PlaceBlock(*GetTopLinkOperator());
+    step.whenTrue = maker.StepAt(GetTopLinkOperator()->GetFalseLink());
+    m_position = maker.Position();
+  }
+  bool MakeStep(CQMStepMaker& maker, SQMStep&) override {
+    return !MayReturnToDefault() && maker.Use({&RunNothing});
+  }
+
+ private:
+  bool MayReturnToDefault() const {
+    CQMOperator const& block = *GetTopLinkOperator();
+    return block.GetId() == OpId::Select && block.GetFalseLink() != kNoLink;
+  }
+  /** Whether the default stands last: there are no cases to test behind it. */
+  bool IsBehindDefault() const {
+    long const byDefault = GetTopLinkOperator()->GetFalseLink();
+    return GetExpression()->GetOperatorByIndex(byDefault)->GetSkipLink() == m_position;
+  }
+  /** Cases that a break or a jump passed by count as failed behind the last default, or control would go
+   * round between the two for ever. */
+  template <bool isBehindDefault>
+  static long Return(CQMCall& call) {
+    SQMBlock& block = *call.Step().block;
+    if (block.isDecided) return Status::Done;
+    if (isBehindDefault) block.casesLeft = 0;
+    return call.GoOnAt(call.Step().whenTrue);
+  }
+
+  long m_position = kNoLink;
 };
 
 // ---- leaving ----
@@ -259,27 +303,30 @@ class CQMReturnOperator final : public CQMFlowOperator<1> {
   }
   long VerifyOperands() override {
     long const code = CQMFlowOperator<1>::VerifyOperands();
-    if (code == Error::None) TakeType();
+    if (code == Error::None) TypeResult(GetReturnType());
     return code;
   }
-  long DoOperation(long&) override {
-    TakeType();  // it may have become complex since
-    if (Operand(0).IsString()) {
-      Result().SetWholeText(Operand(0).GetText());
+  SQMWays GetWays() const override { return kWays<&Do>; }
+
+ private:
+  static long Do(CQMCall& call) {
+    CQMDatum const& value = call.Operand(0);
+    call.TypeResult(value.GetType());  // it may have become complex since
+    if (value.IsString()) {
+      call.Result().SetWholeText(value.GetText());
     } else {
-      std::memcpy(Result().Current(), Operand(0).Current(),
-                  static_cast<std::size_t>(Operand(0).GetElementSize()));
+      std::memcpy(call.Result().Current(), value.Current(), static_cast<std::size_t>(value.GetElementSize()));
     }
     return Status::Stop;
   }
-
- private:
-  void TakeType() { TypeResult(GetReturnType()); }
 };
 
 class CQMExitOperator final : public CQMFlowOperator<0> {
  public:
-  long DoOperation(long&) override { return Status::Stop; }
+  SQMWays GetWays() const override { return kWays<&Do>; }
+
+ private:
+  static long Do(CQMCall&) { return Status::Stop; }
 };
 
 class CQMSetErrorOperator final : public CQMFlowOperator<1> {
@@ -289,19 +336,25 @@ class CQMSetErrorOperator final : public CQMFlowOperator<1> {
     EQMDataType const type = VariableTypeFor(Operand(0).GetType());
     return type == EQMDataType::Number || type == EQMDataType::Complex ? Error::None : Error::NotANumber;
   }
-  long DoOperation(long& position) override {
-    long const code = TruncateToInt32(Real(0));
-    GetExpression()->SetErrorState(code);
-    ++position;
+  SQMWays GetWays() const override { return kWays<&Do>; }
+
+ private:
+  static long Do(CQMCall& call) {
+    long const code = TruncateToInt32(call.Real(0));
+    call.Expression().SetErrorState(code);
+    call.MoveOn();
     return code;
   }
 };
 
 class CQMClearErrorOperator final : public CQMFlowOperator<0> {
  public:
-  long DoOperation(long& position) override {
-    GetExpression()->SetErrorState(Error::None);
-    return Advance(position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+
+ private:
+  static long Do(CQMCall& call) {
+    call.Expression().SetErrorState(Error::None);
+    return Status::Done;
   }
 };
 

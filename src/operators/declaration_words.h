@@ -2,6 +2,7 @@
 // only pass control on.
 #pragma once
 
+#include "engine/call.h"
 #include "engine/expression.h"
 #include "engine/program.h"
 #include "operators/declarations.h"
@@ -17,7 +18,7 @@ class CQMDeclarationWord : public CQMOperator {
     long const code = CheckOperandCounts();
     return code != Error::None ? code : Declare();
   }
-  long DoOperation(long& position) override { return Advance(position); }
+  SQMWays GetWays() const override { return kWays<&DoNothing>; }
   bool MakeStep(CQMStepMaker& maker, SQMStep&) override { return maker.Use({&RunNothing}); }
 
  private:
@@ -28,7 +29,7 @@ class CQMDeclarationWord : public CQMOperator {
 template <char scope>
 class CQMScopeOperator final : public CQMDeclarationWord<0> {
   long Declare() override {
-    if (GetExpression() != nullptr) GetExpression()->SetNextSymbolScope(scope);
+    GetExpression()->SetNextSymbolScope(scope);
     return Error::None;
   }
 };
@@ -36,7 +37,7 @@ class CQMScopeOperator final : public CQMDeclarationWord<0> {
 /** The next name that is declared a number becomes complex. */
 class CQMComplexOperator final : public CQMDeclarationWord<0> {
   long Declare() override {
-    if (GetExpression() != nullptr) GetExpression()->SetNextSymbolComplexity(Complexity::kComplex);
+    GetExpression()->SetNextSymbolComplexity(Complexity::kComplex);
     return Error::None;
   }
 };
@@ -52,7 +53,7 @@ class CQMTypeOperator final : public CQMDeclarationWord<1> {
     return isTyped ? Error::None : Error::NotDefined;
   }
   EQMDataType NameType() const {
-    if (type != EQMDataType::Number || GetExpression() == nullptr) return type;
+    if (type != EQMDataType::Number) return type;
     return GetExpression()->GetNextNumericSymbolDataType();
   }
 };

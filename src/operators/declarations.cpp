@@ -6,11 +6,9 @@
 namespace qumel {
 
 long DeclareName(CQMOperator const& op, CQMDatum& operand, EQMDataType type) {
-  CQMExpression* const expression = op.GetExpression();
-  if (expression == nullptr) return Error::NotDefined;
   CQMDatum& name = operand.FinalTarget();
   name.SetDatumType(type);
-  return expression->ConfirmSymbol(&name);
+  return op.GetExpression()->ConfirmSymbol(&name);
 }
 
 }  // namespace qumel

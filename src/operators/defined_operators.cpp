@@ -46,13 +46,12 @@ bool Accepts(EQMDataType declared, EQMDataType actual) {
 
 }  // namespace
 
-std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition) {
+CQMOperator* MakeDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition, CQMArena& arena) {
   if (definition->HasBody()) {
-    if (definition->isRecursive) return std::make_unique<CQMRecursiveOperator>(std::move(definition));
-    return std::make_unique<CQMExpressionOperator>(std::move(definition));
+    if (definition->isRecursive) return arena.Make<CQMRecursiveOperator>(std::move(definition));
+    return arena.Make<CQMExpressionOperator>(std::move(definition));
   }
-  if (definition->callback != nullptr) return std::make_unique<CQMCallbackOperator>(std::move(definition));
-  return nullptr;
+  return definition->callback != nullptr ? arena.Make<CQMCallbackOperator>(std::move(definition)) : nullptr;
 }
 
 // ---- common ----
@@ -60,8 +59,8 @@ std::unique_ptr<CQMOperator> MakeDefinedOperator(std::shared_ptr<SQMOperatorDefi
 CQMDefinedOperator::CQMDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition)
     : m_definition(std::move(definition)) {}
 
-std::unique_ptr<CQMOperator> CQMDefinedOperator::MakeTwin() {
-  std::unique_ptr<CQMOperator> twin = MakeDefinedOperator(m_definition);
+CQMOperator* CQMDefinedOperator::MakeTwin(CQMArena& arena) {
+  CQMOperator* const twin = MakeDefinedOperator(m_definition, arena);
   twin->SetId(GetId());
   static_cast<CQMDefinedOperator&>(*twin).m_original = this;
   return twin;
@@ -81,25 +80,21 @@ long CQMDefinedOperator::CheckParameters() {
 }
 
 std::unique_ptr<CQMExpression> CQMDefinedOperator::CompileBody(CQMExpression* original) {
-  CQMOperatorContext& context = *GetContext();
+  CQMOperatorContext& context = GetContext();
   auto body = std::make_unique<CQMExpression>(context);
   CQMNesting const nesting;
   if (nesting.IsTooDeep()) {
     body->SetErrorState(Error::OutOfMemory);
     return body;
   }
-  std::span<CQMDatum* const> const operands(GetOperandList(), static_cast<std::size_t>(GetOperandCount()));
+  std::span<CQMDatum* const> const operands = GetOperandList();
   if (original != nullptr) {
     body->SetCopyOf(*original, operands);
   } else {
-    body->SetCosmicSymbolTable(context.GetCosmicSymbolTable());
-    body->SetGlobalSymbolTable(context.GetGlobalSymbolTable());
-    body->SetOperatorFactory(context.GetOperatorFactory());
     body->ShareDefinitions(*GetExpression());
     body->SetParsedExpression(m_definition, operands, false);
   }
-  // only now: each operator of the body looks for its root, past all bodies that this one is nested in
-  body->SetParentObject(this);
+  body->SetParentObject(GetExpression());
   return body;
 }
 
@@ -125,16 +120,16 @@ class CQMDefinedOperator::CQMLoan {
   CQMDefinedOperator& m_borrower;
 };
 
-long CQMDefinedOperator::RunBody(CQMExpression& body, long& position) {
+long CQMDefinedOperator::RunBody(CQMExpression& body, CQMCall& call) {
   CQMExpression& caller = *GetExpression();
   bool const wasReal = !caller.IsInComplexMode();
   CQMNesting const nesting;
   CQMLoan const loan(*this);
   caller.AcceptPromotions();
   long status = nesting.IsTooDeep() ? static_cast<long>(Error::OutOfMemory) : body.Resolve();
-  ++position;
-  status = caller.FollowCall(status, position);
-  if (status == Status::Done) status = StoreBodyResult(body.GetResult());
+  call.MoveOn();
+  status = caller.FollowCall(status, call.NextPosition());
+  if (status == Status::Done) status = StoreBodyResult(body.GetResultDatum());
   bool const becameComplex = wasReal && caller.IsInComplexMode();
   return status == Status::Done && becameComplex ? static_cast<long>(Status::NeedsComplex) : status;
 }
@@ -147,8 +142,8 @@ long CQMDefinedOperator::StoreBodyResult(CQMDatum* value) {
     case EQMDataType::Number: StoreReal(real); break;
     case EQMDataType::Complex: {
       bool const inComplexMode = GetExpression()->IsInComplexMode();
-      if (!inComplexMode && !GetContext()->MayBecomeComplex()) return Status::NeedsComplex;
-      StoreComplex(real, isNumeric ? value->Imaginary() : 0.0);
+      if (!inComplexMode && !GetContext().MayBecomeComplex()) return Status::NeedsComplex;
+      Result().SetComplex(real, isNumeric ? value->Imaginary() : 0.0);
       // the position has moved on, so the body does not run again after the switch
       if (!inComplexMode) return Status::NeedsComplex;
       break;
@@ -188,10 +183,11 @@ long CQMExpressionOperator::VerifyOperands() {
   return m_body->GetErrorState();
 }
 
-long CQMExpressionOperator::DoOperation(long& position) {
+long CQMExpressionOperator::Do(CQMCall& call) {
+  auto& op = static_cast<CQMExpressionOperator&>(*call.Step().object);
   // an operand may have been a real number when the body was compiled, and complex now
-  if (!m_body->IsInComplexMode() && HasComplexOperand()) m_body->EnterComplexMode();
-  return RunBody(*m_body, position);
+  if (!op.m_body->IsInComplexMode() && call.HasComplexOperand()) op.m_body->EnterComplexMode();
+  return op.RunBody(*op.m_body, call);
 }
 
 long CQMRecursiveOperator::VerifyOperands() {
@@ -200,10 +196,11 @@ long CQMRecursiveOperator::VerifyOperands() {
   return ComplexStatus();
 }
 
-long CQMRecursiveOperator::DoOperation(long& position) {
-  std::unique_ptr<CQMExpression> const body = CompileBody(nullptr);
-  if (body->GetErrorState() == Error::None) return RunBody(*body, position);
-  ++position;
+long CQMRecursiveOperator::Do(CQMCall& call) {
+  auto& op = static_cast<CQMRecursiveOperator&>(*call.Step().object);
+  std::unique_ptr<CQMExpression> const body = op.CompileBody(nullptr);
+  if (body->GetErrorState() == Error::None) return op.RunBody(*body, call);
+  call.MoveOn();
   return body->GetErrorState();
 }
 
@@ -217,17 +214,20 @@ long CQMCallbackOperator::VerifyOperands() {
 // A place in an expression has one handle in all its runs. It belongs to the original, and answers for the
 // innermost call that has not returned.
 long CQMCallbackOperator::CallHost() {
-  auto& place = GetOriginal() != nullptr ? static_cast<CQMCallbackOperator&>(*GetOriginal()) : *this;
-  CQMOperatorContext* const context = GetContext();
-  if (place.m_handle == 0)
-    place.m_handle = place.GetObjectHandle(context != nullptr ? context->GetHandleGuard() : nullptr);
-  if (place.m_handle == 0)
-    return Error::OutOfMemory;  // the host could neither read parameters nor set a result
-  CQMTemporaryValue<CQMCallbackOperator*> const answering(place.m_answering, this);
-  return Definition().callback(place.m_handle);
+  auto& original = GetOriginal() != nullptr ? static_cast<CQMCallbackOperator&>(*GetOriginal()) : *this;
+  if (original.m_place == nullptr) original.m_place = std::make_unique<CQMCallbackPlace>(original);
+  CQMCallbackPlace& place = *original.m_place;
+  if (m_handle == 0) m_handle = place.GetObjectHandle(GetContext().GetHandleGuard());
+  if (m_handle == 0) return Error::OutOfMemory;  // the host could neither read parameters nor set a result
+  CQMTemporaryValue<CQMCallbackOperator*> const answering(place.Answering(), this);
+  return Definition().callback(m_handle);
 }
 
-long CQMCallbackOperator::DoOperation(long& position) {
+long CQMCallbackOperator::Do(CQMCall& call) {
+  return static_cast<CQMCallbackOperator&>(*call.Step().object).Run(call);
+}
+
+long CQMCallbackOperator::Run(CQMCall& call) {
   m_isOutOfMemory = false;
   Result().ClearValue();  // nothing of an earlier run shows when the callback sets no result
   CQMExpression& expression = *GetExpression();
@@ -237,8 +237,8 @@ long CQMCallbackOperator::DoOperation(long& position) {
   if (status == Status::Done && m_isOutOfMemory) status = Error::OutOfMemory;
   // The position of a stop tells whose result the evaluation has. Otherwise the callback is not repeated,
   // whatever the status is.
-  if (status != Status::Stop) ++position;
-  status = expression.FollowCall(status, position);
+  if (status != Status::Stop) call.MoveOn();
+  status = expression.FollowCall(status, call.NextPosition());
   if (!wasReal) return status;
   if (Result().Imaginary() != 0.0) return StatusOfComplexResult(status);
   // a number again, of which this or an earlier run had set the imaginary part
@@ -257,14 +257,12 @@ long CQMCallbackOperator::StatusOfComplexResult(long status) {
   if (status == Status::Done) return Status::NeedsComplex;
   if (status != Status::Stop) return status;
   // nothing is left to compute, so only the permission is asked for
-  if (!GetContext()->MayBecomeComplex()) return Error::ResultIsComplex;
+  if (!GetContext().MayBecomeComplex()) return Error::ResultIsComplex;
   GetExpression()->EnterComplexMode();
   return status;
 }
 
-void CQMCallbackOperator::Report(long code) {
-  if (CQMOperatorContext* const context = GetContext(); context != nullptr) context->SetLastError(code);
-}
+void CQMCallbackOperator::Report(long code) { GetContext().SetLastError(code); }
 
 void CQMCallbackOperator::NoteOutOfMemory() {
   m_isOutOfMemory = true;
@@ -344,7 +342,7 @@ long CQMCallbackOperator::SetRealResult(double value) {
 
 long CQMCallbackOperator::SetImaginaryResult(double value) {
   if (!HasNumericResult()) return Error::TypeMismatch;
-  StoreComplex(Result().Real(), value);
+  Result().SetComplex(Result().Real(), value);
   return Error::None;
 }
 

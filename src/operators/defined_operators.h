@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/call.h"
 #include "engine/operator.h"
 #include "language/operator_definition.h"
 
@@ -22,7 +23,8 @@ class CQMDefinedOperator : public CQMOperator {
   explicit CQMDefinedOperator(std::shared_ptr<SQMOperatorDefinition const> definition);
   long GetOperandsNeeded() override { return static_cast<long>(m_definition->parameters.size()); }
   EQMDataType GetReturnType() override { return m_definition->returnType; }
-  std::unique_ptr<CQMOperator> MakeTwin() override;
+  CQMOperator* MakeTwin(CQMArena& arena) override;
+  void PrepareStep(CQMStepMaker&, SQMStep& step) override { step.object = this; }
 
  protected:
   /** Counts, presence, pending names and declared types of the operands. */
@@ -33,8 +35,8 @@ class CQMDefinedOperator : public CQMOperator {
   /** A body bound to the operands, compiled; a copy of original where there is one. Its error state tells how
    * it went. */
   std::unique_ptr<CQMExpression> CompileBody(CQMExpression* original);
-  /** Runs body and copies its result by the return type. Moves position. */
-  long RunBody(CQMExpression& body, long& position);
+  /** Runs body and copies its result by the return type. */
+  long RunBody(CQMExpression& body, CQMCall& call);
   std::vector<EQMDataType> OperandTypes() const;
 
   std::vector<EQMDataType> m_verifiedTypes;  // of the operands
@@ -56,10 +58,12 @@ class CQMExpressionOperator final : public CQMDefinedOperator {
   using CQMDefinedOperator::CQMDefinedOperator;
   ~CQMExpressionOperator() override;
   long VerifyOperands() override;
-  long DoOperation(long& position) override;
+  SQMWays GetWays() const override { return kWays<&Do>; }
   CQMExpression* GetBody() const override { return m_body.get(); }
 
  private:
+  static long Do(CQMCall& call);
+
   std::unique_ptr<CQMExpression> m_body;
 };
 
@@ -68,7 +72,28 @@ class CQMRecursiveOperator final : public CQMDefinedOperator {
  public:
   using CQMDefinedOperator::CQMDefinedOperator;
   long VerifyOperands() override;
-  long DoOperation(long& position) override;
+  SQMWays GetWays() const override { return kWays<&Do>; }
+
+ private:
+  static long Do(CQMCall& call);
+};
+
+class CQMCallbackOperator;
+
+/** What the handle stands for that a callback is given: a place in an expression, the same in all its runs.
+ */
+class CQMCallbackPlace final : public CQMLinkedObject {
+ public:
+  static constexpr char const* kTypeTag = TypeTag::kOperator;
+
+  explicit CQMCallbackPlace(CQMCallbackOperator& op) : m_answering(&op) { SetTypeTag(kTypeTag); }
+
+  /** The operator that reads and writes for the host: of an expression that is evaluated while it runs, the
+   * one whose callback was called last and has not returned. */
+  CQMCallbackOperator*& Answering() { return m_answering; }
+
+ private:
+  CQMCallbackOperator* m_answering;
 };
 
 /** Calls a function of the host, which reads the operands and sets the result through the handle that it is
@@ -77,12 +102,9 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
  public:
   using CQMDefinedOperator::CQMDefinedOperator;
   long VerifyOperands() override;
-  long DoOperation(long& position) override;
+  SQMWays GetWays() const override { return kWays<&Do>; }
 
   // ---- for the host, while the callback runs; parameters count from 0 ----
-  /** The operator that a handle of this one stands for: of an expression that is evaluated while it runs, the
-   * one whose callback was called last and has not returned. */
-  CQMCallbackOperator& GetAnswering() { return m_answering != nullptr ? *m_answering : *this; }
   // An index out of range makes the context's last error NotEnoughOperands, a wrong type TypeMismatch; the
   // answer is then 0, false, null, or 'X' for a type. Texts live until the same parameter is asked for again.
   long GetParameterCount() const { return GetOperandCount(); }
@@ -103,15 +125,17 @@ class CQMCallbackOperator final : public CQMDefinedOperator {
   void NoteOutOfMemory();
 
  private:
+  static long Do(CQMCall& call);
+  long Run(CQMCall& call);
   CQMDatum* Parameter(long index);
   void Report(long code);
   bool HasNumericResult() const;
   long CallHost();
   long StatusOfComplexResult(long status);
 
-  Handle m_handle = 0;
-  CQMCallbackOperator* m_answering = nullptr;
-  bool m_isOutOfMemory = false;  // during this run
+  std::unique_ptr<CQMCallbackPlace> m_place;  // of the original, from the first call on
+  Handle m_handle = 0;                        // of the place
+  bool m_isOutOfMemory = false;               // during this run
   std::string m_signature;
   std::vector<std::string> m_texts;
 };

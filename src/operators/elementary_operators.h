@@ -8,9 +8,14 @@ namespace qumel {
 
 class CQMRootOperator final : public CQMBinaryFunction<SQMRootRule> {
  public:
-  long DoOperation(long& position) override {
-    if (!HasComplexOperand()) return CQMBinaryFunction<SQMRootRule>::DoOperation(position);
-    StoreReal(0.0);
+  SQMWays GetWays() const override {
+    return {kWays<&Do>.inReal, CQMBinaryFunction<SQMRootRule>::GetWays().inComplex};
+  }
+
+ private:
+  static long Do(CQMCall& call) {
+    if (!call.HasComplexOperand()) return InReal(call);
+    call.StoreReal(0.0);
     return Status::NeedsComplex;
   }
 };

@@ -27,38 +27,42 @@ class CQMExchangeAssignOperator final : public CQMTargetOperator {
     return Value().IsLiteral() ? static_cast<long>(Error::TargetIsConstant) : CQMTargetOperator::Optimize();
   }
 
-  long DoOperation(long& position) override {
-    switch (GetTypeClass(Target().GetType())) {
-      case EQMTypeClass::String: ExchangeTexts(); break;
-      case EQMTypeClass::Boolean:
-        std::swap(*Target().Current(), *Value().Current());
-        *Result().Current() = *Target().Current();
-        break;
-      default: ExchangeNumbers(); break;
-    }
-    return Advance(position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
 
  private:
-  void ExchangeTexts() {
-    std::string const kept(Target().GetText());
-    Target().SetText(Value().GetText());
-    Value().SetText(kept);
-    Result().SetWholeText(Target().GetText());
+  static long Do(CQMCall& call) {
+    CQMDatum& target = TargetOf(call);
+    CQMDatum& value = ValueOf(call);
+    switch (GetTypeClass(target.GetType())) {
+      case EQMTypeClass::String: {
+        std::string const kept(target.GetText());
+        target.SetText(value.GetText());
+        value.SetText(kept);
+        call.Result().SetWholeText(target.GetText());
+        break;
+      }
+      case EQMTypeClass::Boolean:
+        std::swap(*target.Current(), *value.Current());
+        *call.Result().Current() = *target.Current();
+        break;
+      default: ExchangeNumbers(call); break;
+    }
+    return Status::Done;
   }
 
   // Also where one of the two became complex since it was verified, which makes the other one complex too.
-  void ExchangeNumbers() {
-    if (!IsComplexOperation()) {
-      double const kept = Target().Real();
-      StoreRealInBoth(Value().Real());
-      Value().SetReal(kept);
+  static void ExchangeNumbers(CQMCall const& call) {
+    CQMDatum& target = TargetOf(call);
+    CQMDatum& value = ValueOf(call);
+    double const real = target.Real();
+    double const imaginary = target.Imaginary();
+    if (!IsComplexOperation(call)) {
+      StoreRealInBoth(call, value.Real());
+      value.SetReal(real);
       return;
     }
-    double const real = Target().Real();
-    double const imaginary = Target().Imaginary();
-    StoreComplexInBoth(Value().Real(), Value().Imaginary());
-    Value().SetComplex(real, imaginary);
+    StoreComplexInBoth(call, value.Real(), value.Imaginary());
+    value.SetComplex(real, imaginary);
   }
 };
 

@@ -12,9 +12,9 @@ class CQMBooleanResultOperator : public CQMOperator {
   EQMDataType GetReturnType() override { return EQMDataType::Boolean; }
 
  protected:
-  long Finish(bool value, long& position) {
-    Result().SetBoolean(value);
-    return Advance(position);
+  static long Finish(CQMCall const& call, bool value) {
+    call.Result().SetBoolean(value);
+    return Status::Done;
   }
   /** Any kind of operand will do as long as all are of one kind. */
   long CheckSameClass() {
@@ -35,15 +35,15 @@ template <BytesRule rule>
 class CQMLogicalOperator final : public CQMBooleanResultOperator {
  public:
   long GetOperandsNeeded() override { return 2; }
-  long DoOperation(long& position) override {
-    return Finish(rule(Operand(0).BooleanByte(), Operand(1).BooleanByte()), position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    return Finish(call, rule(call.Operand(0).BooleanByte(), call.Operand(1).BooleanByte()));
   }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
-    if (!CQMStepMaker::HasBooleanResult(*this) || !CQMStepMaker::FindBoolean(*this, 0, step.first) ||
-        !CQMStepMaker::FindBoolean(*this, 1, step.second)) {
+    if (!maker.FindBooleanResult(step.result) || !maker.FindBoolean(0, step.first) ||
+        !maker.FindBoolean(1, step.second)) {
       return false;
     }
-    step.result = Result().Current();
     return maker.Use({&Run});
   }
 
@@ -59,9 +59,8 @@ class CQMNotOperator final : public CQMBooleanResultOperator {
  public:
   long GetOperandsNeeded() override { return 1; }
   long VerifyOperands() override { return CheckSameClass(); }
-  long DoOperation(long& position) override {
-    return Finish(Operand(0).BooleanByte() == kFalseByte, position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) { return Finish(call, call.Operand(0).BooleanByte() == kFalseByte); }
 };
 
 // ---- relational ----
@@ -74,14 +73,13 @@ class CQMRelationalOperator final : public CQMBooleanResultOperator {
  public:
   long GetOperandsNeeded() override { return 2; }
   long VerifyOperands() override { return CheckSameClass(); }
-  long DoOperation(long& position) override {
-    return Finish(rule(Operand(0).CompareValue(&Operand(1))), position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) { return Finish(call, rule(call.Operand(0).CompareValue(&call.Operand(1)))); }
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
     struct SQMWork {
       static bool Of(double x, double y) { return rule(ComparisonOf(x, y)); }
     };
-    return MakeComparisonStep<SQMWork>(maker, *this, step);
+    return MakeComparisonStep<SQMWork>(maker, step);
   }
 };
 

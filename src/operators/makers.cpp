@@ -26,26 +26,26 @@ namespace qumel {
 namespace {
 
 template <class Operator>
-std::unique_ptr<CQMOperator> Make() {
+CQMOperator* Make(CQMArena& arena) {
   if constexpr (std::is_void_v<Operator>) {
     return nullptr;  // the row of an operator that converts and has never run
   } else {
-    return std::make_unique<Operator>();
+    return arena.Make<Operator>();
   }
 }
 
 }  // namespace
 
-std::unique_ptr<CQMOperator> MakeOperator(long id) {
+CQMOperator* MakeOperator(long id, CQMArena& arena) {
   switch (id) {
 // clang-format off
 #define QM_OPERATOR(token, name, id, fix, operands, precedence, associates, context, ...) \
-  case id: return Make<__VA_ARGS__>();
+  case id: return Make<__VA_ARGS__>(arena);
 #define QM_LOCAL_OPERATOR QM_OPERATOR
-#define QM_SUBSTITUTE(name, id, ...) case id: return Make<__VA_ARGS__>();
+#define QM_SUBSTITUTE(name, id, ...) case id: return Make<__VA_ARGS__>(arena);
 #include "base/operators.inc"
     // clang-format on
-    default: return MakeFunction(id);
+    default: return MakeFunction(id, arena);
   }
 }
 

@@ -1,14 +1,12 @@
 // The makers of operators, expanded from the rows of base/operators.inc.
 #pragma once
 
-#include <memory>
-
 #include "engine/operator.h"
 
 namespace qumel {
 
 /** A new operator of a row that names a rule; null for other ids. MakeOperator (engine/operator_factory.h)
  * makes them all. */
-std::unique_ptr<CQMOperator> MakeFunction(long id);
+CQMOperator* MakeFunction(long id, CQMArena& arena);
 
 }  // namespace qumel

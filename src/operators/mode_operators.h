@@ -1,9 +1,10 @@
 // Words that change a setting of the context while an expression runs. What they change stays changed, also
-// when the expression fails later on. Without a context they do nothing.
+// when the expression fails later on.
 #pragma once
 
 #include "base/conversions.h"
 #include "base/letters.h"
+#include "engine/call.h"
 #include "engine/operator_context.h"
 #include "operators/standalone_operator.h"
 
@@ -13,9 +14,10 @@ namespace qumel {
 template <auto setter, auto value>
 class CQMModeOperator final : public CQMStandaloneOperator {
  public:
-  long DoOperation(long& position) override {
-    if (GetContext() != nullptr) (GetContext()->*setter)(value);
-    return Advance(position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    (call.Context().*setter)(value);
+    return Status::Done;
   }
 };
 
@@ -32,11 +34,12 @@ using CQMNumberBaseWord = CQMModeOperator<&CQMOperatorContext::SetNumberBase, ba
 class CQMPrecisionOperator final : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return 1; }
-  long DoOperation(long& position) override {
-    std::int32_t const digits = TruncateToInt32(Real(0));
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    std::int32_t const digits = TruncateToInt32(call.Real(0));
     if (digits < 0) return Error::PrecisionIsNegative;
-    if (GetContext() != nullptr) GetContext()->SetFormattedResultPrecisionLimit(digits);
-    return Advance(position);
+    call.Context().SetFormattedResultPrecisionLimit(digits);
+    return Status::Done;
   }
 };
 

@@ -9,11 +9,11 @@
 
 namespace qumel {
 
-std::unique_ptr<CQMOperator> MakeFunction(long id) {
+CQMOperator* MakeFunction(long id, CQMArena& arena) {
   switch (id) {
 #define QM_FUNCTION(token, name, id, fix, operands, precedence, associates, context, rule) \
   case id:                                                                                 \
-    return std::make_unique<CQMNumericFunction<rule, std::make_integer_sequence<long, operands>>>();
+    return arena.Make<CQMNumericFunction<rule, std::make_integer_sequence<long, operands>>>();
 #include "base/operators.inc"
     default: return nullptr;
   }

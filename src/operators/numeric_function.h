@@ -20,29 +20,32 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
  public:
   long GetOperandsNeeded() override { return sizeof...(index); }
 
-  long DoOperation(long& position) override { return Finish(InRealRun(), position); }
+  SQMWays GetWays() const override { return kWays<&InReal, &InComplex>; }
 
   bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
     if constexpr (sizeof...(index) == 1) {
-      return MakeUnaryStep<SQMStepWork>(maker, *this, step, AngleFactor(maker));
+      return MakeUnaryStep<SQMStepWork>(maker, step, AngleFactor(maker));
     } else {
       static_assert(AngleOfRule() == EQMAngle::None);
-      return MakeBinaryStep<SQMStepWork>(maker, *this, step);
+      return MakeBinaryStep<SQMStepWork>(maker, step);
     }
   }
 
-  long DoComplexOperation(long& position) override {
-    if (!(Operand(index).IsComplex() || ...) && !RealsWantComplex()) {
-      RealOutcome const outcome = OfReals();
-      if (outcome.status != Status::NeedsComplex) return Finish(outcome, position);
-    }
-    double const in = OperandFactor();
-    auto outcome = OutcomeOf(Rule::OfComplex(Complex(Real(index) * in, Imaginary(index) * in)...));
-    outcome.value *= ResultFactor();
-    return Finish(outcome, position);
-  }
+ protected:
+  static long InReal(CQMCall& call) { return Finish(Compute<true>(call), call); }
 
  private:
+  static long InComplex(CQMCall& call) {
+    if (!(call.Operand(index).IsComplex() || ...) && !RealsWantComplex(call)) {
+      RealOutcome const outcome = Compute<false>(call);
+      if (outcome.status != Status::NeedsComplex) return Finish(outcome, call);
+    }
+    double const in = OperandFactor(call);
+    auto outcome = OutcomeOf(Rule::OfComplex(Complex(call.Real(index) * in, call.Imaginary(index) * in)...));
+    outcome.value *= ResultFactor(call);
+    return Finish(outcome, call);
+  }
+
   /** What a step computes: the rule, on angles in the unit whose factor stands at the address. */
   struct SQMStepWork {
     static auto Of(double x, std::byte* factor) {
@@ -67,9 +70,13 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
       return Rule::Real(operands...);
     }
   }
-  RealOutcome InRealRun() const {
-    RealOutcome outcome(RuleInRealRun(Real(index) * OperandFactor()...));
-    outcome.value *= ResultFactor();
+  template <bool inRealRun>
+  static RealOutcome Compute(CQMCall const& call) {
+    double const in = OperandFactor(call);
+    RealOutcome outcome = 0.0;
+    if constexpr (inRealRun) outcome = RuleInRealRun(call.Real(index) * in...);
+    else outcome = Rule::Real(call.Real(index) * in...);
+    outcome.value *= ResultFactor(call);
     return outcome;
   }
   static std::byte* AngleFactor(CQMStepMaker const& maker) {
@@ -83,11 +90,6 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
     return reinterpret_cast<std::byte*>(const_cast<double*>(&factor));
   }
 
-  RealOutcome OfReals() const {
-    RealOutcome outcome(Rule::Real(Real(index) * OperandFactor()...));
-    outcome.value *= ResultFactor();
-    return outcome;
-  }
   static constexpr EQMAngle AngleOfRule() {
     if constexpr (requires { Rule::kAngle; }) {
       return Rule::kAngle;
@@ -95,18 +97,16 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
       return EQMAngle::None;
     }
   }
-  double OperandFactor() const {
-    bool const applies = AngleOfRule() == EQMAngle::Operand && GetContext() != nullptr;
-    return applies ? GetContext()->GetAngleFactorToRadians() : 1.0;
+  static double OperandFactor(CQMCall const& call) {
+    return AngleOfRule() == EQMAngle::Operand ? call.Context().GetAngleFactorToRadians() : 1.0;
   }
-  double ResultFactor() const {
-    bool const applies = AngleOfRule() == EQMAngle::Result && GetContext() != nullptr;
-    return applies ? GetContext()->GetAngleFactorFromRadians() : 1.0;
+  static double ResultFactor(CQMCall const& call) {
+    return AngleOfRule() == EQMAngle::Result ? call.Context().GetAngleFactorFromRadians() : 1.0;
   }
 
-  bool RealsWantComplex() const {
-    if constexpr (requires { Rule::WantsComplex(Real(index)...); }) {
-      return Rule::WantsComplex(Real(index)...);
+  static bool RealsWantComplex(CQMCall const& call) {
+    if constexpr (requires { Rule::WantsComplex(call.Real(index)...); }) {
+      return Rule::WantsComplex(call.Real(index)...);
     } else {
       return false;
     }
@@ -117,14 +117,14 @@ class CQMNumericFunction<Rule, std::integer_sequence<long, index...>> : public C
   static ComplexOutcome OutcomeOf(Complex value) { return value; }
   static ComplexOutcome OutcomeOf(ComplexOutcome outcome) { return outcome; }
 
-  long Finish(RealOutcome const& outcome, long& position) {
-    StoreReal(outcome.value);
-    return outcome.status == Error::None ? Advance(position) : outcome.status;
+  static long Finish(RealOutcome const& outcome, CQMCall const& call) {
+    call.StoreReal(outcome.value);
+    return outcome.status;
   }
-  long Finish(ComplexOutcome const& outcome, long& position) {
-    if (outcome.status != Error::None) return Finish(RealOutcome(SQMFailure{outcome.status}), position);
-    StoreComplex(outcome.value.real(), outcome.value.imag());
-    return Advance(position);
+  static long Finish(ComplexOutcome const& outcome, CQMCall const& call) {
+    if (outcome.status != Error::None) return Finish(RealOutcome(SQMFailure{outcome.status}), call);
+    call.StoreComplex(outcome.value.real(), outcome.value.imag());
+    return Status::Done;
   }
 };
 

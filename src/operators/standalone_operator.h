@@ -9,7 +9,7 @@ namespace qumel {
 class CQMStandaloneOperator : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return 0; }
-  void CreateOperandList(long) override { CQMOperator::CreateOperandList(0); }
+  void CreateOperandList(CQMArena& arena, long) override { CQMOperator::CreateOperandList(arena, 0); }
   long VerifyOperands() override { return Error::None; }
 };
 

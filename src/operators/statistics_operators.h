@@ -2,8 +2,11 @@
 // none other.
 #pragma once
 
+#include <array>
 #include <vector>
 
+#include "engine/call.h"
+#include "engine/operator.h"
 #include "rules/statistics.h"
 
 namespace qumel {
@@ -16,27 +19,32 @@ class CQMStatisticOperator final : public CQMOperator {
 
   long GetOperandsNeeded() override { return 1; }
   long GetOperandsMaximum() override { return kMostOperands; }
-  long DoOperation(long& position) override {
-    CollectValues();
-    StoreReal(m_values.empty() ? 0.0 : statistic(m_values));
-    return Advance(position);
-  }
+  SQMWays GetWays() const override { return kWays<&Do>; }
 
  private:
-  void CollectValues() {
-    m_values.clear();
-    CQMDatum& first = Operand(0);
+  static long Do(CQMCall& call) {
+    CQMDatum& first = call.Operand(0);
     // an element reached by an index is a proxy of its array, and a scalar
-    if (first.GetDimensionCount() == 1 && !first.IsProxy()) {
-      long const size = first.GetArraySize();
-      m_values.reserve(static_cast<std::size_t>(size));
-      for (long i = 0; i < size; ++i) m_values.push_back(*static_cast<double*>(first.GetValue(0, false, i)));
-    } else {
-      for (long i = 0; i < GetOperandCount(); ++i) m_values.push_back(Real(i));
+    bool const isArray = first.GetDimensionCount() == 1 && !first.IsProxy();
+    if (isArray && first.GetType() == EQMDataType::Number && first.GetValue() != nullptr) {
+      auto const size = static_cast<std::size_t>(first.GetArraySize());
+      return Store(call, {reinterpret_cast<double const*>(first.GetValue()), size});
     }
+    if (isArray) {
+      std::vector<double> values;
+      for (long i = 0; i < first.GetArraySize(); ++i)
+        values.push_back(*static_cast<double*>(first.GetValue(0, false, i)));
+      return Store(call, values);
+    }
+    std::array<double, kMostOperands> values;
+    long const count = call.OperandCount();
+    for (long i = 0; i < count; ++i) values[static_cast<std::size_t>(i)] = call.Real(i);
+    return Store(call, {values.data(), static_cast<std::size_t>(count)});
   }
-
-  std::vector<double> m_values;  // kept between runs for its room
+  static long Store(CQMCall const& call, Values values) {
+    call.StoreReal(values.empty() ? 0.0 : statistic(values));
+    return Status::Done;
+  }
 };
 
 }  // namespace qumel

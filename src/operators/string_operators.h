@@ -7,6 +7,9 @@
 #include <string_view>
 
 #include "base/conversions.h"
+#include "engine/call.h"
+#include "engine/operator.h"
+#include "engine/program.h"
 
 namespace qumel {
 
@@ -22,7 +25,7 @@ template <EQMDataType returnType, long optional, EQMWanted... wanted>
 class CQMTextOperator : public CQMOperator {
  public:
   long GetOperandsNeeded() override { return static_cast<long>(sizeof...(wanted)) - optional; }
-  long GetOperandsMaximum() override { return static_cast<long>(sizeof...(wanted)); }
+  long GetOperandsMaximum() override { return kMostOperands; }
   EQMDataType GetReturnType() override { return returnType; }
   long VerifyOperands() override {
     static constexpr std::array<EQMWanted, sizeof...(wanted)> kWanted{wanted...};
@@ -38,42 +41,49 @@ class CQMTextOperator : public CQMOperator {
   }
 
  protected:
+  static constexpr long kMostOperands = sizeof...(wanted);
+
   virtual long LiteralTargetCode() const { return Error::TargetIsConstant; }
-  std::string_view Text(long index) const { return Operand(index).GetText(); }
-  std::int32_t Count(long index) const { return TruncateToInt32(Real(index)); }
-  long Finish(std::string_view text, long& position) {
-    Result().SetWholeText(text);
-    return Advance(position);
+  static std::string_view Text(CQMCall const& call, long index) { return call.Operand(index).GetText(); }
+  static std::int32_t Count(CQMCall const& call, long index) { return TruncateToInt32(call.Real(index)); }
+  static long Finish(CQMCall const& call, std::string_view text) {
+    call.Result().SetWholeText(text);
+    return Status::Done;
   }
-  /** Whether text fits the buffer of a variable. Texts of the second kind have no fixed buffer. */
-  bool Fits(std::string const& text) const {
-    return Operand(0).GetType() != EQMDataType::String ||
-           text.size() < static_cast<std::size_t>(std::max(Operand(0).GetElementSize(), 0));
+  /** Whether text fits the buffer of variable. Texts of the second kind have no fixed buffer. */
+  static bool Fits(CQMDatum const& variable, std::string const& text) {
+    return variable.GetType() != EQMDataType::String ||
+           text.size() < static_cast<std::size_t>(std::max(variable.GetElementSize(), 0));
   }
   /** Stores text in the variable and in the result; Overflow, with nothing changed, when it does not fit. */
-  long StoreInTarget(std::string const& text, long& position) {
-    if (!Fits(text)) return Error::Overflow;
-    Operand(0).SetText(text);
-    return Finish(text, position);
+  static long StoreInTarget(CQMCall const& call, std::string const& text) {
+    if (!Fits(call.Operand(0), text)) return Error::Overflow;
+    call.Operand(0).SetText(text);
+    return Finish(call, text);
   }
 };
 
 class CQMConcatOperator final
     : public CQMTextOperator<EQMDataType::String, 0, EQMWanted::Text, EQMWanted::Text> {
  public:
-  long DoOperation(long& position) override {
-    Result().SetJoinedText(Operand(0), IsOnlyReader(0), Operand(1), IsOnlyReader(1));
-    return Advance(position);
+  void PrepareStep(CQMStepMaker&, SQMStep& step) override { step.readAlone = GetReadAlone(); }
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    std::uint32_t const readAlone = call.Step().readAlone;
+    call.Result().SetJoinedText(call.Operand(0), (readAlone & 1U) != 0, call.Operand(1),
+                                (readAlone & 2U) != 0);
+    return Status::Done;
   }
 };
 
 class CQMAppendOperator final
     : public CQMTextOperator<EQMDataType::String, 0, EQMWanted::TextTarget, EQMWanted::Text> {
  public:
-  long DoOperation(long& position) override {
-    std::string joined(Text(0));
-    joined += Text(1);
-    return StoreInTarget(joined, position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    std::string joined(Text(call, 0));
+    joined += Text(call, 1);
+    return StoreInTarget(call, joined);
   }
 
  protected:
@@ -84,73 +94,78 @@ class CQMAppendOperator final
 template <bool fromEnd>
 class CQMTextEnd final : public CQMTextOperator<EQMDataType::String, 0, EQMWanted::Text, EQMWanted::Count> {
  public:
-  long DoOperation(long& position) override {
-    std::string const text(Text(0));
-    if (Count(1) < 0) return Error::Overflow;
-    std::size_t const count = std::min(text.size(), static_cast<std::size_t>(Count(1)));
-    return Finish(std::string_view(text).substr(fromEnd ? text.size() - count : 0, count), position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    std::string const text(Text(call, 0));
+    if (Count(call, 1) < 0) return Error::Overflow;
+    std::size_t const count = std::min(text.size(), static_cast<std::size_t>(Count(call, 1)));
+    return Finish(call, std::string_view(text).substr(fromEnd ? text.size() - count : 0, count));
   }
 };
 
 class CQMMidOperator final
     : public CQMTextOperator<EQMDataType::String, 0, EQMWanted::Text, EQMWanted::Count, EQMWanted::Count> {
  public:
-  long DoOperation(long& position) override {
-    std::string const text(Text(0));
-    auto const start = static_cast<std::size_t>(std::max(Count(1), 0));
-    auto const count = static_cast<std::size_t>(std::max(Count(2), 0));
-    if (start >= text.size()) return Finish({}, position);
-    return Finish(std::string_view(text).substr(start, count), position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    std::string const text(Text(call, 0));
+    auto const start = static_cast<std::size_t>(std::max(Count(call, 1), 0));
+    auto const count = static_cast<std::size_t>(std::max(Count(call, 2), 0));
+    if (start >= text.size()) return Finish(call, {});
+    return Finish(call, std::string_view(text).substr(start, count));
   }
 };
 
 class CQMInsertOperator final : public CQMTextOperator<EQMDataType::String, 0, EQMWanted::TextTarget,
                                                        EQMWanted::Text, EQMWanted::Count> {
  public:
-  long DoOperation(long& position) override {
-    std::string text(Text(0));
-    std::string const inserted(Text(1));
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    std::string text(Text(call, 0));
+    std::string const inserted(Text(call, 1));
     // an empty text goes in anywhere, whatever the position says
-    if (inserted.empty()) return Finish(text, position);
-    std::int32_t const at = Count(2);
+    if (inserted.empty()) return Finish(call, text);
+    std::int32_t const at = Count(call, 2);
     if (at < 0 || static_cast<std::size_t>(at) >= text.size()) return Error::IndexOutOfBounds;
     text.insert(static_cast<std::size_t>(at), inserted);
-    return StoreInTarget(text, position);
+    return StoreInTarget(call, text);
   }
 };
 
 class CQMReplaceOperator final : public CQMTextOperator<EQMDataType::String, 1, EQMWanted::TextTarget,
                                                         EQMWanted::Text, EQMWanted::Count, EQMWanted::Count> {
  public:
-  long DoOperation(long& position) override {
-    std::string text(Text(0));
-    std::string const replacement(Text(1));
-    std::int32_t const at = Count(2);
-    if (at < 0 || static_cast<std::size_t>(at) >= text.size()) return Refuse();
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    std::string text(Text(call, 0));
+    std::string const replacement(Text(call, 1));
+    std::int32_t const at = Count(call, 2);
+    if (at < 0 || static_cast<std::size_t>(at) >= text.size()) return Refuse(call);
     std::size_t count = replacement.size();
-    if (GetOperandCount() == GetOperandsMaximum()) {
-      std::int32_t const wanted = Count(3);
-      if (wanted < 1 || static_cast<std::size_t>(wanted) > text.size()) return Refuse();
+    if (call.OperandCount() == kMostOperands) {
+      std::int32_t const wanted = Count(call, 3);
+      if (wanted < 1 || static_cast<std::size_t>(wanted) > text.size()) return Refuse(call);
       count = std::min(count, static_cast<std::size_t>(wanted));
     }
     auto const start = static_cast<std::size_t>(at);
     count = std::min(count, text.size() - start);  // the length stays; what would stick out is dropped
     text.replace(start, count, replacement, 0, count);
-    return StoreInTarget(text, position);
+    return StoreInTarget(call, text);
   }
 
  private:
-  long Refuse() {
-    Result().SetText({});
+  static long Refuse(CQMCall const& call) {
+    call.Result().SetText({});
     return Error::IndexOutOfBounds;
   }
 };
 
 class CQMLengthOperator final : public CQMTextOperator<EQMDataType::Number, 0, EQMWanted::Text> {
  public:
-  long DoOperation(long& position) override {
-    StoreReal(static_cast<double>(Text(0).size()));
-    return Advance(position);
+  SQMWays GetWays() const override { return kWays<&Do>; }
+  static long Do(CQMCall& call) {
+    call.StoreReal(static_cast<double>(Text(call, 0).size()));
+    return Status::Done;
   }
 };
 

@@ -140,7 +140,6 @@ bool CQMDatum::Promote() {
   m_class = kTraits.datumClass;
   m_partSize = kTraits.partSize;
   m_ownsStorage = true;
-  m_callerWord = 0;
   UpdateProxyDatums();
   MoveEpoch();
   return true;

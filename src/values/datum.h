@@ -209,16 +209,29 @@ class CQMDatum : public CQMLinkedObject {
   }
   /** Moves on whenever the type, the storage or the dimensions of a bound datum change. */
   static std::uint32_t StorageEpoch() { return sm_storageEpoch.load(std::memory_order_relaxed); }
+  /** The element at index of an array of one dimension; null out of bounds. */
+  std::byte* FindInRow(std::int32_t index) const {
+    std::int64_t const position = std::int64_t{index} - m_arrayBase;
+    return position >= 0 && position < m_dimensions[0] ? m_value + position * m_elementSize : nullptr;
+  }
   /** In a proxy of an array of one dimension: makes the element at index current, unless it is out of bounds.
    */
   bool SelectElement(std::int32_t index) {
-    CQMDatum const& array = *m_target;
-    std::int64_t const position = std::int64_t{index} - array.m_arrayBase;
-    if (position < 0 || position >= array.m_dimensions[0]) return false;
-    m_currentElement = static_cast<std::int32_t>(position);
-    m_value = m_current = array.m_value + position * array.m_elementSize;
-    return true;
+    std::byte* const element = m_target->FindInRow(index);
+    if (element != nullptr) ShowElement(element);
+    return element != nullptr;
   }
+  /** In such a proxy: makes the element at an address current. */
+  void ShowElement(std::byte* element) {
+    m_currentElement = static_cast<std::int32_t>((element - m_target->m_value) / m_target->m_elementSize);
+    m_value = m_current = element;
+  }
+
+  // ---- compilation ----
+  static constexpr std::int32_t kNoSlot = -1;
+  /** Where a detached program keeps the value, while it is made. */
+  std::int32_t GetSlot() const { return m_slot; }
+  void SetSlot(std::int32_t slot) { m_slot = slot; }
 
   static constexpr long kMaximumArrayBytes = 1L << 30;
 
@@ -294,7 +307,7 @@ class CQMDatum : public CQMLinkedObject {
   std::int32_t m_elementSize = 0;
   std::int32_t m_partSize = 0;
   std::int32_t m_revision = 0;
-  std::int32_t m_callerWord = 0;  // reset at promotion and at proxy refresh
+  std::int32_t m_slot = kNoSlot;
   std::int32_t m_dimensionCount = 0;
   std::int32_t m_arrayBase = 0;
   std::int32_t m_currentElement = 0;

@@ -82,7 +82,6 @@ void CQMDatum::AttachTo(CQMDatum& source) {
   m_elementSize = source.m_elementSize;
   m_partSize = source.m_partSize;
   m_revision = source.m_revision;
-  m_callerWord = source.m_callerWord;
   m_literal = source.m_literal;
   m_literalAttributes[0] = source.m_literalAttributes[0];
   m_literalAttributes[1] = source.m_literalAttributes[1];
@@ -114,7 +113,6 @@ void CQMDatum::UpdateFromProxyTarget() {
 void CQMDatum::FollowTarget() {
   m_revision = static_cast<std::int32_t>(static_cast<std::uint32_t>(m_revision) + 1U);
   m_ownsStorage = false;
-  m_callerWord = 0;
   m_type = m_target->m_type;
   m_class = m_target->m_class;
   m_elementSize = m_target->m_elementSize;

@@ -99,7 +99,7 @@ TEST(ArrayIndex, ShowsAnElementOfAnArrayAsAScalar) {
   context.Run("a 3 [1");
   auto const element = context.Compile("a 1 [1");
   CQMTestContext::Resolve(*element);
-  EXPECT_FALSE(element->GetResult()->IsArray());
+  EXPECT_FALSE(element->GetResultDatum()->IsArray());
   EXPECT_TRUE(context.Find('G', "a")->IsArray());
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/call.h"
 #include "engine/reachable_definitions.h"
 #include "program_runner.h"
 #include "support/failing_allocation.h"
@@ -36,8 +37,7 @@ class CQMProbe final : public CQMOperator {
   long GetOperandsMaximum() override { return 2; }
   long VerifyOperands() override { return Answer(g_script.verify, g_script.verified); }
   long Optimize() override { return Answer(g_script.optimize, g_script.optimized); }
-  long DoOperation(long& position) override { return Run(false, position); }
-  long DoComplexOperation(long& position) override { return Run(true, position); }
+  SQMWays GetWays() const override { return kWays<&Run<false>, &Run<true>>; }
 
  private:
   long Answer(std::vector<long> const& answers, std::size_t& index) {
@@ -45,19 +45,18 @@ class CQMProbe final : public CQMOperator {
     ++index;
     return answer == Error::UseSubstitute ? SubstituteBy(g_script.substitute) : answer;
   }
-  long Run(bool isComplex, long& position) {
-    long const status = g_script.run(isComplex);
-    if (status == Status::Done) Advance(position);
-    return status;
+  template <bool isComplex>
+  static long Run(CQMCall&) {
+    return g_script.run(isComplex);
   }
 };
 
 /** Makes probes besides what the language has. */
 class CQMProbeFactory final : public CQMOperatorFactory {
  public:
-  std::unique_ptr<CQMOperator> GetOperator(long id, CQMReachableDefinitions* known) override {
-    if (id != kProbe && id != kOtherProbe) return CQMOperatorFactory::GetOperator(id, known);
-    auto made = std::make_unique<CQMProbe>();
+  CQMOperator* GetOperator(long id, CQMArena& arena, CQMReachableDefinitions* known) override {
+    if (id != kProbe && id != kOtherProbe) return CQMOperatorFactory::GetOperator(id, arena, known);
+    auto* const made = arena.Make<CQMProbe>();
     made->SetId(id);
     return made;
   }
@@ -65,15 +64,12 @@ class CQMProbeFactory final : public CQMOperatorFactory {
 
 class Expression : public ::testing::Test {
  protected:
-  Expression() { g_script = {}; }
-
-  std::unique_ptr<CQMExpression> Make() {
-    auto made = std::make_unique<CQMExpression>(m_context);
-    made->SetCosmicSymbolTable(m_context.GetCosmicSymbolTable());
-    made->SetGlobalSymbolTable(m_context.GetGlobalSymbolTable());
-    made->SetOperatorFactory(&m_factory);
-    return made;
+  Expression() {
+    g_script = {};
+    m_context.factory = &m_factory;
   }
+
+  std::unique_ptr<CQMExpression> Make() { return std::make_unique<CQMExpression>(m_context); }
   std::unique_ptr<CQMExpression> CompileText(std::string_view postfix, bool optimize = true) {
     auto made = Make();
     made->SetParsedExpression(postfix, optimize);
@@ -143,7 +139,7 @@ TEST_F(Expression, KeepsOperandsAndMarksOfItsText) {
   EXPECT_EQ(expression->GetOperatorCount(), 0);
   EXPECT_EQ(CQMTestContext::Describe(expression->GetOperandByIndex(0)), "4");
   EXPECT_TRUE(expression->GetOperandByIndex(1)->IsPending());
-  EXPECT_EQ(expression->GetResult(), expression->GetOperandByIndex(1));
+  EXPECT_EQ(expression->GetResultDatum(), expression->GetOperandByIndex(1));
 }
 
 // ---- verification and optimisation ----
@@ -321,7 +317,7 @@ TEST_F(Expression, NamesAreLookedUpFromTheInsideOut) {
   EXPECT_EQ(CQMTestContext::Resolve(*body), "9");
   EXPECT_EQ(m_context.Run("x"), "3");
   EXPECT_EQ(body->SetParsedExpression(nullptr, given, false), Error::None);
-  EXPECT_EQ(body->GetResult(), nullptr);
+  EXPECT_EQ(body->GetResultDatum(), nullptr);
 }
 
 TEST_F(Expression, ReferencesAreGivenBackHoweverItEnds) {
@@ -359,9 +355,6 @@ TEST_F(Expression, ExhaustedMemoryLeavesNoReferencesBehind) {
     std::string const postfix = PostfixOf("global y x 1 + = ; x y + ; z 5 = ; x 3 [1 x 1 [1 +");
     try {
       CQMExpression expression(context);
-      expression.SetCosmicSymbolTable(context.GetCosmicSymbolTable());
-      expression.SetGlobalSymbolTable(context.GetGlobalSymbolTable());
-      expression.SetOperatorFactory(context.GetOperatorFactory());
       testing::FailingAllocation const failing(spared);
       isDone = expression.SetParsedExpression(postfix, true) == Error::None;
     } catch (std::bad_alloc const&) {
@@ -439,16 +432,16 @@ TEST_F(Expression, StopsWhereAnOperatorEndsIt) {
   auto const expression = CompileText("#d1#d2!1101.2;!9001.0;#d3#d4!1101.2");
   CQMDatum const* const stopped = expression->GetOperatorByIndex(1)->GetResultOperand();
   CQMDatum const* const last = expression->GetOperatorByIndex(2)->GetResultOperand();
-  EXPECT_EQ(expression->GetResult(), last);
+  EXPECT_EQ(expression->GetResultDatum(), last);
   EXPECT_EQ(expression->Resolve(), Error::None);
-  EXPECT_EQ(expression->GetResult(), stopped);
+  EXPECT_EQ(expression->GetResultDatum(), stopped);
   status = Status::Done;
   EXPECT_EQ(expression->Resolve(), Error::None);
-  EXPECT_EQ(expression->GetResult(), last);
+  EXPECT_EQ(expression->GetResultDatum(), last);
   EXPECT_EQ(last->Real(), 7.0);
   status = 4711;
   EXPECT_EQ(expression->Resolve(), 4711);
-  EXPECT_EQ(expression->GetResult(), last);
+  EXPECT_EQ(expression->GetResultDatum(), last);
 }
 
 TEST_F(Expression, OneShotLettersAreUsedUp) {

@@ -102,16 +102,13 @@ CQMResolver* CQMTestContext::GetResolver(EQMResolverClass kind) {
 
 std::unique_ptr<CQMExpression> CQMTestContext::Compile(std::string_view program) {
   auto expression = std::make_unique<CQMExpression>(*this);
-  expression->SetCosmicSymbolTable(&m_cosmic);
-  expression->SetGlobalSymbolTable(&m_global);
-  expression->SetOperatorFactory(&m_factory);
   expression->SetParsedExpression(PostfixOf(program), true);
   return expression;
 }
 
 std::string CQMTestContext::Resolve(CQMExpression& expression) {
   long const code = expression.Resolve();
-  return code == Error::None ? Describe(expression.GetResult()) : "error " + std::to_string(code);
+  return code == Error::None ? Describe(expression.GetResultDatum()) : "error " + std::to_string(code);
 }
 
 std::string CQMTestContext::Run(std::string_view program) { return Resolve(*Compile(program)); }

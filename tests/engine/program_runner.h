@@ -38,6 +38,7 @@ class CQMTestContext final : public CQMOperatorContext {
   long arrayBase = 0;
   bool invertIndices = false;
   double toRadians = 1.0;
+  CQMOperatorFactory* factory = nullptr;  // in place of the own one
 
   double const& GetAngleFactorToRadians() const override { return toRadians; }
   double const& GetAngleFactorFromRadians() const override { return m_fromRadians; }
@@ -56,7 +57,7 @@ class CQMTestContext final : public CQMOperatorContext {
   CQMRandomGenerator& GetRandomGenerator() override { return m_generator; }
   void SetLastError(long) override {}
   CQMResolver* GetResolver(EQMResolverClass kind) override;
-  CQMOperatorFactory* GetOperatorFactory() override { return &m_factory; }
+  CQMOperatorFactory* GetOperatorFactory() override { return factory != nullptr ? factory : &m_factory; }
   CQMSymbolTable* GetCosmicSymbolTable() override { return &m_cosmic; }
   CQMSymbolTable* GetGlobalSymbolTable() override { return &m_global; }
   std::shared_ptr<SQMOperatorDefinition const> FindOperatorDefinition(long) override { return nullptr; }

@@ -107,7 +107,7 @@ TEST(Accuracy, OfFunctionsAgainstReferenceValues) {
   std::map<std::pair<long, bool>, Measured> functions;
   ForEachReference([&](std::string const& line, Reference const& reference) {
     CQMBench bench(reference.id, reference.operands);
-    Value const actual = reference.isComplex ? bench.RunComplex() : bench.RunReal();
+    Value const actual = reference.isComplex ? bench.Run(EQMWay::Complex) : bench.Run(EQMWay::StepByStep);
     double const error = RelativeError(actual, reference.value);
     Measured& measured = functions[{reference.id, reference.isComplex}];
     ++measured.points;
@@ -141,9 +141,11 @@ TEST(Accuracy, RealFunctionsEqualThePlatforms) {
     auto const function = functions.find(reference.id);
     if (reference.isComplex || function == functions.end()) return;
     double const expected = function->second(std::get<double>(reference.operands.front()));
-    EXPECT_EQ(Describe(CQMBench(reference.id, reference.operands).RunReal()), Describe(Value(expected)))
+    EXPECT_EQ(Describe(CQMBench(reference.id, reference.operands).Run(EQMWay::StepByStep)),
+              Describe(Value(expected)))
         << line;
-    EXPECT_EQ(Describe(CQMBench(reference.id, reference.operands).RunComplex()), Describe(Value(expected)))
+    EXPECT_EQ(Describe(CQMBench(reference.id, reference.operands).Run(EQMWay::Complex)),
+              Describe(Value(expected)))
         << line;
   });
 }
@@ -173,7 +175,7 @@ TEST(Accuracy, SidesOfCuts) {
   for (Case const& c : kCases) {
     for (Operand const& operand : {Operand(c.x), Operand(Complex(c.x, 0.0)), Operand(Complex(c.x, -0.0))}) {
       SCOPED_TRACE(std::to_string(c.id) + " of " + std::to_string(c.x));
-      Value const actual = CQMBench(c.id, {operand}).RunComplex();
+      Value const actual = CQMBench(c.id, {operand}).Run(EQMWay::Complex);
       EXPECT_LE(RelativeError(actual, {c.real, c.imaginary}), kBound) << Describe(actual);
     }
   }

@@ -58,7 +58,7 @@ TEST(Circular, ArcsinesKeepPartsWhoseSquaresVanishOrOverflow) {
     SCOPED_TRACE(y);
     for (double const side : {1.0, -1.0}) {
       for (double const x : {0.5, -0.5}) {
-        Value const value = CQMBench(OpId::Arcsine, {Complex(x, side * y)}).RunComplex();
+        Value const value = CQMBench(OpId::Arcsine, {Complex(x, side * y)}).Run(EQMWay::Complex);
         EXPECT_TRUE(Agree(value, Complex(std::asin(x), side * y * slope), 1e-15)) << Describe(value);
         Complex const found = std::get<Complex>(value);
         EXPECT_NEAR(found.imag() / (side * y * slope), 1.0, 1e-15);
@@ -66,7 +66,7 @@ TEST(Circular, ArcsinesKeepPartsWhoseSquaresVanishOrOverflow) {
     }
   }
   for (double const x : {1e149, 1e151, 1e200, 1e300}) {
-    Value const value = CQMBench(OpId::Arcsine, {Complex(x, x)}).RunComplex();
+    Value const value = CQMBench(OpId::Arcsine, {Complex(x, x)}).Run(EQMWay::Complex);
     Complex const expected(kHalfPi / 2.0, std::log(x) + 1.5 * std::numbers::ln2);
     EXPECT_TRUE(Agree(value, expected, 1e-15)) << Describe(value);
   }
@@ -99,11 +99,11 @@ TEST(Circular, RealFunctionsEndWhereTheirDomainsEnd) {
        }) {
     SCOPED_TRACE(domain.id);
     for (double const x : domain.inside) {
-      EXPECT_TRUE(std::holds_alternative<double>(CQMBench(domain.id, {x}).RunReal())) << x;
+      EXPECT_TRUE(std::holds_alternative<double>(CQMBench(domain.id, {x}).Run(EQMWay::StepByStep))) << x;
     }
     for (double const x : domain.outside) {
-      EXPECT_EQ(Describe(CQMBench(domain.id, {x}).RunReal()), Describe(complexWanted)) << x;
-      EXPECT_TRUE(std::holds_alternative<Complex>(CQMBench(domain.id, {x}).RunComplex())) << x;
+      EXPECT_EQ(Describe(CQMBench(domain.id, {x}).Run(EQMWay::StepByStep)), Describe(complexWanted)) << x;
+      EXPECT_TRUE(std::holds_alternative<Complex>(CQMBench(domain.id, {x}).Run(EQMWay::Complex))) << x;
     }
   }
 }
@@ -134,9 +134,9 @@ TEST(Circular, UnitsScaleBothPartsOfOperandsOrOfResults) {
        }) {
     for (long const id : family.ids) {
       SCOPED_TRACE(id);
-      Value const bare = CQMBench(id, {z * family.in}).RunComplex();
+      Value const bare = CQMBench(id, {z * family.in}).Run(EQMWay::Complex);
       ASSERT_TRUE(std::holds_alternative<Complex>(bare)) << Describe(bare);
-      Value const scaled = CQMBench(id, {z}, &inDegrees).RunComplex();
+      Value const scaled = CQMBench(id, {z}, &inDegrees).Run(EQMWay::Complex);
       EXPECT_TRUE(Agree(scaled, std::get<Complex>(bare) * family.out, 1e-15)) << Describe(scaled);
     }
   }

@@ -53,7 +53,7 @@ TEST(LastResult, TakesWhateverTypeItFindsWhenItRuns) {
         context.lastResult = last;
         expression->Resolve();
       }
-      EXPECT_EQ(Describe(ValueOf(expression->GetResult())), Describe(found.value))
+      EXPECT_EQ(Describe(ValueOf(expression->GetResultDatum())), Describe(found.value))
           << compiled.last.type << " to " << found.last.type;
     }
   }
@@ -107,14 +107,14 @@ TEST(ModeWords, ChangeOneSettingEach) {
                               SQMWord{OpId::Octal, &CQMBenchContext::numberBase, 'O'},
                               SQMWord{OpId::Binary, &CQMBenchContext::numberBase, 'B'}}) {
     CQMBenchContext context;
-    EXPECT_EQ(Describe(CQMBench(word.id, {}, &context).RunReal()), Describe(0.0));
+    EXPECT_EQ(Describe(CQMBench(word.id, {}, &context).Run(EQMWay::StepByStep)), Describe(0.0));
     EXPECT_EQ(context.*word.setting, word.value) << word.id;
     std::string const others{context.angleUnit, context.coordinateFormat, context.numberBase};
     EXPECT_EQ(std::count(others.begin(), others.end(), ' '), 2) << word.id;
   }
 
   CQMBenchContext context;
-  auto const say = [&context](long id) { CQMBench(id, {}, &context).RunComplex(); };
+  auto const say = [&context](long id) { CQMBench(id, {}, &context).Run(EQMWay::Complex); };
   say(OpId::ForceComplex);
   EXPECT_TRUE(context.forceComplex && !context.allowComplex);
   say(OpId::AllowComplex);
@@ -136,27 +136,12 @@ TEST(ModeWords, PrecisionTruncatesAndRefusesNegativeLimits) {
     CQMBenchContext context;
     context.precisionLimit = 7;
     Value const expected = row.status == Error::None ? Value(0.0) : Value(Fails{row.status});
-    EXPECT_EQ(Describe(CQMBench(OpId::Precision, {row.operand}, &context).RunReal()), Describe(expected));
+    EXPECT_EQ(Describe(CQMBench(OpId::Precision, {row.operand}, &context).Run(EQMWay::StepByStep)),
+              Describe(expected));
     EXPECT_EQ(context.precisionLimit, row.limit);
   }
   ExpectVerifications(
       {{OpId::Precision, {"a"}, Error::TypeMismatch}, {OpId::Precision, {}, Error::NotEnoughOperands}});
-}
-
-TEST(Operators, WorkWithoutAContext) {
-  CQMBenchContext context;
-  for (long const id :
-       {OpId::LastResult, OpId::Degrees, OpId::AllowComplex, OpId::PolarComplex, OpId::Precision}) {
-    std::unique_ptr<CQMOperator> const op = context.GetOperatorFactory()->GetOperator(id);
-    CQMDatum first(EQMDataType::Number, nullptr), second(EQMDataType::Number, nullptr);
-    op->CreateOperandList(op->GetOperandsNeeded());
-    op->AssignOperand(&second);
-    op->AssignOperand(&first);
-    op->SetResultOperand(nullptr);
-    long position = 0;
-    EXPECT_EQ(op->DoComplexOperation(position), Error::None) << id;
-    EXPECT_EQ(position, 1);
-  }
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ TEST(Logical, LooksAtBytesAsTheyStand) {
       CQMBench bench(id, Operands(count, false));
       std::uint8_t const bytes[] = {row.x, row.y};
       for (std::size_t i = 0; i < count; ++i) bench.Given(i).SetValue(&bytes[i]);
-      return Describe(bench.RunReal());
+      return Describe(bench.Run(EQMWay::StepByStep));
     };
     EXPECT_EQ(run(OpId::AndSign, 2), Describe(row.both));
     EXPECT_EQ(run(OpId::AndWord, 2), Describe(row.both));
@@ -108,8 +108,9 @@ TEST(Relational, GoesByTheSignOfTheComparison) {
       Value const expected = c.order < 0 ? relation.less : c.order > 0 ? relation.greater : relation.equal;
       CQMBench bench(relation.id, {c.x, c.y});
       EXPECT_EQ(bench.Verify(), Error::None);
-      EXPECT_EQ(Describe(bench.RunReal()), Describe(expected)) << relation.id << ", row " << row;
-      EXPECT_EQ(Describe(bench.RunComplex()), Describe(expected)) << relation.id << ", row " << row;
+      EXPECT_EQ(Describe(bench.Run(EQMWay::StepByStep)), Describe(expected))
+          << relation.id << ", row " << row;
+      EXPECT_EQ(Describe(bench.Run(EQMWay::Complex)), Describe(expected)) << relation.id << ", row " << row;
     }
   }
 }

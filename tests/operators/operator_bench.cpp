@@ -12,8 +12,6 @@ namespace qumel::test {
 
 namespace {
 
-constexpr long kStart = 5;  // a position that no operator reaches by accident
-
 template <class... Cases>
 struct Overloaded : Cases... {
   using Cases::operator()...;
@@ -125,9 +123,6 @@ CQMResolver* CQMBenchContext::GetResolver(EQMResolverClass kind) {
 
 std::unique_ptr<CQMExpression> CQMBenchContext::Compile(std::string_view postfix, bool optimize) {
   auto expression = std::make_unique<CQMExpression>(*this);
-  expression->SetCosmicSymbolTable(&m_cosmic);
-  expression->SetGlobalSymbolTable(&m_global);
-  expression->SetOperatorFactory(&m_factory);
   expression->SetParsedExpression(postfix, optimize);
   return expression;
 }
@@ -135,7 +130,7 @@ std::unique_ptr<CQMExpression> CQMBenchContext::Compile(std::string_view postfix
 Value CQMBenchContext::Run(CQMExpression& expression) {
   if (expression.GetErrorState() != Error::None) return Fails{expression.GetErrorState()};
   long const status = expression.Resolve();
-  return status == Error::None ? ValueOf(expression.GetResult()) : Fails{status};
+  return status == Error::None ? ValueOf(expression.GetResultDatum()) : Fails{status};
 }
 
 // ---- one operator ----
@@ -152,42 +147,26 @@ CQMBenchContext& SharedContext() {
 CQMBench::CQMBench(long id, Operands const& operands, CQMBenchContext* context)
     : m_context(context != nullptr ? *context : SharedContext()) {
   m_expression = std::make_unique<CQMExpression>(m_context);
-  CQMOperator& op = *m_operators.emplace_back(m_context.GetOperatorFactory()->GetOperator(id));
+  CQMOperator& op = *m_operators.emplace_back(m_context.GetOperatorFactory()->GetOperator(id, m_arena));
   op.SetExpression(m_expression.get());
-  op.CreateOperandList(static_cast<long>(operands.size()));
+  op.CreateOperandList(m_arena, static_cast<long>(operands.size()));
   for (auto operand = operands.rbegin(); operand != operands.rend(); ++operand) {
     m_operands.insert(m_operands.begin(), MakeDatum(*operand));
     if (m_operands.front() != nullptr) op.AssignOperand(m_operands.front().get());
   }
-  op.SetResultOperand(nullptr);
+  op.SetResultOperand(m_arena);
 }
 
-Value CQMBench::Check(long status, long position) {
-  Value const result = ValueOf(Op().GetResultOperand());
-  if (status == Error::None) return position == kStart + 1 ? result : Value("position not moved by one");
-  if (position != kStart) return "position moved by a failure";
-  bool const isZero = AgreeNumerically(result, 0.0, 0.0);
-  return isZero ? Value(Fails{status}) : Value("a failure left " + Describe(result));
-}
-
-Value CQMBench::RunReal() {
-  long position = kStart;
-  long const status = Op().DoOperation(position);
-  return Check(status, position);
-}
-
-Value CQMBench::RunProgram() {
+Value CQMBench::Run(EQMWay way) {
   CQMProgram program;
-  program.Make(m_operators, m_context, EQMJoining::Carrying);
+  program.Make(m_operators, *m_expression, way);
   long position = 0;
   long const status = program.Run(position);
-  return Check(status, kStart + position);
-}
-
-Value CQMBench::RunComplex() {
-  long position = kStart;
-  long const status = Op().DoComplexOperation(position);
-  return Check(status, position);
+  Value const result = ValueOf(Op().GetResultOperand());
+  if (status == Error::None) return position == 1 ? result : Value("position not moved by one");
+  if (position != 0) return "position moved by a failure";
+  bool const isZero = AgreeNumerically(result, 0.0, 0.0);
+  return isZero ? Value(Fails{status}) : Value("a failure left " + Describe(result));
 }
 
 // ---- tables ----
@@ -196,28 +175,21 @@ void ExpectOperations(std::vector<SQMOperation> const& operations, double tolera
   for (std::size_t row = 0; row < operations.size(); ++row) {
     SQMOperation const& operation = operations[row];
     SCOPED_TRACE("row " + std::to_string(row) + ", operator " + std::to_string(operation.id));
-    Value const real = CQMBench(operation.id, operation.operands).RunReal();
-    EXPECT_TRUE(Agree(real, operation.inReal, tolerance))
-        << "real: " << Describe(real) << " instead of " << Describe(operation.inReal);
-
-    // operands that are complex never meet a program of real steps
-    bool const hasComplex = std::ranges::any_of(
-        operation.operands, [](Operand const& operand) { return std::holds_alternative<Complex>(operand); });
-    if (!hasComplex) {
-      Value const program = CQMBench(operation.id, operation.operands).RunProgram();
-      EXPECT_TRUE(Agree(program, operation.inReal, tolerance))
-          << "program: " << Describe(program) << " instead of " << Describe(operation.inReal);
+    for (EQMWay const way : {EQMWay::StepByStep, EQMWay::Joined}) {
+      Value const real = CQMBench(operation.id, operation.operands).Run(way);
+      EXPECT_TRUE(Agree(real, operation.inReal, tolerance))
+          << "real: " << Describe(real) << " instead of " << Describe(operation.inReal);
     }
 
     CQMBench bench(operation.id, operation.operands);
-    Value const complex = bench.RunComplex();
+    Value const complex = bench.Run(EQMWay::Complex);
     EXPECT_TRUE(Agree(complex, operation.inComplex, tolerance))
         << "complex: " << Describe(complex) << " instead of " << Describe(operation.inComplex);
 
     if (bench.Op().GetReturnType() != EQMDataType::Number) continue;
     CQMBench stale(operation.id, operation.operands);
     stale.Op().GetResultOperand()->SetComplex(7.0, 9.0);
-    Value const again = stale.RunComplex();
+    Value const again = stale.Run(EQMWay::Complex);
     EXPECT_TRUE(AgreeNumerically(again, operation.inComplex, tolerance))
         << "after a complex result: " << Describe(again) << " instead of " << Describe(operation.inComplex);
   }

@@ -103,20 +103,16 @@ class CQMBench {
   CQMOperator& Op() { return *m_operators.front(); }
   CQMDatum& Given(std::size_t index) { return *m_operands[index]; }
   long Verify() { return Op().VerifyOperands(); }
-  /** The result, or the status. A failure must leave 0 in the result and the position alone, a success move
-   * it by one; what is otherwise is told by a text. */
-  Value RunReal();
-  /** The same by a program of this operator alone. */
-  Value RunProgram();
-  Value RunComplex();
+  /** The result, or the status, of a program of this operator alone. A failure must leave 0 in the result and
+   * the position alone, a success move it by one; what is otherwise is told by a text. */
+  Value Run(EQMWay way);
 
  private:
-  Value Check(long status, long position);
-
-  std::unique_ptr<CQMExpression> m_expression;
-  std::vector<std::unique_ptr<CQMDatum>> m_operands;
   CQMBenchContext& m_context;
-  std::vector<std::unique_ptr<CQMOperator>> m_operators;  // one
+  CQMArena m_arena;
+  std::vector<std::unique_ptr<CQMDatum>> m_operands;
+  std::unique_ptr<CQMExpression> m_expression;
+  std::vector<CQMOperator*> m_operators;  // one
 };
 
 /** An operation, and what becomes of it in real and in complex evaluation. */

@@ -1,0 +1,63 @@
+// A program that holds all its values itself, apart from those of variables: what a parsed expression on
+// numbers comes down to.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "engine/program.h"
+#include "engine/result_view.h"
+#include "values/datum.h"
+
+namespace qumel {
+
+class CQMDetachedProgram {
+ public:
+  /** Null where a step needs an operator or a datum, or where result is no number or boolean of its own or of
+   * a variable. */
+  static std::unique_ptr<CQMDetachedProgram> Make(std::span<CQMOperator* const> operators,
+                                                  CQMExpression const& expression, CQMDatum& result,
+                                                  std::span<CQMDatum* const> operands);
+
+  /** Whether the storage that the steps refer to is where it was. */
+  bool IsCurrent() const { return m_epoch == CQMDatum::StorageEpoch(); }
+  /** Whether it is, although an epoch has passed: that may have been the doing of other storage. */
+  bool RemainsCurrent(std::span<CQMDatum* const> names);
+  /** Whether the result is a number; otherwise it is a boolean. */
+  bool HasNumber() const { return m_type == EQMDataType::Number; }
+  double GetNumber() const { return NumberAt(m_result); }
+  SQMResultView GetResult() const;
+
+  /** Runs all steps. position becomes that of the operator that ended the run by the status that is returned.
+   * A run can neither call the host nor throw. */
+  long Run(double toRadians, long& position) {
+    m_toRadians = toRadians;
+    SQMFrame frame{m_steps.data(), nullptr, nullptr};
+    SQMStep const* step = frame.begin;
+#if QUMEL_STEPS_RETURN
+    while (step != nullptr) step = step->function(step, frame, frame.carried);
+#else
+    step->function(step, frame, 0.0);
+#endif
+    position = frame.position;
+    return frame.status;
+  }
+
+  /** Hands the values of the last run to operators that were compiled anew. */
+  void HandOver(std::span<CQMOperator* const> operators, CQMExpression const& expression);
+
+ private:
+  CQMDetachedProgram() = default;
+  static std::uint64_t SignatureOf(std::span<CQMDatum* const> names);
+
+  std::vector<SQMStep> m_steps;
+  std::vector<SQMSlot> m_slots;
+  std::byte* m_result = nullptr;
+  EQMDataType m_type = EQMDataType::Number;
+  std::uint32_t m_epoch = 0;
+  std::uint64_t m_signature = 0;  // of the names' types and storage
+  double m_toRadians = 1.0;       // when the run began
+};
+
+}  // namespace qumel
