@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/items.h"
 #include "engine/operator.h"
 #include "engine/operator_context.h"
 #include "engine/program.h"
@@ -23,7 +24,7 @@ class CQMReachableDefinitions;
 class CQMResolver;
 class CQMSymbolTable;
 
-/** Compiles postfix text, then runs any number of times. Owns its operators, its temporary datums and its
+/** Compiles items, then runs any number of times. Owns its operators, its temporary datums and its
  * local symbols. The first error is kept and stops every later step. */
 class CQMExpression : public CQMLinkedObject {
  public:
@@ -39,15 +40,18 @@ class CQMExpression : public CQMLinkedObject {
   void SetOperatorFactory(CQMOperatorFactory* factory) { m_factory = factory; }
 
   // ---- compiling ----
-  /** Replaces what was compiled before. Returns the error state. */
-  long SetParsedExpression(std::string_view postfix, bool optimize);
+  /** Replaces what was compiled before, and keeps the items. Returns the error state. */
+  long SetParsedExpression(CQMItemList items, bool optimize);
   /** Compiles the body of a host's operator; its parameter names stand for the datums of parameters. */
   long SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                            std::span<CQMDatum* const> parameters, bool optimize);
-  /** Compiles the text of original once more, with the names bound as they are there: a copy has operators
+  /** Compiles the items of original once more, with the names bound as they are there: a copy has operators
    * and intermediate results of its own, and shares everything else with its original, which outlives it. */
   long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
-  std::string const& GetParsedText() const { return m_text; }
+  /** The postfix text of the items. */
+  std::string GetParsedText() const { return m_items.GetPostfix(); }
+  /** Hands over the items, and their memory: what is compiled goes on without them. */
+  CQMItemList ReleaseItems() { return std::move(m_items); }
   /** Before compiling: other, which lives as long as this one, keeps the definitions of host operators for
    * both. */
   void ShareDefinitions(CQMExpression const& other) { m_definitions = other.m_definitions; }
@@ -108,11 +112,11 @@ class CQMExpression : public CQMLinkedObject {
   long Compile(std::span<CQMDatum* const> parameters, bool optimize);
   CQMExpression& CopyForNewRun();
   void FollowModes();
-  // reading postfix text (expression_reading.cpp)
+  // reading items (expression_reading.cpp)
   long CreateTokenLists(std::span<CQMDatum* const> parameters);
-  long ReadOperator(std::string_view text, WorkStack& stack);
+  long ReadOperator(SQMItem const& item, WorkStack& stack);
   std::unique_ptr<CQMOperator> MakeOperatorAt(long index, long id);
-  CQMDatum* ReadNumber(std::string_view text);
+  CQMDatum* ReadNumber(SQMItem const& item);
   CQMDatum* ReadString(std::string_view text);
   CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
   CQMDatum* MakeTemporary();
@@ -162,7 +166,7 @@ class CQMExpression : public CQMLinkedObject {
   char m_nextScope = Scope::kDefault;
   char m_nextComplexity = Complexity::kDefault;
 
-  std::string m_text;
+  CQMItemList m_items;
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
   CQMExpression* m_original = nullptr;                     // of a copy
   std::shared_ptr<CQMReachableDefinitions> m_definitions;  // made with the first host operator

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <unordered_map>
 
+#include "base/postfix_reader.h"
+
 namespace qumel::test {
 
 namespace {
@@ -105,7 +107,7 @@ std::unique_ptr<CQMExpression> CQMTestContext::Compile(std::string_view program)
   expression->SetCosmicSymbolTable(&m_cosmic);
   expression->SetGlobalSymbolTable(&m_global);
   expression->SetOperatorFactory(&m_factory);
-  expression->SetParsedExpression(PostfixOf(program), true);
+  expression->SetParsedExpression(ReadPostfix(PostfixOf(program)).Kept(), true);
   return expression;
 }
 

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/postfix_reader.h"
+
 namespace qumel::test {
 
 namespace {
@@ -128,7 +130,7 @@ std::unique_ptr<CQMExpression> CQMBenchContext::Compile(std::string_view postfix
   expression->SetCosmicSymbolTable(&m_cosmic);
   expression->SetGlobalSymbolTable(&m_global);
   expression->SetOperatorFactory(&m_factory);
-  expression->SetParsedExpression(postfix, optimize);
+  expression->SetParsedExpression(ReadPostfix(postfix).Kept(), optimize);
   return expression;
 }
 
