@@ -194,4 +194,26 @@ SQMBasedNumber BasedTextToNumber(std::string_view text) {
   return ValueOf(MovePoint(digits.substr(0, mark), toTheLeft, exponent), base);
 }
 
+SQMBasedNumber LiteralToNumber(std::string_view text) {
+  std::string folded;
+  for (std::size_t i = 1; i < text.size(); ++i) {  // only the base letter in front keeps its case
+    if (text[i] < 'a' || text[i] > 'z') continue;
+    if (folded.empty()) folded = text;
+    folded[i] = static_cast<char>(text[i] - 'a' + 'A');
+  }
+  return BasedTextToNumber(folded.empty() ? text : folded);
+}
+
+void AppendLiteral(std::string_view written, std::string& out) {
+  char const marked = written.size() > 1 && written.front() == '0' ? BaseLetter::OfMark(written[1]) : '\0';
+  out += marked != '\0' ? marked : BaseLetter::kDecimal;
+  if (marked != '\0') {
+    out += written.front();
+    written.remove_prefix(2);
+  }
+  std::size_t const start = out.size();
+  out += written;
+  if (std::size_t const comma = out.find(',', start); comma != std::string::npos) out[comma] = kRadixPoint;
+}
+
 }  // namespace qumel

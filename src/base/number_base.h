@@ -6,6 +6,24 @@
 
 namespace qumel {
 
+/** How literals of each base are written: the letter that begins them in postfix text, and their mark behind
+ * a leading 0. Decimal literals need no mark. */
+namespace BaseLetter {
+constexpr char kDecimal = 'd', kBinary = 'b', kHexadecimal = 'h', kOctal = 'o', kDuodecimal = 't';
+/** The letter of the base that a character behind a leading 0 marks, or 0. */
+constexpr char OfMark(char mark) {
+  switch (mark) {
+    case kDecimal:
+    case kBinary:
+    case kHexadecimal:
+    case kOctal:
+    case kDuodecimal: return mark;
+    case 'x': return kHexadecimal;
+    default: return '\0';
+  }
+}
+}  // namespace BaseLetter
+
 struct SQMNumberBase {
   long radix;          // 0 for an unknown base
   char const* digits;  // digit table; null for an unknown base
@@ -38,5 +56,11 @@ struct SQMBasedNumber {
 /** The value of a literal: a base letter, digits, perhaps a point, perhaps an exponent ("X", or "E" where it
  * is no digit). An unknown base letter gives 0. Letters are digits only as the digit table writes them. */
 SQMBasedNumber BasedTextToNumber(std::string_view text);
+/** The same with digits in either case. */
+SQMBasedNumber LiteralToNumber(std::string_view text);
+
+/** Appends a literal of an infix text as BasedTextToNumber reads it: the base letter, then the literal
+ * without its mark and with a point for a radix mark. Of a base mark the 0 stays. */
+void AppendLiteral(std::string_view written, std::string& out);
 
 }  // namespace qumel

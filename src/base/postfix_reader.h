@@ -1,17 +1,11 @@
-// Splits postfix text into its items.
+// Splits postfix text into its items, and reads them.
 #pragma once
 
 #include <string_view>
 
-namespace qumel {
+#include "base/items.h"
 
-/** The marks that begin the items of postfix text. */
-namespace PostfixMark {
-constexpr char kNumber = '#', kName = '@', kString = '$', kOperator = '!', kMarkedOperator = '&', kEnd = ';';
-constexpr std::string_view kAll = "#@$!&;";
-constexpr char kLength = ':';  // ends the length of a string
-constexpr char kCount = '.';   // stands before the operand count of an operator
-}  // namespace PostfixMark
+namespace qumel {
 
 struct SQMPostfixItem {
   char mark = '\0';
@@ -60,5 +54,8 @@ class CQMPostfixReader {
 
   std::string_view m_rest;
 };
+
+/** The items of postfix, which must outlive them. */
+CQMItemList ReadPostfix(std::string_view postfix);
 
 }  // namespace qumel

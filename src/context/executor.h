@@ -9,8 +9,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/errors.h"
+#include "base/items.h"
 #include "context/settings.h"
 #include "engine/operator_context.h"
 #include "language/operator_list.h"
@@ -77,6 +79,9 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   char* EvaluateToString(CQMExpression* expression);
   /** The handle of an expression kept as a child until DeleteExpression; 0 on failure. */
   Handle ParseExpression(char const* text);
+  /** The items of text, which must outlive them; 0 or the error, which is also the last one. */
+  long ConvertExpression(char const* text, CQMItemList& items);
+  /** The postfix text, empty after an error. */
   char const* ConvertExpression(char const* text);
   char* AnnotateExpression(char const* text);
   char* AnnotateExpression(CQMExpression* expression);
@@ -185,8 +190,9 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   // executor_errors.cpp
   static void LoadStandardMessages(CQMSymbolTable& table);
   // executor_evaluation.cpp
-  long Convert(char const* text);
-  long Compile(CQMExpression& expression, bool optimize);
+  class CQMWorkingItems;
+  long Convert(char const* text, CQMItemList& items);
+  long Compile(CQMExpression& expression, CQMItemList items, bool optimize);
   template <class Store>
   void EvaluateText(char const* text, Store store);
   template <class Store>
@@ -228,7 +234,9 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   std::array<CQMResolver*, 3> m_resolvers{};  // children of this object, made on demand
   long m_lastError = Error::None;
   long m_lastParseIndex = 0;
-  std::string m_conversion;  // postfix text of the last conversion
+  std::vector<CQMItemList> m_itemLists;  // for evaluations; those in use are moved from
+  std::size_t m_itemListsInUse = 0;
+  std::string m_conversion;  // postfix text that was asked for
   std::string m_annotation;
   std::string m_reversion;
   double m_lastReal = 0.0;

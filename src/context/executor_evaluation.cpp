@@ -1,5 +1,6 @@
 // The ways from a text or an expression to the last result and the last error.
 #include <algorithm>
+#include <utility>
 
 #include "context/executor.h"
 #include "engine/expression.h"
@@ -65,19 +66,40 @@ class CQMExecutor::CQMRun {
   std::unique_ptr<CQMExpression> m_owner;  // of an expression that was deleted during the run
 };
 
+/** Items of a text that are needed for a while, in memory that serves again. A callback may evaluate texts,
+ * so that several are in use at a time, like the frames of a stack. */
+class CQMExecutor::CQMWorkingItems {
+ public:
+  explicit CQMWorkingItems(CQMExecutor& context) : m_context(context), m_place(context.m_itemListsInUse) {
+    auto& lists = m_context.m_itemLists;
+    if (m_place == lists.size()) lists.emplace_back();
+    m_items = std::move(lists[m_place]);
+    ++m_context.m_itemListsInUse;
+  }
+  ~CQMWorkingItems() { m_context.m_itemLists[--m_context.m_itemListsInUse] = std::move(m_items); }
+  CQMWorkingItems(CQMWorkingItems const&) = delete;
+  CQMWorkingItems& operator=(CQMWorkingItems const&) = delete;
+
+  CQMItemList& operator*() { return m_items; }
+  CQMItemList* operator->() { return &m_items; }
+
+ private:
+  CQMExecutor& m_context;
+  std::size_t m_place;
+  CQMItemList m_items;
+};
+
 // ---- steps ----
 
-long CQMExecutor::Convert(char const* text) {
+long CQMExecutor::Convert(char const* text, CQMItemList& items) {
   if (!m_initialized) return Error::NotInitialized;
-  std::string_view const infix = TextOf(text);
-  Prepare(m_conversion, ConvertedSize(infix));
-  long const code = m_postFixer->ConvertExpression(infix, m_conversion);
+  long const code = m_postFixer->ConvertExpression(TextOf(text), items);
   m_lastParseIndex = m_postFixer->GetParseIndex();
   return m_lastError = code;
 }
 
-long CQMExecutor::Compile(CQMExpression& expression, bool optimize) {
-  return m_lastError = expression.SetParsedExpression(m_conversion, optimize);
+long CQMExecutor::Compile(CQMExpression& expression, CQMItemList items, bool optimize) {
+  return m_lastError = expression.SetParsedExpression(std::move(items), optimize);
 }
 
 template <class Store>
@@ -102,11 +124,14 @@ void CQMExecutor::Conclude(long code) {
 template <class Store>
 void CQMExecutor::EvaluateText(char const* text, Store store) {
   Conclude(CodeOf([&]() -> long {
-    if (long const code = Convert(text); code != Error::None) return code;
+    CQMWorkingItems items(*this);
+    if (long const code = Convert(text, *items); code != Error::None) return code;
     CQMExpression expression(*this);
     expression.SetParentObject(this);
-    if (long const code = Compile(expression, false); code != Error::None) return code;
-    return Run(expression, store);
+    long code = Compile(expression, std::move(*items), false);
+    if (code == Error::None) code = Run(expression, store);
+    *items = expression.ReleaseItems();
+    return code;
   }));
 }
 
@@ -178,9 +203,10 @@ char* CQMExecutor::EvaluateToString(CQMExpression* expression) {
 Handle CQMExecutor::ParseExpression(char const* text) {
   Handle handle = 0;
   Conclude(CodeOf([&]() -> long {
-    if (long const code = Convert(text); code != Error::None) return code;
+    CQMWorkingItems items(*this);
+    if (long const code = Convert(text, *items); code != Error::None) return code;
     auto expression = std::make_unique<CQMExpression>(*this);
-    if (long const code = Compile(*expression, true); code != Error::None) return code;
+    if (long const code = Compile(*expression, items->Kept(), true); code != Error::None) return code;
     expression->Detach();
     expression->SetParentObject(this);
     handle = expression->GetObjectHandle(&m_gate);
@@ -202,8 +228,18 @@ void CQMExecutor::DeleteExpression(CQMExpression* expression) {
 
 // ---- texts ----
 
+long CQMExecutor::ConvertExpression(char const* text, CQMItemList& items) {
+  return m_lastError = CodeOf([&] { return Convert(text, items); });
+}
+
 char const* CQMExecutor::ConvertExpression(char const* text) {
-  m_lastError = CodeOf([&] { return Convert(text); });
+  m_lastError = CodeOf([&]() -> long {
+    m_conversion.clear();
+    CQMWorkingItems items(*this);
+    if (long const code = Convert(text, *items); code != Error::None) return code;
+    items->AppendPostfix(m_conversion);
+    return Error::None;
+  });
   return m_conversion.c_str();
 }
 
@@ -222,8 +258,9 @@ char* CQMExecutor::AnnotateExpression(CQMExpression* expression) {
   m_annotation.clear();
   m_lastError = CodeOf([&]() -> long {
     if (expression == nullptr) return Error::NotFound;
-    Prepare(m_annotation, ConvertedSize(expression->GetParsedText()));
-    m_postFixer->AnnotateExpression(expression->GetParsedText(), m_annotation);
+    std::string const postfix = expression->GetParsedText();
+    Prepare(m_annotation, ConvertedSize(postfix));
+    m_postFixer->AnnotateExpression(postfix, m_annotation);
     return Error::None;
   });
   return m_annotation.data();

@@ -174,9 +174,10 @@ long CQMOperatorDefiner::ParseParameters(char const* text,
 }
 
 long CQMOperatorDefiner::GiveBody(SQMOperatorDefinition& definition, char const* text) {
-  char const* const postfix = m_context.ConvertExpression(text);
-  if (long const code = m_context.GetLastErrorID(); code != Error::None) return code;
-  return CQMReachableDefinitions::GiveBody(definition, CQMReachableDefinitions::MakeBody(postfix, m_context));
+  CQMItemList items;
+  if (long const code = m_context.ConvertExpression(text, items); code != Error::None) return code;
+  return CQMReachableDefinitions::GiveBody(definition,
+                                           CQMReachableDefinitions::MakeBody(items.Kept(), m_context));
 }
 
 long CQMOperatorDefiner::Load(SQMOperatorDeclaration const& declaration, SQMChecked&& checked) {

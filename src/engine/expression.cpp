@@ -33,9 +33,9 @@ CQMExpression::~CQMExpression() {
 
 // ---- compiling ----
 
-long CQMExpression::SetParsedExpression(std::string_view postfix, bool optimize) {
+long CQMExpression::SetParsedExpression(CQMItemList items, bool optimize) {
   m_definition.reset();
-  m_text = postfix;
+  m_items = std::move(items);
   return Compile({}, optimize);
 }
 
@@ -43,7 +43,7 @@ long CQMExpression::SetParsedExpression(std::shared_ptr<SQMOperatorDefinition co
                                         std::span<CQMDatum* const> parameters, bool optimize) {
   m_definition = std::move(definition);
   SQMOperatorBody const* const body = m_definition != nullptr ? m_definition->GetBody() : nullptr;
-  m_text = body != nullptr ? body->postfix : std::string();
+  m_items = body != nullptr ? body->items.Kept() : CQMItemList();
   return Compile(parameters, optimize);
 }
 
@@ -51,7 +51,7 @@ long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const
   m_original = &original;
   m_definition = original.m_definition;
   m_definitions = original.m_definitions;
-  m_text = original.m_text;
+  m_items = original.m_items.Kept();
   return Compile(parameters, original.m_isOptimized);
 }
 

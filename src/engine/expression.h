@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/items.h"
 #include "engine/compilation.h"
 #include "engine/detached_program.h"
 #include "engine/operator.h"
@@ -24,7 +25,7 @@ class CQMReachableDefinitions;
 class CQMResolver;
 class CQMSymbolTable;
 
-/** Compiles postfix text, then runs any number of times. Owns its program, what that was compiled to, and its
+/** Compiles items, then runs any number of times. Owns its program, what that was compiled to, and its
  * local symbols. The first error is kept and stops every later step. */
 class CQMExpression : public CQMLinkedObject {
  public:
@@ -37,15 +38,18 @@ class CQMExpression : public CQMLinkedObject {
   CQMOperatorContext& GetContext() const { return m_context; }
 
   // ---- compiling ----
-  /** Replaces what was compiled before. Returns the error state. */
-  long SetParsedExpression(std::string_view postfix, bool optimize);
+  /** Replaces what was compiled before, and keeps the items. Returns the error state. */
+  long SetParsedExpression(CQMItemList items, bool optimize);
   /** Compiles the body of a host's operator; its parameter names stand for the datums of parameters. */
   long SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                            std::span<CQMDatum* const> parameters, bool optimize);
-  /** Compiles the text of original once more, with the names bound as they are there: a copy has operators
+  /** Compiles the items of original once more, with the names bound as they are there: a copy has operators
    * and intermediate results of its own, and shares everything else with its original, which outlives it. */
   long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
-  std::string const& GetParsedText() const { return m_text; }
+  /** The postfix text of the items. */
+  std::string GetParsedText() const { return m_items.GetPostfix(); }
+  /** Hands over the items, and their memory: what is compiled goes on without them. */
+  CQMItemList ReleaseItems() { return std::move(m_items); }
   /** After compiling: lets go of what the program can do without, if it can: of most expressions on numbers
    * only the steps and their values are left. What goes is made again when a run asks for it. */
   void Detach();
@@ -115,11 +119,11 @@ class CQMExpression : public CQMLinkedObject {
   CQMProgram const& Program() const { return m_compilation->program; }
   CQMExpression& CopyForNewRun();
   void FollowModes();
-  // reading postfix text (expression_reading.cpp)
+  // reading items (expression_reading.cpp)
   long CreateTokenLists(std::span<CQMDatum* const> parameters);
-  long ReadOperator(std::string_view text);
+  long ReadOperator(SQMItem const& item);
   CQMOperator* MakeOperatorAt(long index, long id);
-  CQMDatum* ReadNumber(std::string_view text);
+  CQMDatum* ReadNumber(SQMItem const& item);
   CQMDatum* ReadString(std::string_view text);
   CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
   CQMDatum* MakeTemporary();
@@ -166,7 +170,7 @@ class CQMExpression : public CQMLinkedObject {
   char m_nextScope = Scope::kDefault;
   char m_nextComplexity = Complexity::kDefault;
 
-  std::string m_text;
+  CQMItemList m_items;
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
   CQMExpression* m_original = nullptr;                     // of a copy
   std::shared_ptr<CQMReachableDefinitions> m_definitions;  // made with the first host operator

@@ -1,28 +1,12 @@
-// From postfix text to operators and operands.
+// From items to operators and operands.
 #include <algorithm>
 
-#include "base/number_base.h"
-#include "base/number_text.h"
-#include "base/postfix_reader.h"
 #include "engine/expression.h"
 #include "engine/operator_factory.h"
 #include "engine/reachable_definitions.h"
 #include "tables/symbol_table.h"
 
 namespace qumel {
-
-namespace {
-
-/** Digits may be written small; only the base letter in front keeps its case. */
-std::string FoldDigits(std::string_view literal) {
-  std::string folded(literal);
-  std::for_each(folded.begin() + (folded.empty() ? 0 : 1), folded.end(), [](char& c) {
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  });
-  return folded;
-}
-
-}  // namespace
 
 long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
   std::vector<CQMOperator*>& operators = m_compilation->operators;
@@ -31,17 +15,16 @@ long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
     m_compilation->operands.push_back(operand);
     if (operand != nullptr) stack.push_back({operand, GetOperatorCount()});
   };
-  CQMPostfixReader reader(m_text);
-  for (SQMPostfixItem item; reader.Next(item);) {
-    switch (item.mark) {
-      case PostfixMark::kOperator:
-        if (long const code = ReadOperator(item.text); code != Error::None) return Fail(code);
+  for (SQMItem const& item : m_items.GetItems()) {
+    switch (item.kind) {
+      case EQMItem::Operator:
+        if (long const code = ReadOperator(item); code != Error::None) return Fail(code);
         break;
-      case PostfixMark::kNumber: push(ReadNumber(item.text)); break;
-      case PostfixMark::kString: push(ReadString(item.text)); break;
-      case PostfixMark::kName: push(ReadSymbol(item.text, parameters)); break;
-      case PostfixMark::kMarkedOperator: push(nullptr); break;
-      case PostfixMark::kEnd:
+      case EQMItem::Number: push(ReadNumber(item)); break;
+      case EQMItem::String: push(ReadString(m_items.Characters(item))); break;
+      case EQMItem::Name: push(ReadSymbol(m_items.Characters(item), parameters)); break;
+      case EQMItem::MarkedOperator: push(nullptr); break;
+      case EQMItem::End:
         if (!operators.empty()) operators.back()->SetEndsStatement(true);
         if (long const code = Verify(0); code != Error::None) return code;
         // operands and one-shot words serve their own statement only
@@ -55,10 +38,8 @@ long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
   return Error::None;
 }
 
-long CQMExpression::ReadOperator(std::string_view text) {
-  std::size_t const point = text.find(PostfixMark::kCount);
-  long const id = ParseLong(text.substr(0, point));
-  long const wanted = point == std::string_view::npos ? 0 : ParseLong(text.substr(point + 1));
+long CQMExpression::ReadOperator(SQMItem const& item) {
+  long const id = item.id;
   if (id > OpId::LastStandard && m_definitions == nullptr)
     m_definitions = std::make_shared<CQMReachableDefinitions>(m_context);
   long const index = GetOperatorCount();
@@ -72,7 +53,7 @@ long CQMExpression::ReadOperator(std::string_view text) {
   // more operands than there are could never be filled; the slot left over tells verification that one is
   // missing
   std::vector<SQMWorkItem>& stack = m_compilation->stack;
-  long const count = std::clamp(wanted, 0L, static_cast<long>(stack.size()) + 1);
+  long const count = std::clamp<long>(item.operandCount, 0, static_cast<long>(stack.size()) + 1);
   op.CreateOperandList(m_compilation->arena, count);
   long first = index;
   for (long i = 0; i < count && !stack.empty(); ++i) {
@@ -113,15 +94,12 @@ CQMDatum* CQMExpression::MakeTemporary() {
   return made;
 }
 
-CQMDatum* CQMExpression::ReadNumber(std::string_view text) {
-  bool const hasSmallDigits = std::any_of(text.begin() + (text.empty() ? 0 : 1), text.end(),
-                                          [](char c) { return c >= 'a' && c <= 'z'; });
-  SQMBasedNumber const number = BasedTextToNumber(hasSmallDigits ? FoldDigits(text) : text);
+CQMDatum* CQMExpression::ReadNumber(SQMItem const& item) {
   CQMDatum* const datum = MakeTemporary();
   datum->SetDatumType(EQMDataType::Number);
   datum->SetLiteral(true);
-  datum->SetLiteralAttributes(number.isInteger, false);
-  datum->SetReal(number.value);
+  datum->SetLiteralAttributes(item.isInteger, false);
+  datum->SetReal(item.number);
   return datum;
 }
 

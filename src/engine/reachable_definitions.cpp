@@ -5,9 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "base/number_text.h"
 #include "base/operator_ids.h"
-#include "base/postfix_reader.h"
 #include "engine/operator_context.h"
 
 namespace qumel {
@@ -94,15 +92,13 @@ void CQMReachableDefinitions::TakeAnnounced() {
   m_hasAnnounced.store(false, std::memory_order_release);
 }
 
-SQMOperatorBody CQMReachableDefinitions::MakeBody(std::string postfix, CQMOperatorContext& context) {
-  SQMOperatorBody body{std::move(postfix), {}};
+SQMOperatorBody CQMReachableDefinitions::MakeBody(CQMItemList items, CQMOperatorContext& context) {
+  SQMOperatorBody body{std::move(items), {}};
   std::unordered_set<long> seen;
-  CQMPostfixReader reader(body.postfix);
-  for (SQMPostfixItem item; reader.Next(item);) {
-    if (item.mark != PostfixMark::kOperator) continue;
-    long const id = ParseLong(item.text.substr(0, item.text.find(PostfixMark::kCount)));
-    if (id <= OpId::LastStandard || !seen.insert(id).second) continue;
-    if (auto const definition = context.FindOperatorDefinition(id)) body.named.emplace_back(definition);
+  for (SQMItem const& item : body.items.GetItems()) {
+    if (item.kind != EQMItem::Operator || item.id <= OpId::LastStandard || !seen.insert(item.id).second)
+      continue;
+    if (auto const definition = context.FindOperatorDefinition(item.id)) body.named.emplace_back(definition);
   }
   return body;
 }

@@ -29,8 +29,8 @@ class CQMReachableDefinitions {
   /** Null for an id that is not reached. */
   Definition Find(long id);
 
-  /** A body from its postfix text, with the operators that context finds by their ids. */
-  static SQMOperatorBody MakeBody(std::string postfix, CQMOperatorContext& context);
+  /** A body with the operators that context finds by their ids. */
+  static SQMOperatorBody MakeBody(CQMItemList items, CQMOperatorContext& context);
   /** OperatorExists when the operator has a body, NotFound when it is deleted, else 0. */
   static long GiveBody(SQMOperatorDefinition& definition, SQMOperatorBody body);
 

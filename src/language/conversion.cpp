@@ -5,9 +5,8 @@
 #include <utility>
 
 #include "base/errors.h"
-#include "base/number_text.h"
+#include "base/number_base.h"
 #include "base/operator_ids.h"
-#include "base/postfix_reader.h"
 
 namespace qumel {
 
@@ -17,7 +16,7 @@ constexpr std::string_view kMultiplicationToken = "_*";
 
 /** Places count in half characters: a multiplication that is not written stands in front of the token that
  * follows it. */
-constexpr std::size_t PlaceOf(SQMToken const& token) { return 2 * token.begin + 1; }
+constexpr std::size_t PlaceAt(SQMToken const& token) { return 2 * token.begin + 1; }
 constexpr std::size_t PlaceInFrontOf(SQMToken const& token) { return 2 * token.begin; }
 constexpr std::size_t PositionOf(std::size_t place) { return place / 2; }
 
@@ -42,24 +41,28 @@ bool TakesList(CQMOpInfo const& info) {
 
 }  // namespace
 
-long CQMConversion::Run(std::string_view text, std::string& postfix) {
-  m_items.clear();
-  m_operandTexts.clear();
+long CQMConversion::Run(std::string_view text, CQMItemList& items) {
+  m_text = text;
+  m_items = &items;
+  m_output.clear();
   m_pending.clear();
   m_levels.clear();
   m_held.clear();
   m_lastClass = EQMItemClass::End;
-  postfix.clear();
   if (m_rules.impliedMultiplication) m_multiplication = m_search.Find(kMultiplicationToken);
   CQMTokenizer tokenizer(text, m_rules);
   long code = Convert(tokenizer);
   m_position = tokenizer.GetPosition();
   if (code == Error::None && !m_levels.empty()) code = Error::MissingRightParen;
-  if (SQMItem const* const item = code == Error::None ? FindWrongSided() : nullptr; item != nullptr) {
+  if (SQMOutput const* const output = code == Error::None ? FindWrongSided() : nullptr; output != nullptr) {
     code = Error::NotEnoughOperands;
-    m_position = PositionOf(item->place);
+    m_position = PositionOf(output->place);
   }
-  if (code == Error::None) Write(postfix);
+  if (code == Error::None) {
+    for (SQMOutput const& output : m_output) {
+      if (!output.isListMark) items.Add(output.item);
+    }
+  }
   m_multiplication = {};
   m_held.clear();
   return code;
@@ -99,11 +102,11 @@ long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
     case EQMItemClass::CloseParen:
     case EQMItemClass::CloseBracket: return CloseParen(token.itemClass);
     case EQMItemClass::Comma: AddComma(); return Error::None;
-    case EQMItemClass::Number: AddOperand(PostfixMark::kNumber, token); return Error::None;
-    case EQMItemClass::Name: AddOperand(PostfixMark::kName, token); return Error::None;
-    case EQMItemClass::String: AddOperand(PostfixMark::kString, token); return Error::None;
+    case EQMItemClass::Number: AddNumber(token); return Error::None;
+    case EQMItemClass::Name: AddOperand(SQMItem(EQMItem::Name), token); return Error::None;
+    case EQMItemClass::String: AddString(token); return Error::None;
     case EQMItemClass::Operator: {
-      long const code = AddOperator(token.rows, PlaceOf(token), next);
+      long const code = AddOperator(token.rows, PlaceAt(token), PlaceOf(token), next);
       if (code == Error::None && token.text == "[") OpenParen(EQMItemClass::CloseBracket);
       return code;
     }
@@ -114,22 +117,45 @@ long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
 long CQMConversion::InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next) {
   if (!m_rules.impliedMultiplication) return Error::None;
   bool const multiplies = EndsFactor(token.itemClass, token.rows) && BeginsFactor(next.itemClass, next.rows);
-  return multiplies ? AddOperator(m_multiplication, PlaceInFrontOf(next), next.itemClass) : Error::None;
+  if (!multiplies) return Error::None;
+  SQMStretch const nowhere = {PlaceOf(next).start, 0};
+  return AddOperator(m_multiplication, PlaceInFrontOf(next), nowhere, next.itemClass);
 }
 
-void CQMConversion::AddOperand(char mark, SQMToken const& token) {
-  if (mark == PostfixMark::kNumber) {
-    AppendNumber(token, m_rules.radixMark, m_operandTexts);
-  } else if (mark == PostfixMark::kName) {
-    m_operandTexts += token.text;
+SQMStretch CQMConversion::PlaceOf(SQMToken const& token) const {
+  return m_items->PlaceOf(m_text.substr(token.begin, token.end - token.begin));
+}
+
+void CQMConversion::AddNumber(SQMToken const& token) {
+  m_literal.clear();
+  AppendLiteral(token.text, m_literal);
+  auto const [value, isInteger] = LiteralToNumber(m_literal);
+  SQMItem item(EQMItem::Number);
+  item.isInteger = isInteger;
+  item.number = value;
+  AddOperand(item, token);
+}
+
+void CQMConversion::AddString(SQMToken const& token) {
+  SQMItem item(EQMItem::String);
+  if (HasEscapes(token.text)) {
+    std::size_t const begin = m_items->Pool().size();
+    AppendUnescaped(token.text, m_items->Pool());
+    item.characters = m_items->PooledSince(begin);
   } else {
-    AppendUnescaped(token.text, m_operandTexts);
+    item.characters = m_items->PlaceOf(token.text);
   }
-  m_items.push_back({mark, 0, nullptr, m_operandTexts.size(), PlaceOf(token)});
+  AddOperand(item, token);
+}
+
+void CQMConversion::AddOperand(SQMItem const& item, SQMToken const& token) {
+  m_output.push_back({item, nullptr, PlaceAt(token)});
+  m_output.back().item.place = PlaceOf(token);
   m_lastClass = token.itemClass;
 }
 
-long CQMConversion::AddOperator(SQMOperatorToken const& rows, std::size_t place, EQMItemClass next) {
+long CQMConversion::AddOperator(SQMOperatorToken const& rows, std::size_t place, SQMStretch written,
+                                EQMItemClass next) {
   SQMFoundOperator const found = CQMOperatorSearch::Choose(rows, m_lastClass, next, m_rules.hierarchical);
   if (found.info == nullptr) return Error::AddOperatorFailed;
   CQMOpInfo const& info = *found.info;
@@ -141,17 +167,18 @@ long CQMConversion::AddOperator(SQMOperatorToken const& rows, std::size_t place,
     if (BindsTighter(info, found.precedence, *pending.info, pending.precedence)) break;
     ReleasePending();
   }
-  if (TakesList(info)) m_items.push_back({kListMark, 0, nullptr, 0, place});
-  m_pending.push_back({&info, found.precedence, place});
+  if (TakesList(info)) m_output.push_back({SQMItem(), nullptr, place, true});
+  m_pending.push_back({&info, found.precedence, place, written});
   m_lastClass = ItemClassOf(info.fix);
   if (ClosesItself(info.fix)) UnstackExpression();
   return Error::None;
 }
 
 void CQMConversion::ReleasePending() {
-  auto const [info, precedence, place] = m_pending.back();
-  char const mark = IsMarked(info->fix) ? PostfixMark::kMarkedOperator : PostfixMark::kOperator;
-  m_items.push_back({mark, 0, info, 0, place});
+  SQMPending const& pending = m_pending.back();
+  SQMItem item(IsMarked(pending.info->fix) ? EQMItem::MarkedOperator : EQMItem::Operator, pending.written);
+  item.id = pending.info->id;
+  m_output.push_back({item, pending.info, pending.place});
   m_pending.pop_back();
 }
 
@@ -164,12 +191,12 @@ void CQMConversion::UnstackExpression() {
 void CQMConversion::AddSeparator(SQMToken const& token) {
   bool const partsOperands =
       !m_levels.empty() && m_levels.back().isList && token.text.front() == m_rules.listSeparator;
-  partsOperands ? AddComma() : AddSemicolon();
+  partsOperands ? AddComma() : AddSemicolon(PlaceOf(token));
 }
 
-void CQMConversion::AddSemicolon() {
+void CQMConversion::AddSemicolon(SQMStretch written) {
   UnstackExpression();
-  m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0, 0});
+  m_output.push_back({SQMItem(EQMItem::End, written)});
   m_lastClass = EQMItemClass::Separator;
 }
 
@@ -181,7 +208,7 @@ void CQMConversion::AddComma() {
 void CQMConversion::OpenParen(EQMItemClass closedBy) {
   bool const isList = closedBy == EQMItemClass::CloseBracket || m_lastClass == ItemClassOf(EQMFix::Prefix) ||
                       m_lastClass == ItemClassOf(EQMFix::MarkedPrefix);
-  m_levels.push_back({closedBy, isList, m_pending.size(), m_items.size()});
+  m_levels.push_back({closedBy, isList, m_pending.size(), m_output.size()});
   m_lastClass = EQMItemClass::OpenParen;
 }
 
@@ -197,8 +224,8 @@ long CQMConversion::CloseParen(EQMItemClass closing) {
 
 void CQMConversion::EndText() {
   UnstackExpression();
-  if (m_items.size() == LevelBegin() || m_items.back().mark != PostfixMark::kEnd) {
-    m_items.push_back({PostfixMark::kEnd, 0, nullptr, 0, 0});
+  if (m_output.size() == LevelBegin() || m_output.back().item.kind != EQMItem::End) {
+    m_output.push_back({SQMItem(EQMItem::End, m_items->PlaceOf(m_text.substr(m_text.size())))});
   }
 }
 
@@ -210,26 +237,26 @@ void CQMConversion::CountOperands() {
   std::int32_t statementBegin = 0;  // as many items belong to earlier statements
   std::vector<std::int32_t> lists;  // of each open list of arguments: how many items stand in front of it
   auto const innermost = [&] { return std::max(statementBegin, lists.empty() ? 0 : lists.back()); };
-  for (std::size_t i = LevelBegin(); i < m_items.size(); ++i) {
-    SQMItem& item = m_items[i];
-    if (item.mark == kListMark) {
+  for (std::size_t i = LevelBegin(); i < m_output.size(); ++i) {
+    auto& [item, info, place, isListMark] = m_output[i];
+    if (isListMark) {
       lists.push_back(items);
-    } else if (item.mark == PostfixMark::kEnd) {
+    } else if (item.kind == EQMItem::End) {
       statementBegin = items;
-    } else if (item.mark == PostfixMark::kOperator && item.info->HasVariableOperands()) {
+    } else if (item.kind == EQMItem::Operator && info->HasVariableOperands()) {
       std::int32_t const begin = innermost();
       item.operandCount = items - begin;
       items = begin;
       if (!lists.empty()) lists.pop_back();
-      if (item.info->fix == EQMFix::Infix) {  // its left operand stands in front of the list
+      if (info->fix == EQMFix::Infix) {  // its left operand stands in front of the list
         ++item.operandCount;
         items = std::max(innermost(), items - 1);
       }
       ++items;
-    } else if (item.mark == PostfixMark::kOperator) {
-      item.operandCount = item.info->minOperands;
+    } else if (item.kind == EQMItem::Operator) {
+      item.operandCount = info->minOperands;
       items = std::max(innermost(), items - item.operandCount) + 1;
-    } else if (item.mark != PostfixMark::kMarkedOperator) {
+    } else if (item.kind != EQMItem::MarkedOperator) {
       ++items;
     }
   }
@@ -237,17 +264,17 @@ void CQMConversion::CountOperands() {
 
 bool CQMConversion::LeavesTooMuch() const {
   long total = 0;
-  for (std::size_t i = LevelBegin(); i < m_items.size(); ++i) {
-    SQMItem const& item = m_items[i];
-    switch (item.mark) {
-      case kListMark:
-      case PostfixMark::kMarkedOperator: break;
-      case PostfixMark::kEnd:
+  for (std::size_t i = LevelBegin(); i < m_output.size(); ++i) {
+    SQMItem const& item = m_output[i].item;
+    if (m_output[i].isListMark) continue;
+    switch (item.kind) {
+      case EQMItem::MarkedOperator: break;
+      case EQMItem::End:
         if (total > 1) return true;
         total = 0;
         break;
-      case PostfixMark::kOperator: {
-        long const id = item.info->id;
+      case EQMItem::Operator: {
+        long const id = item.id;
         bool const hasResult =
             !IsKeywordOperator(id) && !IsModeOperator(id) && id != OpId::ArrayIndex && id != OpId::Member;
         total += (hasResult ? 1 : 0) - item.operandCount;
@@ -263,57 +290,33 @@ bool CQMConversion::LeavesTooMuch() const {
 
 /** The first operator that would take an operand from the wrong side of it, or null. An operand stands where
  * it begins. What operators take and leave is what the compiler has them take and leave. */
-CQMConversion::SQMItem const* CQMConversion::FindWrongSided() {
+CQMConversion::SQMOutput const* CQMConversion::FindWrongSided() {
   std::vector<std::size_t>& operands = m_operandPlaces;
   operands.clear();
-  for (SQMItem const& item : m_items) {
-    switch (item.mark) {
-      case kListMark:
-      case PostfixMark::kMarkedOperator: break;
-      case PostfixMark::kEnd: operands.clear(); break;
-      case PostfixMark::kOperator: {
+  for (SQMOutput const& output : m_output) {
+    auto const& [item, info, place, isListMark] = output;
+    if (isListMark) continue;
+    switch (item.kind) {
+      case EQMItem::MarkedOperator: break;
+      case EQMItem::End: operands.clear(); break;
+      case EQMItem::Operator: {
         // which one an infix operator lacks is not known
-        bool const isFree =
-            item.info->fix == EQMFix::Infix && std::cmp_less(operands.size(), item.operandCount);
-        std::size_t begin = item.place;
+        bool const isFree = info->fix == EQMFix::Infix && std::cmp_less(operands.size(), item.operandCount);
+        std::size_t begin = place;
         std::int32_t index = item.operandCount;
         for (; index > 0 && !operands.empty(); --index, operands.pop_back()) {
-          bool const isOnLeft = operands.back() < item.place;
-          if (!isFree && !MayStand(*item.info, index - 1, item.operandCount, isOnLeft)) return &item;
+          bool const isOnLeft = operands.back() < place;
+          if (!isFree && !MayStand(*info, index - 1, item.operandCount, isOnLeft)) return &output;
           begin = std::min(begin, operands.back());
         }
-        bool const handsOn = IsTypeWord(item.info->id) && index < item.operandCount;
-        if (handsOn || !LeavesNothing(item.info->id)) operands.push_back(begin);
+        bool const handsOn = IsTypeWord(item.id) && index < item.operandCount;
+        if (handsOn || !LeavesNothing(item.id)) operands.push_back(begin);
         break;
       }
-      default: operands.push_back(item.place);
+      default: operands.push_back(place);
     }
   }
   return nullptr;
-}
-
-void CQMConversion::Write(std::string& postfix) const {
-  std::size_t textBegin = 0;
-  for (SQMItem const& item : m_items) {
-    if (item.mark == kListMark) continue;
-    postfix += item.mark;
-    switch (item.mark) {
-      case PostfixMark::kEnd: break;
-      case PostfixMark::kMarkedOperator: postfix += DecimalText(item.info->id); break;
-      case PostfixMark::kOperator:
-        postfix += DecimalText(item.info->id);
-        postfix += PostfixMark::kCount;
-        postfix += DecimalText(item.operandCount);
-        break;
-      default:
-        if (item.mark == PostfixMark::kString) {
-          postfix += DecimalText(static_cast<long>(item.textEnd - textBegin));
-          postfix += PostfixMark::kLength;
-        }
-        postfix.append(m_operandTexts, textBegin, item.textEnd - textBegin);
-        textBegin = item.textEnd;
-    }
-  }
 }
 
 }  // namespace qumel

@@ -1,4 +1,4 @@
-// One conversion of infix text to postfix text.
+// One conversion of infix text to items.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/items.h"
 #include "language/operator_search.h"
 #include "language/reading_rules.h"
 #include "language/tokenizer.h"
@@ -23,25 +24,25 @@ class CQMConversion {
   CQMConversion(SQMReadingRules const& rules, CQMOperatorSearch const& search)
       : m_rules(rules), m_search(search) {}
 
-  /** 0 or an error code. text begins and ends with characters that are not white space. */
-  long Run(std::string_view text, std::string& postfix);
+  /** 0 or an error code, and then there are no items. text, which begins and ends with characters that are
+   * not white space, is part of the text of the items. */
+  long Run(std::string_view text, CQMItemList& items);
   /** Where the tokenizer stood when the last run ended, or the operator that would take a wrong operand. */
   std::size_t GetPosition() const { return m_position; }
 
  private:
-  /** An item of the output. Its mark is that of postfix text, or kListMark in front of a list of arguments.
-   */
-  struct SQMItem {
-    char mark;
-    std::int32_t operandCount;  // of operators
-    CQMOpInfo const* info;      // of operators
-    std::size_t textEnd;        // of operands: where its text ends among the texts of all operands
-    std::size_t place;          // of operands and operators: where it stands in the text
+  /** An item of the output, or the mark in front of a list of arguments, which is none. */
+  struct SQMOutput {
+    SQMItem item;
+    CQMOpInfo const* info = nullptr;  // of operators
+    std::size_t place = 0;            // of operands and operators: where it stands in the text
+    bool isListMark = false;
   };
   struct SQMPending {
     CQMOpInfo const* info;
     std::uint32_t precedence;
     std::size_t place;
+    SQMStretch written;
   };
   /** An open parenthesis or bracket: what belongs to the text around it. */
   struct SQMLevel {
@@ -53,34 +54,37 @@ class CQMConversion {
   struct SQMReadToken : SQMToken {
     SQMOperatorToken rows;  // of names and signs
   };
-  static constexpr char kListMark = '{';
 
   long Read(CQMTokenizer& tokenizer, SQMReadToken& token) const;
   long Convert(CQMTokenizer& tokenizer);
   long Add(SQMReadToken const& token, EQMItemClass next);
-  long AddOperator(SQMOperatorToken const& rows, std::size_t place, EQMItemClass next);
+  long AddOperator(SQMOperatorToken const& rows, std::size_t place, SQMStretch written, EQMItemClass next);
   long InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next);
-  void AddOperand(char mark, SQMToken const& token);
+  void AddNumber(SQMToken const& token);
+  void AddString(SQMToken const& token);
+  void AddOperand(SQMItem const& item, SQMToken const& token);
   void AddSeparator(SQMToken const& token);
-  void AddSemicolon();
+  void AddSemicolon(SQMStretch written);
   void AddComma();
   void OpenParen(EQMItemClass closedBy);
   long CloseParen(EQMItemClass closing);
   bool HasPending() const { return m_pending.size() > (m_levels.empty() ? 0 : m_levels.back().pendingCount); }
+  SQMStretch PlaceOf(SQMToken const& token) const;
   void ReleasePending();
   void UnstackExpression();
   void EndText();
   std::size_t LevelBegin() const { return m_levels.empty() ? 0 : m_levels.back().itemCount; }
   void CountOperands();
   bool LeavesTooMuch() const;
-  SQMItem const* FindWrongSided();
-  void Write(std::string& postfix) const;
+  SQMOutput const* FindWrongSided();
 
   SQMReadingRules const& m_rules;
   CQMOperatorSearch const& m_search;
   SQMOperatorToken m_multiplication;  // what implied multiplication inserts
-  std::vector<SQMItem> m_items;
-  std::string m_operandTexts;
+  std::string_view m_text;
+  CQMItemList* m_items = nullptr;  // of the run
+  std::vector<SQMOutput> m_output;
+  std::string m_literal;
   std::vector<SQMPending> m_pending;
   std::vector<SQMLevel> m_levels;
   std::vector<CQMOpInfoRef> m_held;  // host's operators in the output, which another thread may delete

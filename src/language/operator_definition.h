@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/data_type.h"
+#include "base/items.h"
 
 namespace qumel {
 
@@ -24,8 +25,8 @@ struct SQMOperatorParameter {
 };
 
 struct SQMOperatorBody {
-  std::string postfix;
-  /** The operators of hosts that the text names. They may name this one in turn, so no body keeps another
+  CQMItemList items;
+  /** The operators of hosts that the items name. They may name this one in turn, so no body keeps another
    * alive: expressions do, see CQMReachableDefinitions. */
   std::vector<std::weak_ptr<SQMOperatorDefinition const>> named;
 };

@@ -21,12 +21,12 @@ void CQMPostFixer::SetOperatorLists(CQMOperatorList const* shared, CQMOperatorLi
   m_search.SetLists(shared, own);
 }
 
-long CQMPostFixer::ConvertExpression(std::string_view text, std::string& postfix) {
+long CQMPostFixer::ConvertExpression(std::string_view text, CQMItemList& items) {
   m_parseIndex = 0;
-  postfix.clear();
+  items.Begin(text, CQMItemList::EQMSource::Infix);
   std::string_view const trimmed = TrimSpace(text);
   if (trimmed.empty()) return Error::BadExpression;
-  long const code = m_conversion->Run(trimmed, postfix);
+  long const code = m_conversion->Run(trimmed, items);
   m_parseIndex = static_cast<long>(m_conversion->GetPosition());
   return code;
 }

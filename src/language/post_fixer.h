@@ -1,10 +1,11 @@
-// The converter: infix text to postfix text, and postfix text shown or turned back into infix.
+// The converter: infix text to items, and postfix text shown or turned back into infix.
 #pragma once
 
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "base/items.h"
 #include "language/op_info.h"
 #include "language/operator_search.h"
 #include "language/reading_rules.h"
@@ -31,9 +32,9 @@ class CQMPostFixer : public CQMObject {
   void SetReadingRules(SQMReadingRules const& rules) { m_rules = rules; }
   SQMReadingRules const& GetReadingRules() const { return m_rules; }
 
-  /** 0 or an error code. On failure postfix is not valid; GetParseIndex tells where the tokenizer stood,
-   * counted from the first character after leading white space. */
-  long ConvertExpression(std::string_view text, std::string& postfix);
+  /** 0 or an error code. On failure there are no items; GetParseIndex tells where the tokenizer stood,
+   * counted from the first character after leading white space. text must outlive the items. */
+  long ConvertExpression(std::string_view text, CQMItemList& items);
   long GetParseIndex() const { return m_parseIndex; }
 
   /** One item a line with the readable token beside it. Cannot fail. */

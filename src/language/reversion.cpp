@@ -36,13 +36,19 @@ class CQMStatementWriter {
     return m_writer.GetText();
   }
 
-  bool GoesBack(std::string const& text, std::string_view postfix) {
-    return m_conversion.Run(text + kStatementEnd, m_converted) == Error::None && m_converted == postfix;
+  bool GoesBack(std::string text, std::string_view postfix) {
+    text += kStatementEnd;
+    m_items.Begin(text, CQMItemList::EQMSource::Infix);
+    if (m_conversion.Run(text, m_items) != Error::None) return false;
+    m_converted.clear();
+    m_items.AppendPostfix(m_converted);
+    return m_converted == postfix;
   }
 
   SQMReadingRules const& m_rules;
   CQMConversion m_conversion;
   CQMInfixWriter m_writer;
+  CQMItemList m_items;
   std::string m_converted;
 };
 

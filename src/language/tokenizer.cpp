@@ -1,6 +1,7 @@
 // Tokens: numbers in five bases, names, strings with escapes, operator signs, and the marks of structure.
 #include "language/tokenizer.h"
 
+#include "base/number_base.h"
 #include "language/characters.h"
 
 namespace qumel {
@@ -10,31 +11,16 @@ namespace {
 constexpr char kEscape = '\\';
 constexpr char kPoint = '.';
 
-/** A base of numbers: the letter that names it in postfix text, the mark behind a leading 0, and its digits.
- */
-struct SQMBase {
-  char letter;
-  std::string_view marks;
-  std::string_view digits;
-};
-
-constexpr std::string_view kDecimalDigits = "0123456789";
-constexpr SQMBase kBases[] = {
-    {'d', "d", kDecimalDigits},
-    {'b', "b", "01"},
-    {'h', "hx", "0123456789ABCDEFabcdef"},
-    {'o', "o", "01234567"},
-    {'t', "t", "0123456789DEde"},
-};
-constexpr SQMBase const& kDecimalBase = kBases[0];
 constexpr std::string_view kExponentMarks = "EX";
 
-/** The base that a character behind a leading 0 marks, or null. */
-SQMBase const* FindBase(char mark) {
-  for (SQMBase const& base : kBases) {
-    if (base.marks.find(mark) != std::string_view::npos) return &base;
+constexpr std::string_view DigitsOf(char baseLetter) {
+  switch (baseLetter) {
+    case BaseLetter::kBinary: return "01";
+    case BaseLetter::kOctal: return "01234567";
+    case BaseLetter::kDuodecimal: return "0123456789DEde";
+    case BaseLetter::kHexadecimal: return "0123456789ABCDEFabcdef";
+    default: return "0123456789";
   }
-  return nullptr;
 }
 
 constexpr bool Contains(std::string_view characters, char c) {
@@ -81,6 +67,7 @@ SQMToken CQMTokenizer::Next() {
   std::size_t const begin = m_position;
   SQMToken token = ReadToken();
   token.begin = begin;
+  token.end = m_position;
   return token;
 }
 
@@ -125,16 +112,15 @@ SQMToken CQMTokenizer::TakeWhile(EQMItemClass itemClass, Test belongs) {
 // number = ["0" base mark] {digit | exponent mark ["+" | "-"] | radix mark}, each mark once, no radix mark
 // behind the exponent mark; E is a digit in bases h and t
 SQMToken CQMTokenizer::ReadNumber() {
-  SQMBase const* const marked = Peek() == '0' ? FindBase(Peek(1)) : nullptr;
-  bool const hasBaseMark = marked != nullptr;
-  SQMBase const* const base = hasBaseMark ? marked : &kDecimalBase;
-  if (hasBaseMark) m_position += 2;
   std::size_t const start = m_position;
+  char const marked = Peek() == '0' ? BaseLetter::OfMark(Peek(1)) : '\0';
+  if (marked != '\0') m_position += 2;
+  std::string_view const digits = DigitsOf(marked);
   bool hasExponent = false;
   bool hasRadixMark = false;
   for (; !IsAtEnd(); ++m_position) {
     char const c = Peek();
-    if (Contains(base->digits, c)) continue;
+    if (Contains(digits, c)) continue;
     if (Contains(kExponentMarks, c) && !hasExponent) {
       hasExponent = true;
       if (Peek(1) == '+' || Peek(1) == '-') ++m_position;
@@ -144,10 +130,7 @@ SQMToken CQMTokenizer::ReadNumber() {
       break;
     }
   }
-  SQMToken token = Take(EQMItemClass::Number, start);
-  token.baseLetter = base->letter;
-  token.hasBaseMark = hasBaseMark;
-  return token;
+  return Take(EQMItemClass::Number, start);
 }
 
 SQMToken CQMTokenizer::ReadString() {
@@ -159,14 +142,7 @@ SQMToken CQMTokenizer::ReadString() {
   return token;
 }
 
-void AppendNumber(SQMToken const& number, char radixMark, std::string& out) {
-  out += number.baseLetter;
-  if (number.hasBaseMark) out += '0';
-  std::size_t const start = out.size();
-  out += number.text;
-  if (radixMark == kPoint) return;
-  if (std::size_t const mark = out.find(radixMark, start); mark != std::string::npos) out[mark] = kPoint;
-}
+bool HasEscapes(std::string_view text) { return Contains(text, kEscape); }
 
 void AppendUnescaped(std::string_view text, std::string& out) {
   for (std::size_t i = 0; i < text.size(); ++i) {

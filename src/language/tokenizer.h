@@ -1,4 +1,4 @@
-// Cuts the text of an expression into tokens and writes operands in the form that postfix text has.
+// Cuts the text of an expression into tokens.
 #pragma once
 
 #include <cstddef>
@@ -12,11 +12,9 @@ namespace qumel {
 
 struct SQMToken {
   EQMItemClass itemClass = EQMItemClass::End;
-  std::string_view
-      text;  // of a number, what follows its base mark; of a string, what stands between its quote marks
-  std::size_t begin = 0;   // where it stands
-  char baseLetter = '\0';  // of numbers
-  bool hasBaseMark = false;
+  std::string_view text;  // as it is written; of a string, what stands between its quote marks
+  std::size_t begin = 0;  // where it stands, and where it ends
+  std::size_t end = 0;
   bool isOpen = false;  // of a string: nothing closes it
 };
 
@@ -52,10 +50,9 @@ class CQMTokenizer {
   std::size_t m_position = 0;
 };
 
-/** Appends the base letter and the characters of a number, with '.' for the radix mark. Of a base mark the 0
- * stays. */
-void AppendNumber(SQMToken const& number, char radixMark, std::string& out);
-/** Appends the characters of a string token, escapes applied. */
+/** Whether the characters of a string are other ones than those written. */
+bool HasEscapes(std::string_view text);
+/** Appends the characters of a string, escapes applied. */
 void AppendUnescaped(std::string_view text, std::string& out);
 
 }  // namespace qumel

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/postfix_reader.h"
 #include "engine/call.h"
 #include "engine/reachable_definitions.h"
 #include "program_runner.h"
@@ -72,7 +73,7 @@ class Expression : public ::testing::Test {
   std::unique_ptr<CQMExpression> Make() { return std::make_unique<CQMExpression>(m_context); }
   std::unique_ptr<CQMExpression> CompileText(std::string_view postfix, bool optimize = true) {
     auto made = Make();
-    made->SetParsedExpression(postfix, optimize);
+    made->SetParsedExpression(ReadPostfix(postfix).Kept(), optimize);
     return made;
   }
   std::string RunText(std::string_view postfix) { return CQMTestContext::Resolve(*CompileText(postfix)); }
@@ -135,7 +136,7 @@ TEST_F(Expression, KeepsOperandsAndMarksOfItsText) {
   EXPECT_EQ(expression->GetOperandByIndex(2), nullptr);
 
   // compiled again, only the new text counts
-  EXPECT_EQ(expression->SetParsedExpression("#d4@new", true), Error::None);
+  EXPECT_EQ(expression->SetParsedExpression(ReadPostfix("#d4@new"), true), Error::None);
   EXPECT_EQ(expression->GetOperatorCount(), 0);
   EXPECT_EQ(CQMTestContext::Describe(expression->GetOperandByIndex(0)), "4");
   EXPECT_TRUE(expression->GetOperandByIndex(1)->IsPending());
@@ -302,7 +303,7 @@ TEST_F(Expression, NamesAreLookedUpFromTheInsideOut) {
   EXPECT_EQ(m_context.Run("X"), "none");
 
   auto definition = std::make_shared<SQMOperatorDefinition>();
-  CQMReachableDefinitions::GiveBody(*definition, {"@x@y!1101.2;@x@x#d7!101.2!1101.2;", {}});
+  CQMReachableDefinitions::GiveBody(*definition, {ReadPostfix("@x@y!1101.2;@x@x#d7!101.2!1101.2;"), {}});
   definition->parameters = {{"x", EQMDataType::Number}, {"", EQMDataType::Number}};
   CQMDatum parameters[] = {{EQMDataType::Number, "a"}, {EQMDataType::Number, "b"}};
   parameters[0].SetReal(10.0);
@@ -311,7 +312,7 @@ TEST_F(Expression, NamesAreLookedUpFromTheInsideOut) {
   EXPECT_EQ(body->SetParsedExpression(definition, given, false), Error::None);
   EXPECT_EQ(CQMTestContext::Resolve(*body), "14");
   auto sum = std::make_shared<SQMOperatorDefinition>();
-  CQMReachableDefinitions::GiveBody(*sum, {"@x@y!1101.2;", {}});
+  CQMReachableDefinitions::GiveBody(*sum, {ReadPostfix("@x@y!1101.2;"), {}});
   sum->parameters = definition->parameters;
   EXPECT_EQ(body->SetParsedExpression(sum, given, false), Error::None);
   EXPECT_EQ(CQMTestContext::Resolve(*body), "9");
@@ -329,7 +330,7 @@ TEST_F(Expression, ReferencesAreGivenBackHoweverItEnds) {
     EXPECT_EQ(m_context.GetGlobalSymbolTable()->DeleteSymbol("x", true), Error::VariableInUse);
     auto const second = m_context.Compile("x");
     EXPECT_EQ(references(), 4);
-    expression->SetParsedExpression("#d1", true);
+    expression->SetParsedExpression(ReadPostfix("#d1"), true);
     EXPECT_EQ(references(), 1);
   }
   EXPECT_EQ(references(), 0);
@@ -356,7 +357,7 @@ TEST_F(Expression, ExhaustedMemoryLeavesNoReferencesBehind) {
     try {
       CQMExpression expression(context);
       testing::FailingAllocation const failing(spared);
-      isDone = expression.SetParsedExpression(postfix, true) == Error::None;
+      isDone = expression.SetParsedExpression(ReadPostfix(postfix).Kept(), true) == Error::None;
     } catch (std::bad_alloc const&) {
     }
     for (char const* name : {"x", "y"}) {

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <unordered_map>
 
+#include "base/postfix_reader.h"
+
 namespace qumel::test {
 
 namespace {
@@ -102,7 +104,7 @@ CQMResolver* CQMTestContext::GetResolver(EQMResolverClass kind) {
 
 std::unique_ptr<CQMExpression> CQMTestContext::Compile(std::string_view program) {
   auto expression = std::make_unique<CQMExpression>(*this);
-  expression->SetParsedExpression(PostfixOf(program), true);
+  expression->SetParsedExpression(ReadPostfix(PostfixOf(program)).Kept(), true);
   return expression;
 }
 

@@ -43,7 +43,12 @@ class CQMDialect {
     return id;
   }
 
-  long Convert(std::string_view text, std::string& postfix) { return fixer.ConvertExpression(text, postfix); }
+  long Convert(std::string_view text, std::string& postfix) {
+    CQMItemList items;
+    long const code = fixer.ConvertExpression(text, items);
+    postfix = items.GetPostfix();
+    return code;
+  }
   /** The postfix text, or the decimal code of an error. */
   std::string Convert(std::string_view text) {
     std::string postfix;

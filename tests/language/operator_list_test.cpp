@@ -152,10 +152,10 @@ TEST(OperatorList, ThreadsConvertWhileAnotherDefines) {
   });
   CQMPostFixer fixer;
   fixer.SetOperatorLists(&dialect.shared, &dialect.own);
-  std::string postfix;
+  CQMItemList items;
   while (!done) {
-    ASSERT_EQ(fixer.ConvertExpression("1 + twice x * 2", postfix), Error::None);
-    ASSERT_TRUE(postfix.starts_with("#d1")) << postfix;
+    ASSERT_EQ(fixer.ConvertExpression("1 + twice x * 2", items), Error::None);
+    ASSERT_TRUE(items.GetPostfix().starts_with("#d1")) << items.GetPostfix();
   }
   definer.join();
 }

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/postfix_reader.h"
+
 namespace qumel::test {
 
 namespace {
@@ -123,7 +125,7 @@ CQMResolver* CQMBenchContext::GetResolver(EQMResolverClass kind) {
 
 std::unique_ptr<CQMExpression> CQMBenchContext::Compile(std::string_view postfix, bool optimize) {
   auto expression = std::make_unique<CQMExpression>(*this);
-  expression->SetParsedExpression(postfix, optimize);
+  expression->SetParsedExpression(ReadPostfix(postfix).Kept(), optimize);
   return expression;
 }
 
