@@ -53,6 +53,11 @@ struct SQMItem {
 };
 static_assert(sizeof(SQMItem) == 24, "an item is to stay small");
 
+/** Whether an item keeps a place among the operands. */
+constexpr bool IsOperand(SQMItem const& item) {
+  return item.kind != EQMItem::Operator && item.kind != EQMItem::End;
+}
+
 /** The items of a text, which must outlive the list. What is cleared keeps its memory. */
 class CQMItemList {
  public:
@@ -75,6 +80,8 @@ class CQMItemList {
   SQMStretch PooledSince(std::size_t poolSize) const;
 
   Items GetItems() const { return m_items; }
+  std::span<SQMItem> GetItems() { return m_items; }
+  std::size_t Capacity() const { return m_items.capacity(); }
   /** As it is written where the item was read. */
   std::string_view Written(SQMItem const& item) const { return At(item.place); }
   /** Of a name or a string. */

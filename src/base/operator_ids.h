@@ -17,6 +17,7 @@ enum EQMOperatorId : long {
 
 /** Mode words: they stand in a statement without a value of their own. */
 constexpr bool IsModeOperator(long id) { return id >= 4000 && id <= 4099; }
+constexpr bool IsControlWord(long id) { return id >= 5000 && id <= 5099; }
 /** Words of control flow, scope and declaration. */
 constexpr bool IsKeywordOperator(long id) { return id >= 5000 && id <= 5999; }
 /** Scope, declaration, control and mode words, the range that implied multiplication and hierarchy leave

@@ -27,6 +27,7 @@ class CQMDatum;
 class CQMExpression;
 class CQMOperatorFactory;
 class CQMResolver;
+struct SQMFrame;
 struct SQMResultView;
 struct SQMCaller;
 
@@ -192,7 +193,6 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   // executor_evaluation.cpp
   class CQMWorkingItems;
   long Convert(char const* text, CQMItemList& items);
-  long Compile(CQMExpression& expression, CQMItemList items, bool optimize);
   template <class Store>
   void EvaluateText(char const* text, Store store);
   template <class Store>
@@ -202,12 +202,18 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   long Revert(std::string_view postfix);
   void Conclude(long code);
   // executor_results.cpp
+  double EvaluateToNumberAtLength(CQMExpression* expression);
+  double FollowNumericProgram(CQMExpression& expression, SQMFrame const& frame);
   void StoreResult(SQMResultView const& result);
   void StoreAsNumber(SQMResultView const& result);
   void StoreAsComplex(SQMResultView const& result, double* imaginary);
   void StoreAsBoolean(SQMResultView const& result);
   void StoreAsString(SQMResultView const& result);
-  void StoreNumber(char type, double real, double imaginary);
+  void StoreNumber(char type, double real, double imaginary) {
+    m_lastReal = real;
+    m_lastImaginary = imaginary;
+    m_lastType = type;
+  }
   void StoreText(std::string_view text);
   double NumberOfBoolean(bool value) const;
   std::string FormatNumber(double value) const;
@@ -234,8 +240,6 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   std::array<CQMResolver*, 3> m_resolvers{};  // children of this object, made on demand
   long m_lastError = Error::None;
   long m_lastParseIndex = 0;
-  std::vector<CQMItemList> m_itemLists;  // for evaluations; those in use are moved from
-  std::size_t m_itemListsInUse = 0;
   std::string m_conversion;  // postfix text that was asked for
   std::string m_annotation;
   std::string m_reversion;

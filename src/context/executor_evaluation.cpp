@@ -66,27 +66,25 @@ class CQMExecutor::CQMRun {
   std::unique_ptr<CQMExpression> m_owner;  // of an expression that was deleted during the run
 };
 
-/** Items of a text that are needed for a while, in memory that serves again. A callback may evaluate texts,
- * so that several are in use at a time, like the frames of a stack. */
+/** What the conversion of a text works with, in memory that serves again. */
 class CQMExecutor::CQMWorkingItems {
  public:
-  explicit CQMWorkingItems(CQMExecutor& context) : m_context(context), m_place(context.m_itemListsInUse) {
-    auto& lists = m_context.m_itemLists;
-    if (m_place == lists.size()) lists.emplace_back();
-    m_items = std::move(lists[m_place]);
-    ++m_context.m_itemListsInUse;
+  explicit CQMWorkingItems(CQMExecutor& context)
+      : m_context(context), m_compilation(context.TakeCompilation()) {}
+  ~CQMWorkingItems() {
+    if (m_compilation != nullptr) m_context.GiveBack(std::move(m_compilation));
   }
-  ~CQMWorkingItems() { m_context.m_itemLists[--m_context.m_itemListsInUse] = std::move(m_items); }
   CQMWorkingItems(CQMWorkingItems const&) = delete;
   CQMWorkingItems& operator=(CQMWorkingItems const&) = delete;
 
-  CQMItemList& operator*() { return m_items; }
-  CQMItemList* operator->() { return &m_items; }
+  CQMItemList& operator*() { return m_compilation->items; }
+  CQMItemList* operator->() { return &m_compilation->items; }
+  /** Hands the items over to be compiled. */
+  std::unique_ptr<SQMCompilation> Release() { return std::move(m_compilation); }
 
  private:
   CQMExecutor& m_context;
-  std::size_t m_place;
-  CQMItemList m_items;
+  std::unique_ptr<SQMCompilation> m_compilation;
 };
 
 // ---- steps ----
@@ -96,10 +94,6 @@ long CQMExecutor::Convert(char const* text, CQMItemList& items) {
   long const code = m_postFixer->ConvertExpression(TextOf(text), items);
   m_lastParseIndex = m_postFixer->GetParseIndex();
   return m_lastError = code;
-}
-
-long CQMExecutor::Compile(CQMExpression& expression, CQMItemList items, bool optimize) {
-  return m_lastError = expression.SetParsedExpression(std::move(items), optimize);
 }
 
 template <class Store>
@@ -128,10 +122,8 @@ void CQMExecutor::EvaluateText(char const* text, Store store) {
     if (long const code = Convert(text, *items); code != Error::None) return code;
     CQMExpression expression(*this);
     expression.SetParentObject(this);
-    long code = Compile(expression, std::move(*items), false);
-    if (code == Error::None) code = Run(expression, store);
-    *items = expression.ReleaseItems();
-    return code;
+    m_lastError = expression.SetConvertedExpression(items.Release());
+    return m_lastError == Error::None ? Run(expression, store) : m_lastError;
   }));
 }
 
@@ -178,7 +170,31 @@ char CQMExecutor::Evaluate(CQMExpression* expression) {
 }
 
 double CQMExecutor::EvaluateToNumber(CQMExpression* expression) {
+  // Formulas on numbers, which hosts evaluate by the million, need nothing else.
+  CQMDetachedProgram* const program = expression->GetNumericProgram();
+  if (program == nullptr) [[unlikely]]
+    return EvaluateToNumberAtLength(expression);
+  SQMFrame frame(program->Begin());
+  program->Run(frame, m_angle.toRadians);
+  m_lastError = Error::None;
+  if (frame.status != Error::None) [[unlikely]]
+    return FollowNumericProgram(*expression, frame);
+  double const result = program->GetNumber();
+  StoreNumber(TypeLetter::kNumber, result, 0.0);
+  return result;
+}
+
+[[gnu::noinline]] double CQMExecutor::EvaluateToNumberAtLength(CQMExpression* expression) {
   EvaluateExpression(expression, [this](SQMResultView const& result) { StoreAsNumber(result); });
+  return m_lastReal;
+}
+
+[[gnu::noinline]] double CQMExecutor::FollowNumericProgram(CQMExpression& expression, SQMFrame const& frame) {
+  Conclude(CodeOf([&] {
+    long const code = expression.FollowNumericProgram(frame.status, frame.position);
+    if (code == Error::None) StoreAsNumber(expression.GetResult());
+    return code;
+  }));
   return m_lastReal;
 }
 
@@ -206,7 +222,8 @@ Handle CQMExecutor::ParseExpression(char const* text) {
     CQMWorkingItems items(*this);
     if (long const code = Convert(text, *items); code != Error::None) return code;
     auto expression = std::make_unique<CQMExpression>(*this);
-    if (long const code = Compile(*expression, items->Kept(), true); code != Error::None) return code;
+    if (long const code = expression->SetParsedExpression(items->Kept(), true); code != Error::None)
+      return code;
     expression->Detach();
     expression->SetParentObject(this);
     handle = expression->GetObjectHandle(&m_gate);

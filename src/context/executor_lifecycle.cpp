@@ -116,7 +116,6 @@ void CQMExecutor::CleanUp() {
   m_globalSymbols.reset();
   m_errors.reset();
   m_localOperators.reset();
-  if (m_itemListsInUse == 0) m_itemLists.clear();
   m_conversion = {};
   m_annotation = {};
   m_reversion = {};

@@ -21,12 +21,6 @@ SQMLastResult CQMExecutor::GetLastResult() const {
   return {m_lastType, m_lastReal, m_lastImaginary, m_lastBoolean, m_lastString};
 }
 
-void CQMExecutor::StoreNumber(char type, double real, double imaginary) {
-  m_lastReal = real;
-  m_lastImaginary = imaginary;
-  m_lastType = type;
-}
-
 void CQMExecutor::StoreText(std::string_view text) {
   std::size_t const length = std::min(text.size(), kResultSize - 1);
   std::memmove(m_lastString, text.data(), length);

@@ -14,6 +14,7 @@ namespace {
 // need.
 constexpr std::size_t kMostSpare = 4;
 constexpr std::size_t kMostSpareOperators = 1024;
+constexpr std::size_t kMostSpareItems = 4096;
 constexpr std::size_t kMostSpareBytes = 64 * 1024;
 
 }  // namespace
@@ -24,6 +25,7 @@ void SQMCompilation::Clear() {
   bodies.clear();
   operators.clear();
   operands.clear();
+  hasControlWords = false;
   stack.clear();
   verification.unverified.clear();
   arena.Clear();
@@ -46,6 +48,7 @@ std::unique_ptr<SQMCompilation> CQMOperatorContext::TakeCompilation() {
 void CQMOperatorContext::GiveBack(std::unique_ptr<SQMCompilation> compilation) {
   compilation->Clear();
   bool const isSmall = compilation->operators.capacity() <= kMostSpareOperators &&
+                       compilation->items.Capacity() <= kMostSpareItems &&
                        compilation->arena.Size() <= kMostSpareBytes;
   if (isSmall && m_spare.size() < kMostSpare) m_spare.push_back(std::move(compilation));
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/arena.h"
+#include "base/items.h"
 #include "engine/operator.h"
 #include "engine/program.h"
 #include "values/datum.h"
@@ -15,9 +16,12 @@
 namespace qumel {
 
 struct SQMCompilation {
+  CQMItemList items;                    // of a text that was converted to be compiled
   CQMArena arena;                       // of operators, literals, results and blocks
   std::vector<CQMOperator*> operators;  // in execution order
   std::vector<CQMDatum*> operands;      // one an operand token
+  std::vector<CQMDatum*> references;    // table symbols that the expression holds a reference on
+  bool hasControlWords = false;
   std::unordered_map<CQMDatum const*, std::unique_ptr<CQMDatum>> names;  // read, and not confirmed
   std::vector<SQMBlock*> blocksToReset;  // that a run may enter without openers
   std::vector<CQMExpression*> bodies;    // of operators, which own them

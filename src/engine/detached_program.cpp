@@ -8,6 +8,9 @@ namespace qumel {
 
 namespace {
 
+/** One for its result, and two for operands that are literals: no step on numbers takes more. */
+constexpr std::size_t kMostSlotsAnOperator = 3;
+
 /** Operators and literals have no slots yet. */
 void ForgetSlots(std::span<CQMOperator* const> operators) {
   for (CQMOperator const* const op : operators) {
@@ -22,8 +25,7 @@ void ForgetSlots(std::span<CQMOperator* const> operators) {
 
 std::unique_ptr<CQMDetachedProgram> CQMDetachedProgram::Make(std::span<CQMOperator* const> operators,
                                                              CQMExpression const& expression,
-                                                             CQMDatum& result,
-                                                             std::span<CQMDatum* const> operands) {
+                                                             CQMDatum& result) {
   EQMDataType const type = result.GetType() == EQMDataType::Real ? EQMDataType::Number : result.GetType();
   bool const isPlain = (type == EQMDataType::Number || type == EQMDataType::Boolean) && !result.IsArray() &&
                        !result.IsProxy() && result.GetValue() != nullptr;
@@ -32,7 +34,7 @@ std::unique_ptr<CQMDetachedProgram> CQMDetachedProgram::Make(std::span<CQMOperat
   made->m_epoch = CQMDatum::StorageEpoch();
   // Once to count, and once with all values where they will stay.
   std::vector<SQMSlot> counted;
-  counted.reserve(2 * operators.size() + operands.size() + 1);
+  counted.reserve(kMostSlotsAnOperator * operators.size() + 1);
   for (std::vector<SQMSlot>* slots : {&counted, &made->m_slots}) {
     made->m_slots.reserve(counted.size());
     ForgetSlots(operators);
@@ -43,20 +45,19 @@ std::unique_ptr<CQMDetachedProgram> CQMDetachedProgram::Make(std::span<CQMOperat
   }
   result.SetBound();
   made->m_type = type;
-  made->m_signature = SignatureOf(operands);
   return made;
 }
 
 // What steps take for granted of a variable: its type, and where its elements stand.
-std::uint64_t CQMDetachedProgram::SignatureOf(std::span<CQMDatum* const> names) {
+std::uint64_t CQMDetachedProgram::SignatureOf(CQMItemList const& items) {
   constexpr std::uint64_t kStep = 0x9E3779B97F4A7C15;
   std::uint64_t signature = 0;
   auto const add = [&signature](std::uint64_t word) {
     signature = (signature ^ word) * kStep + (signature >> 29);
   };
-  for (CQMDatum* const name : names) {
-    if (name == nullptr || name->Name().empty()) continue;
-    CQMDatum const& variable = name->FinalTarget();
+  for (SQMItem const& item : items.GetItems()) {
+    if (item.kind != EQMItem::Name) continue;
+    CQMDatum const& variable = *static_cast<CQMDatum const*>(item.bound);
     add(reinterpret_cast<std::uintptr_t>(variable.GetValue()));
     add(static_cast<std::uint64_t>(Code(variable.GetType())) << 8 |
         static_cast<std::uint64_t>(variable.GetDimensionCount()));
@@ -64,9 +65,9 @@ std::uint64_t CQMDetachedProgram::SignatureOf(std::span<CQMDatum* const> names) 
   return signature;
 }
 
-bool CQMDetachedProgram::RemainsCurrent(std::span<CQMDatum* const> names) {
+bool CQMDetachedProgram::RemainsCurrent(CQMItemList const& items) {
   std::uint32_t const epoch = CQMDatum::StorageEpoch();
-  if (SignatureOf(names) != m_signature) return false;
+  if (SignatureOf(items) != m_signature) return false;
   m_epoch = epoch;
   return true;
 }
@@ -83,7 +84,7 @@ void CQMDetachedProgram::HandOver(std::span<CQMOperator* const> operators, CQMEx
   ForgetSlots(operators);
   std::vector<SQMStep> steps;
   std::vector<SQMSlot> slots;
-  slots.reserve(2 * operators.size() + m_slots.size() + 1);
+  slots.reserve(kMostSlotsAnOperator * operators.size() + 1);
   CQMStepMaker(operators, steps, expression, m_toRadians, EQMWay::Joined, &slots).MakeAll();
   for (CQMOperator const* const op : operators) {
     CQMDatum* const result = op->GetResultOperand();

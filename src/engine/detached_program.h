@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/items.h"
 #include "engine/program.h"
 #include "engine/result_view.h"
 #include "values/datum.h"
@@ -17,31 +18,29 @@ class CQMDetachedProgram {
   /** Null where a step needs an operator or a datum, or where result is no number or boolean of its own or of
    * a variable. */
   static std::unique_ptr<CQMDetachedProgram> Make(std::span<CQMOperator* const> operators,
-                                                  CQMExpression const& expression, CQMDatum& result,
-                                                  std::span<CQMDatum* const> operands);
+                                                  CQMExpression const& expression, CQMDatum& result);
+  /** Remembers what the steps take for granted of the names in items, which are bound. */
+  void Sign(CQMItemList const& items) { m_signature = SignatureOf(items); }
 
   /** Whether the storage that the steps refer to is where it was. */
   bool IsCurrent() const { return m_epoch == CQMDatum::StorageEpoch(); }
   /** Whether it is, although an epoch has passed: that may have been the doing of other storage. */
-  bool RemainsCurrent(std::span<CQMDatum* const> names);
+  bool RemainsCurrent(CQMItemList const& items);
   /** Whether the result is a number; otherwise it is a boolean. */
   bool HasNumber() const { return m_type == EQMDataType::Number; }
   double GetNumber() const { return NumberAt(m_result); }
   SQMResultView GetResult() const;
 
-  /** Runs all steps. position becomes that of the operator that ended the run by the status that is returned.
-   * A run can neither call the host nor throw. */
-  long Run(double toRadians, long& position) {
+  SQMStep const* Begin() const { return m_steps.data(); }
+  /** Runs all steps, in a frame that begins with them. A run can neither call the host nor throw. */
+  void Run(SQMFrame& frame, double toRadians) {
     m_toRadians = toRadians;
-    SQMFrame frame{m_steps.data(), nullptr, nullptr};
     SQMStep const* step = frame.begin;
 #if QUMEL_STEPS_RETURN
     while (step != nullptr) step = step->function(step, frame, frame.carried);
 #else
     step->function(step, frame, 0.0);
 #endif
-    position = frame.position;
-    return frame.status;
   }
 
   /** Hands the values of the last run to operators that were compiled anew. */
@@ -49,7 +48,7 @@ class CQMDetachedProgram {
 
  private:
   CQMDetachedProgram() = default;
-  static std::uint64_t SignatureOf(std::span<CQMDatum* const> names);
+  static std::uint64_t SignatureOf(CQMItemList const& items);
 
   std::vector<SQMStep> m_steps;
   std::vector<SQMSlot> m_slots;

@@ -27,50 +27,60 @@ CQMExpression::CQMExpression(CQMOperatorContext& context) : m_context(context) {
 
 CQMExpression::~CQMExpression() {
   ReleaseCompilation();
-  ReleaseReferences();
-  m_localsByName.clear();
+  ReleaseReferences(m_references);
 }
 
 // ---- compiling ----
 
 long CQMExpression::SetParsedExpression(CQMItemList items, bool optimize) {
+  ReleaseCompilation();
   m_definition.reset();
-  m_items = std::move(items);
+  m_ownItems = std::make_unique<CQMItemList>(std::move(items));
+  m_items = m_ownItems.get();
   return Compile({}, optimize);
+}
+
+long CQMExpression::SetConvertedExpression(std::unique_ptr<SQMCompilation> converted) {
+  ReleaseCompilation();
+  m_compilation = std::move(converted);
+  m_items = &m_compilation->items;
+  return Compile({}, false);
 }
 
 long CQMExpression::SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                                         std::span<CQMDatum* const> parameters, bool optimize) {
+  ReleaseCompilation();
   m_definition = std::move(definition);
   SQMOperatorBody const* const body = m_definition != nullptr ? m_definition->GetBody() : nullptr;
-  m_items = body != nullptr ? body->items.Kept() : CQMItemList();
+  m_items = body != nullptr ? &body->items : nullptr;
   return Compile(parameters, optimize);
 }
 
 long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters) {
+  ReleaseCompilation();
   m_original = &original;
   m_definition = original.m_definition;
   m_definitions = original.m_definitions;
-  m_items = original.m_items.Kept();
+  m_items = original.m_items;
   return Compile(parameters, original.m_isOptimized);
 }
 
+/** Nothing of an earlier compilation is left by now. */
 long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize) {
-  ReleaseCompilation();
-  ReleaseReferences();
+  ReleaseReferences(m_references);
   m_detached.reset();
   m_isOptimized = optimize;
   m_complexMode = false;
-  long const code = CompileText(parameters);
+  long const code = CompileItems(parameters);
   // a setting that was made since has no part in a copy
   bool const isForced = m_original == nullptr && m_context.GetForceComplexResults();
   if (m_complexMode || isForced) EnterComplexMode();
   return code;
 }
 
-/** From the text to the program. */
-long CQMExpression::CompileText(std::span<CQMDatum* const> parameters) {
-  m_compilation = m_context.TakeCompilation();
+/** From the items to the program. */
+long CQMExpression::CompileItems(std::span<CQMDatum* const> parameters) {
+  if (m_compilation == nullptr) m_compilation = m_context.TakeCompilation();
   m_promotionsBeforeRun = m_promotions = CQMDatum::GetPromotionCount();
   m_promotedWithinRun = EQMPromoted::Nothing;
   m_errorState = Error::None;
@@ -93,15 +103,17 @@ void CQMExpression::ReleaseCompilation() {
   m_stopPosition = kNoPosition;
   m_copies.clear();  // first: they stand on what follows
   m_parameters = {};
-  if (m_compilation != nullptr) m_context.GiveBack(std::move(m_compilation));
+  if (m_compilation == nullptr) return;
+  ReleaseReferences(m_compilation->references);
+  m_context.GiveBack(std::move(m_compilation));
 }
 
-void CQMExpression::ReleaseReferences() {
-  for (CQMDatum* symbol : m_references) {
+void CQMExpression::ReleaseReferences(std::vector<CQMDatum*>& references) {
+  for (CQMDatum* symbol : references) {
     if (symbol != nullptr)
       symbol->ReleaseRef();  // a place stays empty when memory runs out before its symbol
   }
-  m_references.clear();
+  references.clear();
 }
 
 void CQMExpression::EnterComplexMode() {
@@ -125,26 +137,30 @@ void CQMExpression::Detach() {
   // Names of the expression itself may be of any type when it is compiled again, those in tables are what a
   // text finds there.
   bool const mayBe = m_runnable && !m_complexMode && m_definition == nullptr && m_original == nullptr &&
-                     m_locals.empty() && m_compilation->names.empty() && Program().IsQuiet();
+                     m_locals == nullptr && m_compilation->names.empty() && Program().IsQuiet();
   CQMDatum* const result = GetResultDatum();
-  if (!mayBe || result == nullptr) return;
-  auto detached = CQMDetachedProgram::Make(m_compilation->operators, *this, *result, m_compilation->operands);
+  if (!mayBe || result == nullptr || m_ownItems == nullptr) return;
+  std::unique_ptr<CQMDetachedProgram> detached =
+      CQMDetachedProgram::Make(m_compilation->operators, *this, *result);
   if (detached == nullptr) return;
-  std::vector<CQMDatum*> names(m_compilation->operands);
-  for (CQMDatum*& name : names) {
-    if (name != nullptr && name->GetOwningExpression() == this) name = nullptr;
+  auto operand = m_compilation->operands.begin();
+  for (SQMItem& item : m_ownItems->GetItems()) {
+    if (item.kind == EQMItem::Name) item.bound = *operand;
+    if (IsOperand(item)) ++operand;
   }
-  m_boundNames = std::move(names);
+  if (!m_compilation->references.empty()) m_references = m_compilation->references;
+  m_compilation->references.clear();
+  detached->Sign(*m_ownItems);
   m_detached = std::move(detached);
   m_context.GiveBack(std::move(m_compilation));
 }
 
-/** Compiles the text of a detached expression once more, with its names bound as they were. Without memory
+/** Compiles the items of a detached expression once more, with its names bound as they were. Without memory
  * for that, or with variables that its operators refuse now, it stays as it is. */
 long CQMExpression::Restore() {
   long code = Error::None;
   try {
-    code = CompileText({});
+    code = CompileItems({});
   } catch (...) {
     GiveUpRestoring();
     throw;
@@ -154,23 +170,23 @@ long CQMExpression::Restore() {
 }
 
 void CQMExpression::GiveUpRestoring() {
-  if (m_compilation != nullptr) m_context.GiveBack(std::move(m_compilation));
+  ReleaseCompilation();
   m_errorState = Error::None;
   m_complexMode = false;
   m_runnable = true;
 }
 
 long CQMExpression::ResolveDetached() {
-  if (!m_detached->IsCurrent() && !m_detached->RemainsCurrent(m_boundNames)) {
+  if (!m_detached->IsCurrent() && !m_detached->RemainsCurrent(*m_ownItems)) {
     if (long const code = Restore(); code != Error::None) return code;
     m_detached.reset();
     if (m_complexMode) EnterComplexMode();
     Detach();
     return Resolve();
   }
-  long position = 0;
-  long const status = m_detached->Run(m_context.GetAngleFactorToRadians(), position);
-  return status == Status::NeedsComplex ? ContinueInComplex(position) : status;
+  SQMFrame frame(m_detached->Begin());
+  m_detached->Run(frame, m_context.GetAngleFactorToRadians());
+  return FollowNumericProgram(frame.status, frame.position);
 }
 
 /** Goes on from the operator that asked for complex evaluation, with the values that the others have. */
@@ -204,14 +220,9 @@ EQMDataType CQMExpression::GetNextNumericSymbolDataType() {
 }
 
 void CQMExpression::AddSymbol(std::unique_ptr<CQMDatum> symbol) {
-  CQMDatum* const added = m_locals.emplace_back(std::move(symbol)).get();
-  m_localsByName.try_emplace(added->Name(), added);
-}
-
-CQMDatum* CQMExpression::GetSymbol(std::string_view name) const {
-  if (m_localsByName.empty()) return nullptr;
-  auto const found = m_localsByName.find(name);
-  return found != m_localsByName.end() ? found->second : nullptr;
+  if (m_locals == nullptr) m_locals = std::make_unique<SQMLocals>();
+  CQMDatum* const added = m_locals->symbols.emplace_back(std::move(symbol)).get();
+  m_locals->byName.try_emplace(added->Name(), added);
 }
 
 long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
@@ -248,13 +259,13 @@ long CQMExpression::ConfirmSymbol(CQMDatum* datum) {
 
 long CQMExpression::EnterTableSymbol(CQMSymbolTable& table, char scope, CQMDatum& datum, CQMDatum*& known) {
   while ((known = ReserveTableSymbol(table, datum.Name())) == nullptr) {
-    m_references.push_back(&datum);
+    m_compilation->references.push_back(&datum);
     // before another thread can find the symbol, and delete it
     SettleSymbol(datum, scope);
     datum.ReserveRef();
     long const code = table.AddNewSymbol(datum);
     if (code == Error::None) break;
-    m_references.pop_back();
+    m_compilation->references.pop_back();
     datum.ReleaseRef();
     datum.SetPending(true);
     datum.SetTemporary(true);

@@ -40,6 +40,8 @@ class CQMExpression : public CQMLinkedObject {
   // ---- compiling ----
   /** Replaces what was compiled before, and keeps the items. Returns the error state. */
   long SetParsedExpression(CQMItemList items, bool optimize);
+  /** Compiles the items of converted once, with the memory that it brings along. */
+  long SetConvertedExpression(std::unique_ptr<SQMCompilation> converted);
   /** Compiles the body of a host's operator; its parameter names stand for the datums of parameters. */
   long SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                            std::span<CQMDatum* const> parameters, bool optimize);
@@ -47,9 +49,7 @@ class CQMExpression : public CQMLinkedObject {
    * and intermediate results of its own, and shares everything else with its original, which outlives it. */
   long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
   /** The postfix text of the items. */
-  std::string GetParsedText() const { return m_items.GetPostfix(); }
-  /** Hands over the items, and their memory: what is compiled goes on without them. */
-  CQMItemList ReleaseItems() { return std::move(m_items); }
+  std::string GetParsedText() const { return m_items != nullptr ? m_items->GetPostfix() : std::string(); }
   /** After compiling: lets go of what the program can do without, if it can: of most expressions on numbers
    * only the steps and their values are left. What goes is made again when a run asks for it. */
   void Detach();
@@ -65,7 +65,9 @@ class CQMExpression : public CQMLinkedObject {
   /** Number, or Complex after the complex word; uses the one-shot complexity up. */
   EQMDataType GetNextNumericSymbolDataType();
   void AddSymbol(std::unique_ptr<CQMDatum> symbol);
-  CQMDatum* GetSymbol(std::string_view name) const;
+  CQMDatum* GetSymbol(std::string_view name) const {
+    return m_locals != nullptr ? m_locals->Find(name) : nullptr;
+  }
   bool OwnsSymbol(CQMDatum const& symbol) const { return GetSymbol(symbol.Name()) == &symbol; }
   /** Places a pending name in the table that the next symbol scope, or the context's default scope, names.
    * Returns 0 or the table's error. Does nothing for a datum that is not pending. */
@@ -76,6 +78,15 @@ class CQMExpression : public CQMLinkedObject {
    * kept for later runs. One that cannot be compiled says so when it is to run. */
   CQMExpression& ForNewRun() { return m_isRunning ? CopyForNewRun() : *this; }
   long Resolve();
+  /** The program of a detached expression that can run as it stands and comes to a number; null otherwise. */
+  CQMDetachedProgram* GetNumericProgram() const {
+    CQMDetachedProgram* const program = m_detached.get();
+    return program != nullptr && program->IsCurrent() && program->HasNumber() ? program : nullptr;
+  }
+  /** Goes on where a run of that program ended. */
+  long FollowNumericProgram(long status, long position) {
+    return status == Status::NeedsComplex ? ContinueInComplex(position) : status;
+  }
   /** The result of the last run. Texts live until the next run and as long as the expression. */
   SQMResultView GetResult() const;
   /** The datum that holds it, or null; not of a detached expression. It lives as long as the expression. */
@@ -108,10 +119,18 @@ class CQMExpression : public CQMLinkedObject {
   bool HasPassedByOpeners() const { return !m_compilation->blocksToReset.empty(); }
 
  private:
+  struct SQMLocals {
+    std::vector<std::unique_ptr<CQMDatum>> symbols;
+    std::unordered_map<std::string_view, CQMDatum*> byName;
+    CQMDatum* Find(std::string_view name) const {
+      auto const found = byName.find(name);
+      return found != byName.end() ? found->second : nullptr;
+    }
+  };
   using SQMWorkItem = SQMCompilation::SQMWorkItem;
 
   long Compile(std::span<CQMDatum* const> parameters, bool optimize);
-  long CompileText(std::span<CQMDatum* const> parameters);
+  long CompileItems(std::span<CQMDatum* const> parameters);
   long Restore();
   void GiveUpRestoring();
   long ResolveDetached();
@@ -125,7 +144,7 @@ class CQMExpression : public CQMLinkedObject {
   CQMOperator* MakeOperatorAt(long index, long id);
   CQMDatum* ReadNumber(SQMItem const& item);
   CQMDatum* ReadString(std::string_view text);
-  CQMDatum* ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters);
+  CQMDatum* ReadSymbol(SQMItem const& item, std::span<CQMDatum* const> parameters);
   CQMDatum* MakeTemporary();
   CQMDatum* FindParameter(std::string_view name, std::span<CQMDatum* const> parameters) const;
   /** The symbol, with a reference that this expression gives back; null where the table has none. */
@@ -135,7 +154,7 @@ class CQMExpression : public CQMLinkedObject {
    * symbol instead. */
   long EnterTableSymbol(CQMSymbolTable& table, char scope, CQMDatum& datum, CQMDatum*& known);
   void ReleaseCompilation();
-  void ReleaseReferences();
+  static void ReleaseReferences(std::vector<CQMDatum*>& references);
   // verifying, optimising, finalising, linking (expression_verification.cpp, linking.cpp)
   long Verify(long first);
   long VerifyOperator(long index, bool finalPass, bool& askAgain, bool& progress);
@@ -170,16 +189,15 @@ class CQMExpression : public CQMLinkedObject {
   char m_nextScope = Scope::kDefault;
   char m_nextComplexity = Complexity::kDefault;
 
-  CQMItemList m_items;
+  CQMItemList const* m_items = nullptr;     // here, of a definition, of the original, or of the compilation
+  std::unique_ptr<CQMItemList> m_ownItems;  // of a detached expression with its names bound
+  std::unique_ptr<SQMLocals> m_locals;
+  std::unique_ptr<SQMCompilation> m_compilation;   // null before the first, and of a detached expression
+  std::unique_ptr<CQMDetachedProgram> m_detached;  // what is left of a detached one
+  std::vector<CQMDatum*> m_references;             // of a detached one, to table symbols
   std::shared_ptr<SQMOperatorDefinition const> m_definition;
   CQMExpression* m_original = nullptr;                     // of a copy
   std::shared_ptr<CQMReachableDefinitions> m_definitions;  // made with the first host operator
-  std::vector<std::unique_ptr<CQMDatum>> m_locals;
-  std::unordered_map<std::string_view, CQMDatum*> m_localsByName;
-  std::vector<CQMDatum*> m_references;             // table symbols that this expression holds a reference on
-  std::unique_ptr<SQMCompilation> m_compilation;   // null before the first, and of a detached expression
-  std::unique_ptr<CQMDetachedProgram> m_detached;  // what is left of a detached one
-  std::vector<CQMDatum*> m_boundNames;  // of a detached one: its operands, null where they are gone
   std::vector<std::unique_ptr<CQMExpression>> m_copies;
   // what tells whether variables became complex
   std::span<CQMDatum* const> m_parameters;

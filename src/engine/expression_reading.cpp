@@ -15,14 +15,15 @@ long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
     m_compilation->operands.push_back(operand);
     if (operand != nullptr) stack.push_back({operand, GetOperatorCount()});
   };
-  for (SQMItem const& item : m_items.GetItems()) {
+  if (m_items == nullptr) return Error::None;
+  for (SQMItem const& item : m_items->GetItems()) {
     switch (item.kind) {
       case EQMItem::Operator:
         if (long const code = ReadOperator(item); code != Error::None) return Fail(code);
         break;
       case EQMItem::Number: push(ReadNumber(item)); break;
-      case EQMItem::String: push(ReadString(m_items.Characters(item))); break;
-      case EQMItem::Name: push(ReadSymbol(m_items.Characters(item), parameters)); break;
+      case EQMItem::String: push(ReadString(m_items->Characters(item))); break;
+      case EQMItem::Name: push(ReadSymbol(item, parameters)); break;
       case EQMItem::MarkedOperator: push(nullptr); break;
       case EQMItem::End:
         if (!operators.empty()) operators.back()->SetEndsStatement(true);
@@ -49,6 +50,7 @@ long CQMExpression::ReadOperator(SQMItem const& item) {
   op.SetExpression(this);
   m_compilation->operators.push_back(made);
   m_compilation->verification.unverified.push_back(index);
+  m_compilation->hasControlWords |= IsControlWord(id);
 
   // more operands than there are could never be filled; the slot left over tells verification that one is
   // missing
@@ -112,11 +114,11 @@ CQMDatum* CQMExpression::ReadString(std::string_view text) {
   return datum;
 }
 
-CQMDatum* CQMExpression::ReadSymbol(std::string_view name, std::span<CQMDatum* const> parameters) {
+CQMDatum* CQMExpression::ReadSymbol(SQMItem const& item, std::span<CQMDatum* const> parameters) {
+  if (m_detached != nullptr) return static_cast<CQMDatum*>(item.bound);
+  std::string_view const name = m_items->Characters(item);
   if (CQMDatum* const parameter = FindParameter(name, parameters); parameter != nullptr) return parameter;
-  std::size_t const index = m_compilation->operands.size();
-  if (m_detached != nullptr) return m_boundNames[index];
-  if (m_original != nullptr) return m_original->m_compilation->operands[index];
+  if (m_original != nullptr) return m_original->m_compilation->operands[m_compilation->operands.size()];
   if (CQMDatum* const local = GetSymbol(name); local != nullptr) return local;
   if (CQMDatum* const symbol = FindTableSymbol(name); symbol != nullptr) return symbol;
   auto datum = std::make_unique<CQMDatum>();
@@ -138,10 +140,11 @@ CQMDatum* CQMExpression::FindParameter(std::string_view name, std::span<CQMDatum
 }
 
 CQMDatum* CQMExpression::ReserveTableSymbol(CQMSymbolTable& table, std::string_view name) {
-  m_references.push_back(nullptr);  // the place first: a reference once taken is never lost
-  m_references.back() = static_cast<CQMDatum*>(table.ReserveSymbol(name, true));
-  CQMDatum* const found = m_references.back();
-  if (found == nullptr) m_references.pop_back();
+  std::vector<CQMDatum*>& references = m_compilation->references;
+  references.push_back(nullptr);  // the place first: a reference once taken is never lost
+  references.back() = static_cast<CQMDatum*>(table.ReserveSymbol(name, true));
+  CQMDatum* const found = references.back();
+  if (found == nullptr) references.pop_back();
   return found;
 }
 

@@ -38,9 +38,15 @@ bool HasOperand(CQMOperator const& op, bool (*test)(CQMDatum const&)) {
 // that decides.
 long CQMExpression::Verify(long first) {
   auto& [unverified, work, signatures] = m_compilation->verification;
-  auto const begin = std::lower_bound(unverified.begin(), unverified.end(), first);
-  work.assign(begin, unverified.end());
-  unverified.erase(begin, unverified.end());
+  if (unverified.empty()) return Error::None;
+  if (first == 0) {
+    work.swap(unverified);
+    unverified.clear();
+  } else {
+    auto const begin = std::lower_bound(unverified.begin(), unverified.end(), first);
+    work.assign(begin, unverified.end());
+    unverified.erase(begin, unverified.end());
+  }
   signatures.assign(work.size(), 0);
   std::span<CQMOperator* const> const operators = m_compilation->operators;
   bool const declares = std::any_of(work.begin(), work.end(), [this](long index) {
@@ -51,8 +57,8 @@ long CQMExpression::Verify(long first) {
     bool progress = false;
     for (std::size_t i = 0; i < work.size(); ++i) {
       auto const position = static_cast<std::size_t>(work[i]);
-      std::size_t const signature = OperandSignature(*operators[position]);
-      if (operators[position]->IsVerified() && signatures[i] == signature) continue;
+      if (operators[position]->IsVerified() && signatures[i] == OperandSignature(*operators[position]))
+        continue;
       if (long const code = VerifyOperator(work[i], finalPass, askAgain, progress); code != Error::None) {
         return Fail(code);
       }

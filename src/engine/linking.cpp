@@ -255,6 +255,7 @@ long CQMLinker::FirstOfOperands(long position) const {
 }  // namespace
 
 long CQMExpression::Link() {
+  if (!m_compilation->hasControlWords) return Error::None;
   CQMLinker linker(m_compilation->operators, m_compilation->arena);
   if (long const code = linker.Link(); code != Error::None) return Fail(code);
   linker.FindBlocksToReset(m_compilation->blocksToReset);

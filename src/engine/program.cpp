@@ -41,6 +41,8 @@ SQMStep const* RunEnd(SQMStep const* step, SQMFrame& frame, double) {
   return nullptr;
 }
 
+SQMStep const* RunDetachedEnd(SQMStep const*, SQMFrame&, double) { return nullptr; }
+
 SQMStep const* RunNothing(SQMStep const* step, SQMFrame& frame, double) { return GoOn(step + 1, frame, 0.0); }
 
 SQMStep const* Refuse(SQMStep const* step, SQMFrame& frame, long status) {
@@ -95,7 +97,7 @@ bool CQMStepMaker::MakeAll() {
     step.function = m_way == EQMWay::Complex ? ways.inComplex : ways.inReal;
   }
   m_steps.back() = {};
-  m_steps.back().function = &RunEnd;
+  m_steps.back().function = IsDetached() ? &RunDetachedEnd : &RunEnd;
   return isQuiet;
 }
 
@@ -212,7 +214,9 @@ void CQMProgram::Remake() {
 long CQMProgram::Run(long& position) {
   Refresh();
   m_toRadians = m_expression->GetContext().GetAngleFactorToRadians();
-  SQMFrame frame{m_steps.data(), this, m_expression};
+  SQMFrame frame(m_steps.data());
+  frame.program = this;
+  frame.expression = m_expression;
   SQMStep const* step = frame.begin + position;  // never beyond the step of the end
 #if QUMEL_STEPS_RETURN
   while (step != nullptr) step = step->function(step, frame, frame.carried);

@@ -27,11 +27,14 @@ struct SQMStep;
 
 /** One run of a program. */
 struct SQMFrame {
-  SQMStep const* begin;  // of the steps; a step's distance from it is the position of its operator
+  explicit SQMFrame(SQMStep const* first) : begin(first) {}
+
+  SQMStep const* begin;       // of the steps; a step's distance from it is the position of its operator
+  long status = Error::None;  // why the run ended
+  long position;              // of the operator that ended it, or to go on with
+  // of runs that may work on datums
   CQMProgram* program;
   CQMExpression* expression;
-  long status = Error::None;  // why the run ended
-  long position = 0;          // of the operator that ended it, or to go on with
 #if QUMEL_STEPS_RETURN
   double carried = 0.0;  // from the step that has returned to the next
 #endif
@@ -122,8 +125,9 @@ SQMStep const* RefuseCarried(SQMStep const* step, SQMFrame& frame, double carrie
 
 /** The step of words that have done their work when they were verified. */
 SQMStep const* RunNothing(SQMStep const* step, SQMFrame& frame, double carried);
-/** The step behind the last one. */
+/** The step behind the last one; the other is for runs whose end has no position. */
 SQMStep const* RunEnd(SQMStep const* step, SQMFrame& frame, double carried);
+SQMStep const* RunDetachedEnd(SQMStep const* step, SQMFrame& frame, double carried);
 
 template <bool isCarried>
 SQMStep const* RefuseStep(SQMStep const* step, SQMFrame& frame, double carried, long status) {
