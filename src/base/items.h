@@ -67,7 +67,8 @@ class CQMItemList {
 
   /** Begins anew. Throws bad_alloc for a text whose places do not fit into items. */
   void Begin(std::string_view text, EQMSource source);
-  void Add(SQMItem const& item) { m_items.push_back(item); }
+  SQMItem& Add(EQMItem kind, SQMStretch place) { return m_items.emplace_back(kind, place); }
+  void Clear() { m_items.clear(); }
   /** Where text stands, which is part of the text of the items. */
   SQMStretch PlaceOf(std::string_view text) const;
   /** Keeps characters that stand in no text: those added from here on, until they are put into an item. */
@@ -75,6 +76,8 @@ class CQMItemList {
   SQMStretch PooledSince(std::size_t poolSize) const;
 
   Items GetItems() const { return m_items; }
+  std::span<SQMItem> EditItems() { return m_items; }
+  std::size_t Count() const { return m_items.size(); }
   /** As it is written where the item was read. */
   std::string_view Written(SQMItem const& item) const { return At(item.place); }
   /** Of a name or a string. */

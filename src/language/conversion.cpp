@@ -1,4 +1,4 @@
-// Infix text to postfix items: operands, operators by binding strength, parentheses, implied multiplication.
+// Infix text to items: operands, operators by binding strength, parentheses, implied multiplication.
 #include "language/conversion.h"
 
 #include <algorithm>
@@ -14,13 +14,19 @@ namespace {
 
 constexpr std::string_view kMultiplicationToken = "_*";
 
-/** Places count in half characters: a multiplication that is not written stands in front of the token that
- * follows it. */
-constexpr std::size_t PlaceAt(SQMToken const& token) { return 2 * token.begin + 1; }
-constexpr std::size_t PlaceInFrontOf(SQMToken const& token) { return 2 * token.begin; }
-constexpr std::size_t PositionOf(std::size_t place) { return place / 2; }
+/** Places are compared in half characters: a multiplication that is not written stands in front of the token
+ * that follows it. */
+constexpr std::uint64_t OrderOf(SQMItem const& item) {
+  return 2 * std::uint64_t{item.place.start} + (item.place.length > 0 ? 1 : 0);
+}
 
 constexpr bool IsMarked(EQMFix fix) { return fix == EQMFix::MarkedPrefix || fix == EQMFix::MarkedPostfix; }
+
+bool TakesList(CQMOpInfo const& info) {
+  return info.HasVariableOperands() &&
+         (info.fix == EQMFix::Prefix || info.fix == EQMFix::Infix || info.fix == EQMFix::Postfix);
+}
+
 /** Whether the operand at index among the count of an operator may stand on that side of it. */
 bool MayStand(CQMOpInfo const& info, std::int32_t index, std::int32_t count, bool isOnLeft) {
   bool const isFirst = index == 0, isLast = index + 1 == count;
@@ -34,63 +40,48 @@ bool MayStand(CQMOpInfo const& info, std::int32_t index, std::int32_t count, boo
   }
 }
 
-bool TakesList(CQMOpInfo const& info) {
-  return info.HasVariableOperands() &&
-         (info.fix == EQMFix::Prefix || info.fix == EQMFix::Infix || info.fix == EQMFix::Postfix);
-}
-
 }  // namespace
 
 long CQMConversion::Run(std::string_view text, CQMItemList& items) {
-  m_text = text;
   m_items = &items;
-  m_output.clear();
+  m_rows.clear();
+  m_lists.clear();
   m_pending.clear();
   m_levels.clear();
-  m_held.clear();
   m_lastClass = EQMItemClass::End;
-  if (m_rules.impliedMultiplication) m_multiplication = m_search.Find(kMultiplicationToken);
   CQMTokenizer tokenizer(text, m_rules);
   long code = Convert(tokenizer);
   m_position = tokenizer.GetPosition();
-  if (code == Error::None && !m_levels.empty()) code = Error::MissingRightParen;
-  if (SQMOutput const* const output = code == Error::None ? FindWrongSided() : nullptr; output != nullptr) {
-    code = Error::NotEnoughOperands;
-    m_position = PositionOf(output->place);
-  }
-  if (code == Error::None) {
-    for (SQMOutput const& output : m_output) {
-      if (!output.isListMark) items.Add(output.item);
-    }
-  }
-  m_multiplication = {};
+  if (code == Error::None) code = Settle(text);
+  if (code != Error::None) items.Clear();
   m_held.clear();
   return code;
 }
 
 // text = {token}, read with one token of look-ahead
 long CQMConversion::Convert(CQMTokenizer& tokenizer) {
-  SQMReadToken token;
-  if (long const code = Read(tokenizer, token); code != Error::None) return code;
-  if (token.itemClass == EQMItemClass::End) return Error::None;
-  while (token.itemClass != EQMItemClass::End) {
-    SQMReadToken next;
-    if (long const code = Read(tokenizer, next); code != Error::None) return code;
-    if (long const code = Add(token, next.itemClass); code != Error::None) return code;
-    if (long const code = InsertMultiplication(token, next); code != Error::None) return code;
-    token = std::move(next);
+  SQMReadToken tokens[2];
+  SQMReadToken *token = &tokens[0], *next = &tokens[1];
+  if (long const code = Read(tokenizer, *token); code != Error::None) return code;
+  if (token->itemClass == EQMItemClass::End) return Error::None;
+  for (; token->itemClass != EQMItemClass::End; std::swap(token, next)) {
+    if (long const code = Read(tokenizer, *next); code != Error::None) return code;
+    if (long const code = Add(*token, next->itemClass); code != Error::None) return code;
+    if (!m_rules.impliedMultiplication || !EndsFactor(token->itemClass, token->rows) ||
+        !BeginsFactor(next->itemClass, next->rows))
+      continue;
+    if (long const code = InsertMultiplication(*next); code != Error::None) return code;
   }
-  EndText();
-  CountOperands();
-  return LeavesTooMuch() ? Error::TooManyOperands : Error::None;
+  EndText(*token);
+  return Error::None;
 }
 
 long CQMConversion::Read(CQMTokenizer& tokenizer, SQMReadToken& token) const {
-  static_cast<SQMToken&>(token) = tokenizer.Next();
+  tokenizer.Next(token);
   if (token.isOpen) return Error::UnknownToken;
   bool const isSign = token.itemClass == EQMItemClass::Operator;
   if (!isSign && token.itemClass != EQMItemClass::Name) return Error::None;
-  token.rows = m_search.Find(token.text);
+  token.rows = m_search.Find(token.written);
   if (token.rows.IsOperator()) token.itemClass = EQMItemClass::Operator;
   return isSign && !token.rows.IsOperator() ? Error::UnknownOperator : Error::None;
 }
@@ -103,72 +94,60 @@ long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
     case EQMItemClass::CloseBracket: return CloseParen(token.itemClass);
     case EQMItemClass::Comma: AddComma(); return Error::None;
     case EQMItemClass::Number: AddNumber(token); return Error::None;
-    case EQMItemClass::Name: AddOperand(SQMItem(EQMItem::Name), token); return Error::None;
+    case EQMItemClass::Name: AddOperand(EQMItem::Name, token); return Error::None;
     case EQMItemClass::String: AddString(token); return Error::None;
     case EQMItemClass::Operator: {
-      long const code = AddOperator(token.rows, PlaceAt(token), PlaceOf(token), next);
-      if (code == Error::None && token.text == "[") OpenParen(EQMItemClass::CloseBracket);
+      long const code = AddOperator(token.rows, m_items->PlaceOf(token.written), next);
+      if (code == Error::None && token.written.front() == '[') OpenParen(EQMItemClass::CloseBracket);
       return code;
     }
     default: return Error::UnknownToken;
   }
 }
 
-long CQMConversion::InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next) {
-  if (!m_rules.impliedMultiplication) return Error::None;
-  bool const multiplies = EndsFactor(token.itemClass, token.rows) && BeginsFactor(next.itemClass, next.rows);
-  if (!multiplies) return Error::None;
-  SQMStretch const nowhere = {PlaceOf(next).start, 0};
-  return AddOperator(m_multiplication, PlaceInFrontOf(next), nowhere, next.itemClass);
+/** In front of next. */
+long CQMConversion::InsertMultiplication(SQMReadToken const& next) {
+  SQMStretch const place{m_items->PlaceOf(next.written).start, 0};
+  return AddOperator(m_search.Find(kMultiplicationToken), place, next.itemClass);
 }
 
-SQMStretch CQMConversion::PlaceOf(SQMToken const& token) const {
-  return m_items->PlaceOf(m_text.substr(token.begin, token.end - token.begin));
+SQMItem& CQMConversion::AddOperand(EQMItem kind, SQMToken const& token) {
+  m_lastClass = token.itemClass;
+  return m_items->Add(kind, m_items->PlaceOf(token.written));
 }
 
 void CQMConversion::AddNumber(SQMToken const& token) {
-  m_literal.clear();
-  AppendLiteral(token.text, m_literal);
-  auto const [value, isInteger] = LiteralToNumber(m_literal);
-  SQMItem item(EQMItem::Number);
-  item.isInteger = isInteger;
+  auto const [value, isInteger] = ReadLiteral(token.written);
+  SQMItem& item = AddOperand(EQMItem::Number, token);
   item.number = value;
-  AddOperand(item, token);
+  item.isInteger = isInteger;
 }
 
 void CQMConversion::AddString(SQMToken const& token) {
-  SQMItem item(EQMItem::String);
-  if (HasEscapes(token.text)) {
+  SQMItem& item = AddOperand(EQMItem::String, token);
+  if (token.hasEscapes) {
     std::size_t const begin = m_items->Pool().size();
-    AppendUnescaped(token.text, m_items->Pool());
+    AppendUnescaped(token.Quoted(), m_items->Pool());
     item.characters = m_items->PooledSince(begin);
   } else {
-    item.characters = m_items->PlaceOf(token.text);
+    item.characters = m_items->PlaceOf(token.Quoted());
   }
-  AddOperand(item, token);
 }
 
-void CQMConversion::AddOperand(SQMItem const& item, SQMToken const& token) {
-  m_output.push_back({item, nullptr, PlaceAt(token)});
-  m_output.back().item.place = PlaceOf(token);
-  m_lastClass = token.itemClass;
-}
-
-long CQMConversion::AddOperator(SQMOperatorToken const& rows, std::size_t place, SQMStretch written,
-                                EQMItemClass next) {
-  SQMFoundOperator const found = CQMOperatorSearch::Choose(rows, m_lastClass, next, m_rules.hierarchical);
-  if (found.info == nullptr) return Error::AddOperatorFailed;
-  CQMOpInfo const& info = *found.info;
-  if (found.info.use_count() != 0) m_held.push_back(found.info);
+long CQMConversion::AddOperator(SQMOperatorToken const& rows, SQMStretch place, EQMItemClass next) {
+  CQMOpInfoRef const* const chosen = CQMOperatorSearch::Choose(rows, m_lastClass, next);
+  if (chosen == nullptr) return Error::AddOperatorFailed;
+  CQMOpInfo const& info = **chosen;
+  if (chosen->use_count() != 0) m_held.push_back(*chosen);
 
   if (LetsGo(info.fix)) UnstackExpression();
-  while (HasPending()) {
+  std::uint32_t const precedence = PrecedenceOf(info, m_rules.hierarchical);
+  for (std::size_t const begin = PendingBegin(); m_pending.size() > begin; ReleasePending()) {
     SQMPending const& pending = m_pending.back();
-    if (BindsTighter(info, found.precedence, *pending.info, pending.precedence)) break;
-    ReleasePending();
+    if (BindsTighter(info, precedence, *pending.info, pending.precedence)) break;
   }
-  if (TakesList(info)) m_output.push_back({SQMItem(), nullptr, place, true});
-  m_pending.push_back({&info, found.precedence, place, written});
+  if (TakesList(info)) m_lists.push_back(m_items->Count());
+  m_pending.push_back({&info, precedence, place});
   m_lastClass = ItemClassOf(info.fix);
   if (ClosesItself(info.fix)) UnstackExpression();
   return Error::None;
@@ -176,27 +155,23 @@ long CQMConversion::AddOperator(SQMOperatorToken const& rows, std::size_t place,
 
 void CQMConversion::ReleasePending() {
   SQMPending const& pending = m_pending.back();
-  SQMItem item(IsMarked(pending.info->fix) ? EQMItem::MarkedOperator : EQMItem::Operator, pending.written);
-  item.id = pending.info->id;
-  m_output.push_back({item, pending.info, pending.place});
+  EQMItem const kind = IsMarked(pending.info->fix) ? EQMItem::MarkedOperator : EQMItem::Operator;
+  m_items->Add(kind, pending.place).id = pending.info->id;
+  m_rows.push_back(pending.info);
   m_pending.pop_back();
 }
 
 void CQMConversion::UnstackExpression() {
-  while (HasPending()) ReleasePending();
+  for (std::size_t const begin = PendingBegin(); m_pending.size() > begin;) ReleasePending();
   m_lastClass = EQMItemClass::Start;
 }
 
 /** Where the comma is the decimal point, the semicolon parts operands. */
 void CQMConversion::AddSeparator(SQMToken const& token) {
-  bool const partsOperands =
-      !m_levels.empty() && m_levels.back().isList && token.text.front() == m_rules.listSeparator;
-  partsOperands ? AddComma() : AddSemicolon(PlaceOf(token));
-}
-
-void CQMConversion::AddSemicolon(SQMStretch written) {
+  if (!m_levels.empty() && m_levels.back().isList && token.written.front() == m_rules.listSeparator)
+    return AddComma();
   UnstackExpression();
-  m_output.push_back({SQMItem(EQMItem::End, written)});
+  m_items->Add(EQMItem::End, m_items->PlaceOf(token.written));
   m_lastClass = EQMItemClass::Separator;
 }
 
@@ -208,7 +183,7 @@ void CQMConversion::AddComma() {
 void CQMConversion::OpenParen(EQMItemClass closedBy) {
   bool const isList = closedBy == EQMItemClass::CloseBracket || m_lastClass == ItemClassOf(EQMFix::Prefix) ||
                       m_lastClass == ItemClassOf(EQMFix::MarkedPrefix);
-  m_levels.push_back({closedBy, isList, m_pending.size(), m_output.size()});
+  m_levels.push_back({closedBy, isList, m_pending.size(), {m_items->Count(), m_rows.size(), m_lists.size()}});
   m_lastClass = EQMItemClass::OpenParen;
 }
 
@@ -222,101 +197,98 @@ long CQMConversion::CloseParen(EQMItemClass closing) {
   return Error::None;
 }
 
-void CQMConversion::EndText() {
+void CQMConversion::EndText(SQMToken const& end) {
   UnstackExpression();
-  if (m_output.size() == LevelBegin() || m_output.back().item.kind != EQMItem::End) {
-    m_output.push_back({SQMItem(EQMItem::End, m_items->PlaceOf(m_text.substr(m_text.size())))});
-  }
+  auto const items = m_items->GetItems();
+  if (items.size() == OutputBegin().items || items.back().kind != EQMItem::End)
+    m_items->Add(EQMItem::End, m_items->PlaceOf(end.written));
 }
 
-// ---- operand counts ----
+// ---- operands ----
 
-/** Where a parenthesis was left open, only what stands behind the innermost one is counted and checked. */
-void CQMConversion::CountOperands() {
-  std::int32_t items = 0;           // not taken by an operator yet
+/** Counts the operands of operators, and checks that they are not too many and stand on the right side. Where
+ * a parenthesis was left open, only what stands behind the innermost one counts. An operand stands where it
+ * begins. What operators take and leave is what the compiler has them take and leave; how many items they are
+ * counted is another matter. */
+long CQMConversion::Settle(std::string_view text) {
+  std::span<SQMItem> const items = m_items->EditItems();
+  SQMExtent const begin = OutputBegin();
+  auto row = m_rows.cbegin() + static_cast<std::ptrdiff_t>(begin.rows);
+  auto list = m_lists.cbegin() + static_cast<std::ptrdiff_t>(begin.lists);
+  SQMItem const* wrongSided = nullptr;
+  std::int64_t total = 0;           // values of the statement
+  std::int32_t count = 0;           // items that no operator took yet
   std::int32_t statementBegin = 0;  // as many items belong to earlier statements
-  std::vector<std::int32_t> lists;  // of each open list of arguments: how many items stand in front of it
-  auto const innermost = [&] { return std::max(statementBegin, lists.empty() ? 0 : lists.back()); };
-  for (std::size_t i = LevelBegin(); i < m_output.size(); ++i) {
-    auto& [item, info, place, isListMark] = m_output[i];
-    if (isListMark) {
-      lists.push_back(items);
-    } else if (item.kind == EQMItem::End) {
-      statementBegin = items;
-    } else if (item.kind == EQMItem::Operator && info->HasVariableOperands()) {
-      std::int32_t const begin = innermost();
-      item.operandCount = items - begin;
-      items = begin;
-      if (!lists.empty()) lists.pop_back();
-      if (info->fix == EQMFix::Infix) {  // its left operand stands in front of the list
+  std::int32_t floor = 0;           // as many cannot be taken
+  m_openLists.clear();
+  auto const setFloor = [&] {
+    floor = m_openLists.empty() ? statementBegin : std::max(statementBegin, m_openLists.back());
+  };
+  if (m_untaken.size() < items.size()) m_untaken.resize(items.size());
+  std::uint64_t* const bottom = m_untaken.data();
+  std::uint64_t* top = bottom;
+  for (std::size_t i = begin.items; i < items.size(); ++i) {
+    for (; list != m_lists.cend() && *list == i; ++list) {
+      m_openLists.push_back(count);
+      setFloor();
+    }
+    SQMItem& item = items[i];
+    if (item.kind == EQMItem::End) {
+      if (total > 1) return Error::TooManyOperands;
+      total = 0;
+      statementBegin = count;
+      setFloor();
+      top = bottom;
+      continue;
+    }
+    if (item.kind != EQMItem::Operator) {
+      if (item.kind == EQMItem::MarkedOperator) {
+        ++row;
+        continue;
+      }
+      ++total;
+      ++count;
+      *top++ = OrderOf(item);
+      continue;
+    }
+    CQMOpInfo const& info = **row++;
+    item.operandCount = info.minOperands;
+    if (info.HasVariableOperands()) {
+      item.operandCount = count - floor;
+      count = floor;
+      if (!m_openLists.empty()) m_openLists.pop_back();
+      setFloor();
+      if (info.fix == EQMFix::Infix) {  // its left operand stands in front of the list
         ++item.operandCount;
-        items = std::max(innermost(), items - 1);
+        count = std::max(floor, count - 1);
       }
-      ++items;
-    } else if (item.kind == EQMItem::Operator) {
-      item.operandCount = info->minOperands;
-      items = std::max(innermost(), items - item.operandCount) + 1;
-    } else if (item.kind != EQMItem::MarkedOperator) {
-      ++items;
+      ++count;
+    } else {
+      count = std::max(floor, count - item.operandCount) + 1;
     }
-  }
-}
+    bool const hasResult = !IsKeywordOperator(item.id) && !IsModeOperator(item.id) &&
+                           item.id != OpId::ArrayIndex && item.id != OpId::Member;
+    total += (hasResult ? 1 : 0) - item.operandCount;
 
-bool CQMConversion::LeavesTooMuch() const {
-  long total = 0;
-  for (std::size_t i = LevelBegin(); i < m_output.size(); ++i) {
-    SQMItem const& item = m_output[i].item;
-    if (m_output[i].isListMark) continue;
-    switch (item.kind) {
-      case EQMItem::MarkedOperator: break;
-      case EQMItem::End:
-        if (total > 1) return true;
-        total = 0;
-        break;
-      case EQMItem::Operator: {
-        long const id = item.id;
-        bool const hasResult =
-            !IsKeywordOperator(id) && !IsModeOperator(id) && id != OpId::ArrayIndex && id != OpId::Member;
-        total += (hasResult ? 1 : 0) - item.operandCount;
-        break;
-      }
-      default: ++total;
+    // which one an infix operator lacks is not known
+    bool const isFree = info.fix == EQMFix::Infix && top - bottom < item.operandCount;
+    std::uint64_t const place = OrderOf(item);
+    std::uint64_t first = place;
+    std::int32_t index = item.operandCount;
+    for (; index > 0 && top != bottom; --index) {
+      std::uint64_t const operand = *--top;
+      if (!isFree && wrongSided == nullptr && !MayStand(info, index - 1, item.operandCount, operand < place))
+        wrongSided = &item;
+      first = std::min(first, operand);
     }
+    bool const handsOn = IsTypeWord(item.id) && index < item.operandCount;
+    if (handsOn || !LeavesNothing(item.id)) *top++ = first;
   }
-  return total > 1;
-}
-
-// ---- sides of operators ----
-
-/** The first operator that would take an operand from the wrong side of it, or null. An operand stands where
- * it begins. What operators take and leave is what the compiler has them take and leave. */
-CQMConversion::SQMOutput const* CQMConversion::FindWrongSided() {
-  std::vector<std::size_t>& operands = m_operandPlaces;
-  operands.clear();
-  for (SQMOutput const& output : m_output) {
-    auto const& [item, info, place, isListMark] = output;
-    if (isListMark) continue;
-    switch (item.kind) {
-      case EQMItem::MarkedOperator: break;
-      case EQMItem::End: operands.clear(); break;
-      case EQMItem::Operator: {
-        // which one an infix operator lacks is not known
-        bool const isFree = info->fix == EQMFix::Infix && std::cmp_less(operands.size(), item.operandCount);
-        std::size_t begin = place;
-        std::int32_t index = item.operandCount;
-        for (; index > 0 && !operands.empty(); --index, operands.pop_back()) {
-          bool const isOnLeft = operands.back() < place;
-          if (!isFree && !MayStand(*info, index - 1, item.operandCount, isOnLeft)) return &output;
-          begin = std::min(begin, operands.back());
-        }
-        bool const handsOn = IsTypeWord(item.id) && index < item.operandCount;
-        if (handsOn || !LeavesNothing(item.id)) operands.push_back(begin);
-        break;
-      }
-      default: operands.push_back(place);
-    }
-  }
-  return nullptr;
+  if (total > 1) return Error::TooManyOperands;
+  if (!m_levels.empty()) return Error::MissingRightParen;
+  if (wrongSided == nullptr) return Error::None;
+  m_position = wrongSided->place.start - m_items->PlaceOf(text).start;
+  return Error::NotEnoughOperands;
 }
 
 }  // namespace qumel

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,31 +24,27 @@ class CQMConversion {
       : m_rules(rules), m_search(search) {}
 
   /** 0 or an error code, and then there are no items. text, which begins and ends with characters that are
-   * not white space, is part of the text of the items. */
+   * not white space, is part of the text of the items, which are new. */
   long Run(std::string_view text, CQMItemList& items);
   /** Where the tokenizer stood when the last run ended, or the operator that would take a wrong operand. */
   std::size_t GetPosition() const { return m_position; }
 
  private:
-  /** An item of the output, or the mark in front of a list of arguments, which is none. */
-  struct SQMOutput {
-    SQMItem item;
-    CQMOpInfo const* info = nullptr;  // of operators
-    std::size_t place = 0;            // of operands and operators: where it stands in the text
-    bool isListMark = false;
-  };
   struct SQMPending {
     CQMOpInfo const* info;
     std::uint32_t precedence;
-    std::size_t place;
-    SQMStretch written;
+    SQMStretch place;
+  };
+  /** How much there is of the output and of what belongs to it. */
+  struct SQMExtent {
+    std::size_t items = 0, rows = 0, lists = 0;
   };
   /** An open parenthesis or bracket: what belongs to the text around it. */
   struct SQMLevel {
     EQMItemClass closedBy;
     bool isList;  // belongs to an operator, whose operands are parted within
     std::size_t pendingCount;
-    std::size_t itemCount;
+    SQMExtent output;
   };
   struct SQMReadToken : SQMToken {
     SQMOperatorToken rows;  // of names and signs
@@ -58,37 +53,32 @@ class CQMConversion {
   long Read(CQMTokenizer& tokenizer, SQMReadToken& token) const;
   long Convert(CQMTokenizer& tokenizer);
   long Add(SQMReadToken const& token, EQMItemClass next);
-  long AddOperator(SQMOperatorToken const& rows, std::size_t place, SQMStretch written, EQMItemClass next);
-  long InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next);
+  long AddOperator(SQMOperatorToken const& rows, SQMStretch place, EQMItemClass next);
+  long InsertMultiplication(SQMReadToken const& next);
+  SQMItem& AddOperand(EQMItem kind, SQMToken const& token);
   void AddNumber(SQMToken const& token);
   void AddString(SQMToken const& token);
-  void AddOperand(SQMItem const& item, SQMToken const& token);
   void AddSeparator(SQMToken const& token);
-  void AddSemicolon(SQMStretch written);
   void AddComma();
   void OpenParen(EQMItemClass closedBy);
   long CloseParen(EQMItemClass closing);
-  bool HasPending() const { return m_pending.size() > (m_levels.empty() ? 0 : m_levels.back().pendingCount); }
-  SQMStretch PlaceOf(SQMToken const& token) const;
+  std::size_t PendingBegin() const { return m_levels.empty() ? 0 : m_levels.back().pendingCount; }
+  SQMExtent OutputBegin() const { return m_levels.empty() ? SQMExtent() : m_levels.back().output; }
   void ReleasePending();
   void UnstackExpression();
-  void EndText();
-  std::size_t LevelBegin() const { return m_levels.empty() ? 0 : m_levels.back().itemCount; }
-  void CountOperands();
-  bool LeavesTooMuch() const;
-  SQMOutput const* FindWrongSided();
+  void EndText(SQMToken const& end);
+  long Settle(std::string_view text);
 
   SQMReadingRules const& m_rules;
   CQMOperatorSearch const& m_search;
-  SQMOperatorToken m_multiplication;  // what implied multiplication inserts
-  std::string_view m_text;
-  CQMItemList* m_items = nullptr;  // of the run
-  std::vector<SQMOutput> m_output;
-  std::string m_literal;
+  CQMItemList* m_items = nullptr;        // the output
+  std::vector<CQMOpInfo const*> m_rows;  // of the operators of the output
+  std::vector<std::size_t> m_lists;      // of lists of arguments: how many items stand in front of each
+  std::vector<CQMOpInfoRef> m_held;      // host's operators in the output, which another thread may delete
   std::vector<SQMPending> m_pending;
   std::vector<SQMLevel> m_levels;
-  std::vector<CQMOpInfoRef> m_held;  // host's operators in the output, which another thread may delete
-  std::vector<std::size_t> m_operandPlaces;  // of those that no operator took yet
+  std::vector<std::int32_t> m_openLists;  // while operands are counted: the same for those not taken yet
+  std::vector<std::uint64_t> m_untaken;   // where the operands stand that no operator took yet
   EQMItemClass m_lastClass = EQMItemClass::End;
   std::size_t m_position = 0;
 };

@@ -1,23 +1,27 @@
 // Which of several operators with one spelling is meant, told by its neighbours.
 #include "language/operator_search.h"
 
+#include <array>
+
 #include "base/operator_ids.h"
-#include "language/standard_operators.h"
 
 namespace qumel {
 
 namespace {
 
-constexpr std::uint8_t kNowhere = 0;
-
-SQMFoundOperator Found(CQMOpInfoRef const& info, bool isShared, bool hierarchical) {
-  if (info == nullptr) return {};
-  bool const keepsPrecedence = hierarchical || (!isShared && IsWordOperator(info->id));
-  return {info, keepsPrecedence ? info->precedence : static_cast<std::uint32_t>(Precedence::Flat)};
-}
-
-/** What operands, parentheses and separators are on either side. */
-std::uint8_t PlainContextOf(EQMItemClass item) {
+/** What an item is for the operator beside it: bits of the context masks, one or more; none for what may not
+ * stand there. */
+constexpr std::uint8_t ContextOf(EQMItemClass item) {
+  switch (static_cast<std::int32_t>(item) - static_cast<std::int32_t>(EQMItemClass::Operator)) {
+    case static_cast<std::int32_t>(EQMFix::Prefix): return ContextBit::kPrefix;
+    case static_cast<std::int32_t>(EQMFix::Infix): return ContextBit::kInfix;
+    case static_cast<std::int32_t>(EQMFix::Postfix): return ContextBit::kPostfix;
+    case static_cast<std::int32_t>(EQMFix::Nofix): return ContextBit::kNofix;
+    case static_cast<std::int32_t>(EQMFix::StatementKeyword):
+    case static_cast<std::int32_t>(EQMFix::BlockKeyword):
+    case static_cast<std::int32_t>(EQMFix::ClosingBlock): return ContextBit::kAnyOperator;
+    default: break;
+  }
   switch (item) {
     case EQMItemClass::Start:
     case EQMItemClass::End:
@@ -31,9 +35,15 @@ std::uint8_t PlainContextOf(EQMItemClass item) {
     case EQMItemClass::Number:
     case EQMItemClass::Name:
     case EQMItemClass::String: return ContextBit::kOperand;
-    default: return kNowhere;
+    default: return 0;
   }
 }
+
+constexpr auto kContexts = [] {
+  std::array<std::uint8_t, static_cast<std::size_t>(EQMItemClass::Unknown) + 1> contexts{};
+  for (std::size_t i = 0; i < contexts.size(); ++i) contexts[i] = ContextOf(static_cast<EQMItemClass>(i));
+  return contexts;
+}();
 
 /** Strings are not multiplied. */
 bool IsFactor(EQMItemClass itemClass) {
@@ -62,25 +72,6 @@ bool BeginsFactor(EQMItemClass itemClass, SQMOperatorToken const& rows) {
          IsSoleOperator(itemClass, rows, EQMFix::Prefix, EQMFix::Nofix);
 }
 
-std::uint8_t LeftContextOf(EQMItemClass previous) {
-  if (previous <= EQMItemClass::Operator) return PlainContextOf(previous);
-  switch (static_cast<EQMFix>(static_cast<std::int32_t>(previous) -
-                              static_cast<std::int32_t>(EQMItemClass::Operator))) {
-    case EQMFix::Prefix: return ContextBit::kPrefix;
-    case EQMFix::Infix: return ContextBit::kInfix;
-    case EQMFix::Postfix: return ContextBit::kPostfix;
-    case EQMFix::Nofix: return ContextBit::kNofix;
-    case EQMFix::StatementKeyword:
-    case EQMFix::BlockKeyword:
-    case EQMFix::ClosingBlock: return ContextBit::kAnyOperator;
-    default: return kNowhere;
-  }
-}
-
-std::uint8_t RightContextOf(EQMItemClass next) {
-  return next == EQMItemClass::Operator ? ContextBit::kAnyOperator : PlainContextOf(next);
-}
-
 CQMOpInfo const* SQMOperatorToken::OnlyRow() const {
   SQMTokenRows const& rows = shared.IsEmpty() ? own : shared;
   if (rows.Count() != 1) return nullptr;
@@ -94,36 +85,28 @@ SQMOperatorToken CQMOperatorSearch::Find(std::string_view token) const {
   return rows;
 }
 
-SQMFoundOperator CQMOperatorSearch::FindFirst(std::string_view token, bool hierarchical) const {
-  for (CQMOperatorList const* list : {m_shared, m_own}) {
-    if (list == nullptr) continue;
-    if (CQMOpInfoRef const info = list->FindByToken(token); info != nullptr) {
-      return Found(info, list == m_shared, hierarchical);
-    }
-  }
-  return {};
+CQMOpInfoRef CQMOperatorSearch::FindFirst(std::string_view token) const {
+  CQMOpInfoRef info = m_shared != nullptr ? m_shared->FindByToken(token) : nullptr;
+  return info == nullptr && m_own != nullptr ? m_own->FindByToken(token) : info;
 }
 
-SQMFoundOperator CQMOperatorSearch::FindById(long id, bool hierarchical) const {
-  for (CQMOperatorList const* list : {m_shared, m_own}) {
-    if (list == nullptr) continue;
-    if (CQMOpInfoRef const info = list->FindById(id); info != nullptr) {
-      return Found(info, list == m_shared, hierarchical);
-    }
-  }
-  return {};
+CQMOpInfoRef CQMOperatorSearch::FindById(long id) const {
+  CQMOpInfoRef info = m_shared != nullptr ? m_shared->FindById(id) : nullptr;
+  return info == nullptr && m_own != nullptr ? m_own->FindById(id) : info;
 }
 
-SQMFoundOperator CQMOperatorSearch::Choose(SQMOperatorToken const& rows, EQMItemClass previous,
-                                           EQMItemClass next, bool hierarchical) {
-  auto const fits = [left = LeftContextOf(previous), right = RightContextOf(next)](CQMOpInfo const& info) {
+CQMOpInfoRef const* CQMOperatorSearch::Choose(SQMOperatorToken const& rows, EQMItemClass previous,
+                                              EQMItemClass next) {
+  std::uint8_t const left = kContexts[static_cast<std::size_t>(previous)];
+  // what follows is no operator that was added
+  std::uint8_t const right = next < EQMItemClass::Operator    ? kContexts[static_cast<std::size_t>(next)]
+                             : next == EQMItemClass::Operator ? ContextBit::kAnyOperator
+                                                              : std::uint8_t{0};
+  auto const fits = [left, right](CQMOpInfo const& info) {
     return (info.leftContext & left) != 0 && (info.rightContext & right) != 0;
   };
-  for (bool const isShared : {true, false}) {
-    CQMOpInfoRef const* const row = (isShared ? rows.shared : rows.own).First(fits);
-    if (row != nullptr) return Found(*row, isShared, hierarchical);
-  }
-  return {};
+  CQMOpInfoRef const* const row = rows.shared.First(fits);
+  return row != nullptr ? row : rows.own.First(fits);
 }
 
 }  // namespace qumel

@@ -8,10 +8,6 @@
 
 namespace qumel {
 
-/** What an operator may be told by its neighbours: bits of the context masks, one or more. */
-std::uint8_t LeftContextOf(EQMItemClass previous);
-std::uint8_t RightContextOf(EQMItemClass next);
-
 /** The class of an operator that was added. */
 constexpr EQMItemClass ItemClassOf(EQMFix fix) {
   return static_cast<EQMItemClass>(static_cast<std::int32_t>(EQMItemClass::Operator) +
@@ -28,11 +24,10 @@ struct SQMOperatorToken {
   CQMOpInfo const* OnlyRow() const;
 };
 
-/** A row that was found, with the precedence that it has under the rules in force. */
-struct SQMFoundOperator {
-  CQMOpInfoRef info;  // null: none
-  std::uint32_t precedence = 0;
-};
+/** The precedence of an operator under the rules in force. */
+inline std::uint32_t PrecedenceOf(CQMOpInfo const& info, bool hierarchical) {
+  return hierarchical ? info.precedence : static_cast<std::uint32_t>(Precedence::Flat);
+}
 
 /** Whether an operator that is read next takes the operand before another one that waits can. */
 inline bool BindsTighter(CQMOpInfo const& next, std::uint32_t nextPrecedence, CQMOpInfo const& waiting,
@@ -62,11 +57,11 @@ class CQMOperatorSearch {
   }
 
   SQMOperatorToken Find(std::string_view token) const;
-  SQMFoundOperator FindFirst(std::string_view token, bool hierarchical) const;
-  SQMFoundOperator FindById(long id, bool hierarchical) const;
-  /** The first row whose masks fit the neighbours. */
-  static SQMFoundOperator Choose(SQMOperatorToken const& rows, EQMItemClass previous, EQMItemClass next,
-                                 bool hierarchical);
+  /** The first row, or null. */
+  CQMOpInfoRef FindFirst(std::string_view token) const;
+  CQMOpInfoRef FindById(long id) const;
+  /** The first row whose masks fit the neighbours, or null. It lives as long as rows. */
+  static CQMOpInfoRef const* Choose(SQMOperatorToken const& rows, EQMItemClass previous, EQMItemClass next);
 
  private:
   CQMOperatorList const* m_shared = nullptr;

@@ -44,9 +44,8 @@ long CQMReversionReader::Add(SQMPostfixItem const& item) {
 SQMReversionOperator const* CQMReversionReader::FindOperator(long id) {
   auto [place, isNew] = m_operators.try_emplace(id);
   if (isNew) {
-    SQMFoundOperator const found = m_search.FindById(id, m_rules.hierarchical);
-    if (found.info != nullptr)
-      place->second = {found.info, found.precedence, m_search.Find(found.info->token)};
+    if (CQMOpInfoRef const info = m_search.FindById(id); info != nullptr)
+      place->second = {info, PrecedenceOf(*info, m_rules.hierarchical), m_search.Find(info->token)};
   }
   return place->second.info != nullptr ? &place->second : nullptr;
 }
