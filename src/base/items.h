@@ -70,13 +70,14 @@ class CQMItemList {
   SQMItem& Add(EQMItem kind, SQMStretch place) { return m_items.emplace_back(kind, place); }
   void Clear() { m_items.clear(); }
   /** Where text stands, which is part of the text of the items. */
-  SQMStretch PlaceOf(std::string_view text) const;
+  SQMStretch PlaceOf(std::string_view text) const {
+    return {static_cast<std::uint32_t>(text.data() - m_text.data()), static_cast<std::uint32_t>(text.size())};
+  }
   /** Keeps characters that stand in no text: those added from here on, until they are put into an item. */
   std::string& Pool() { return m_pool; }
   SQMStretch PooledSince(std::size_t poolSize) const;
 
   Items GetItems() const { return m_items; }
-  std::span<SQMItem> EditItems() { return m_items; }
   std::size_t Count() const { return m_items.size(); }
   /** As it is written where the item was read. */
   std::string_view Written(SQMItem const& item) const { return At(item.place); }

@@ -16,27 +16,30 @@ constexpr std::string_view kMultiplicationToken = "_*";
 
 /** Places are compared in half characters: a multiplication that is not written stands in front of the token
  * that follows it. */
-constexpr std::uint64_t OrderOf(SQMItem const& item) {
-  return 2 * std::uint64_t{item.place.start} + (item.place.length > 0 ? 1 : 0);
-}
+constexpr std::uint32_t OrderOf(SQMStretch place) { return 2 * place.start + (place.length > 0 ? 1 : 0); }
 
 constexpr bool IsMarked(EQMFix fix) { return fix == EQMFix::MarkedPrefix || fix == EQMFix::MarkedPostfix; }
 
-bool TakesList(CQMOpInfo const& info) {
-  return info.HasVariableOperands() &&
-         (info.fix == EQMFix::Prefix || info.fix == EQMFix::Infix || info.fix == EQMFix::Postfix);
+/** How many values an operator of id leaves in its statement. */
+constexpr int ResultsOf(long id) {
+  bool const isWord = IsKeywordOperator(id) || IsModeOperator(id);
+  return isWord || id == OpId::ArrayIndex || id == OpId::Member ? 0 : 1;
 }
 
-/** Whether the operand at index among the count of an operator may stand on that side of it. */
-bool MayStand(CQMOpInfo const& info, std::int32_t index, std::int32_t count, bool isOnLeft) {
-  bool const isFirst = index == 0, isLast = index + 1 == count;
+/** Which operands of an operator must stand on its left, and which on its right: those in front of the first
+ * index, and those from the second one on. */
+struct SQMSides {
+  std::int32_t leftEnd, rightBegin;
+};
+
+SQMSides SidesOf(CQMOpInfo const& info, std::int32_t count) {
   switch (info.fix) {
-    case EQMFix::Prefix: return !isOnLeft;
-    case EQMFix::Postfix: return isOnLeft;
+    case EQMFix::Prefix: return {0, 0};
+    case EQMFix::Postfix: return {count, count};
     case EQMFix::Infix:
-      if (info.HasVariableOperands()) return isOnLeft == isFirst;
-      return isOnLeft ? isFirst || !isLast : isLast || !isFirst;
-    default: return true;
+      if (info.HasVariableOperands()) return {1, 1};
+      return count > 1 ? SQMSides{1, count - 1} : SQMSides{0, count};
+    default: return {0, count};
   }
 }
 
@@ -44,15 +47,18 @@ bool MayStand(CQMOpInfo const& info, std::int32_t index, std::int32_t count, boo
 
 long CQMConversion::Run(std::string_view text, CQMItemList& items) {
   m_items = &items;
-  m_rows.clear();
-  m_lists.clear();
   m_pending.clear();
   m_levels.clear();
   m_lastClass = EQMItemClass::End;
+  m_count = m_statementBegin = m_listBegin = 0;
+  m_values = 0;
+  m_leavesTooMuch = false;
+  m_operands.clear();
+  m_isWrongSided = false;
   CQMTokenizer tokenizer(text, m_rules);
-  long code = Convert(tokenizer);
-  m_position = tokenizer.GetPosition();
-  if (code == Error::None) code = Settle(text);
+  long const code = Convert(tokenizer);
+  m_position =
+      code == Error::NotEnoughOperands ? m_wrongPlace - items.PlaceOf(text).start : tokenizer.GetPosition();
   if (code != Error::None) items.Clear();
   m_held.clear();
   return code;
@@ -67,21 +73,20 @@ long CQMConversion::Convert(CQMTokenizer& tokenizer) {
   for (; token->itemClass != EQMItemClass::End; std::swap(token, next)) {
     if (long const code = Read(tokenizer, *next); code != Error::None) return code;
     if (long const code = Add(*token, next->itemClass); code != Error::None) return code;
-    if (!m_rules.impliedMultiplication || !EndsFactor(token->itemClass, token->rows) ||
-        !BeginsFactor(next->itemClass, next->rows))
-      continue;
+    bool const multiplies = m_rules.impliedMultiplication && EndsFactor(token->itemClass, token->rows) &&
+                            BeginsFactor(next->itemClass, next->rows);
+    if (!multiplies) continue;
     if (long const code = InsertMultiplication(*next); code != Error::None) return code;
   }
-  EndText(*token);
-  return Error::None;
+  return EndText(*token);
 }
 
-long CQMConversion::Read(CQMTokenizer& tokenizer, SQMReadToken& token) const {
+long CQMConversion::Read(CQMTokenizer& tokenizer, SQMReadToken& token) {
   tokenizer.Next(token);
   if (token.isOpen) return Error::UnknownToken;
   bool const isSign = token.itemClass == EQMItemClass::Operator;
   if (!isSign && token.itemClass != EQMItemClass::Name) return Error::None;
-  token.rows = m_search.Find(token.written);
+  token.rows = m_search.Find(token.written, m_held);
   if (token.rows.IsOperator()) token.itemClass = EQMItemClass::Operator;
   return isSign && !token.rows.IsOperator() ? Error::UnknownOperator : Error::None;
 }
@@ -108,12 +113,16 @@ long CQMConversion::Add(SQMReadToken const& token, EQMItemClass next) {
 /** In front of next. */
 long CQMConversion::InsertMultiplication(SQMReadToken const& next) {
   SQMStretch const place{m_items->PlaceOf(next.written).start, 0};
-  return AddOperator(m_search.Find(kMultiplicationToken), place, next.itemClass);
+  return AddOperator(m_search.Find(kMultiplicationToken, m_held), place, next.itemClass);
 }
 
 SQMItem& CQMConversion::AddOperand(EQMItem kind, SQMToken const& token) {
   m_lastClass = token.itemClass;
-  return m_items->Add(kind, m_items->PlaceOf(token.written));
+  ++m_count;
+  ++m_values;
+  SQMItem& item = m_items->Add(kind, m_items->PlaceOf(token.written));
+  m_operands.push_back(OrderOf(item.place));
+  return item;
 }
 
 void CQMConversion::AddNumber(SQMToken const& token) {
@@ -135,30 +144,34 @@ void CQMConversion::AddString(SQMToken const& token) {
 }
 
 long CQMConversion::AddOperator(SQMOperatorToken const& rows, SQMStretch place, EQMItemClass next) {
-  CQMOpInfoRef const* const chosen = CQMOperatorSearch::Choose(rows, m_lastClass, next);
-  if (chosen == nullptr) return Error::AddOperatorFailed;
-  CQMOpInfo const& info = **chosen;
-  if (chosen->use_count() != 0) m_held.push_back(*chosen);
-
-  if (LetsGo(info.fix)) UnstackExpression();
-  std::uint32_t const precedence = PrecedenceOf(info, m_rules.hierarchical);
+  CQMOpInfo const* const info = CQMOperatorSearch::Choose(rows, m_lastClass, next);
+  if (info == nullptr) return Error::AddOperatorFailed;
+  if (LetsGo(info->fix)) UnstackExpression();
+  std::uint32_t const precedence = PrecedenceOf(*info, m_rules.hierarchical);
   for (std::size_t const begin = PendingBegin(); m_pending.size() > begin; ReleasePending()) {
     SQMPending const& pending = m_pending.back();
-    if (BindsTighter(info, precedence, *pending.info, pending.precedence)) break;
+    if (BindsTighter(*info, precedence, *pending.info, pending.precedence)) break;
   }
-  if (TakesList(info)) m_lists.push_back(m_items->Count());
-  m_pending.push_back({&info, precedence, place});
-  m_lastClass = ItemClassOf(info.fix);
-  if (ClosesItself(info.fix)) UnstackExpression();
+  m_pending.push_back({info, precedence, m_listBegin, place});
+  if (info->HasVariableOperands()) m_listBegin = m_count;
+  m_lastClass = ItemClassOf(info->fix);
+  if (ClosesItself(info->fix)) UnstackExpression();
   return Error::None;
 }
 
 void CQMConversion::ReleasePending() {
-  SQMPending const& pending = m_pending.back();
-  EQMItem const kind = IsMarked(pending.info->fix) ? EQMItem::MarkedOperator : EQMItem::Operator;
-  m_items->Add(kind, pending.place).id = pending.info->id;
-  m_rows.push_back(pending.info);
+  SQMPending const pending = m_pending.back();
   m_pending.pop_back();
+  CQMOpInfo const& info = *pending.info;
+  if (IsMarked(info.fix)) {
+    m_items->Add(EQMItem::MarkedOperator, pending.place).id = info.id;
+    return;
+  }
+  SQMItem& item = m_items->Add(EQMItem::Operator, pending.place);
+  item.id = info.id;
+  item.operandCount = CountOperands(pending);
+  m_values += ResultsOf(info.id) - item.operandCount;
+  TakeOperands(info, item);
 }
 
 void CQMConversion::UnstackExpression() {
@@ -171,8 +184,16 @@ void CQMConversion::AddSeparator(SQMToken const& token) {
   if (!m_levels.empty() && m_levels.back().isList && token.written.front() == m_rules.listSeparator)
     return AddComma();
   UnstackExpression();
-  m_items->Add(EQMItem::End, m_items->PlaceOf(token.written));
+  AddEnd(token);
   m_lastClass = EQMItemClass::Separator;
+}
+
+void CQMConversion::AddEnd(SQMToken const& token) {
+  m_items->Add(EQMItem::End, m_items->PlaceOf(token.written));
+  m_leavesTooMuch |= m_values > 1;
+  m_values = 0;
+  m_statementBegin = m_count;
+  m_operands.clear();
 }
 
 void CQMConversion::AddComma() {
@@ -183,7 +204,7 @@ void CQMConversion::AddComma() {
 void CQMConversion::OpenParen(EQMItemClass closedBy) {
   bool const isList = closedBy == EQMItemClass::CloseBracket || m_lastClass == ItemClassOf(EQMFix::Prefix) ||
                       m_lastClass == ItemClassOf(EQMFix::MarkedPrefix);
-  m_levels.push_back({closedBy, isList, m_pending.size(), {m_items->Count(), m_rows.size(), m_lists.size()}});
+  m_levels.push_back({closedBy, isList, m_pending.size(), m_items->Count()});
   m_lastClass = EQMItemClass::OpenParen;
 }
 
@@ -197,98 +218,72 @@ long CQMConversion::CloseParen(EQMItemClass closing) {
   return Error::None;
 }
 
-void CQMConversion::EndText(SQMToken const& end) {
+long CQMConversion::EndText(SQMToken const& end) {
   UnstackExpression();
   auto const items = m_items->GetItems();
-  if (items.size() == OutputBegin().items || items.back().kind != EQMItem::End)
-    m_items->Add(EQMItem::End, m_items->PlaceOf(end.written));
+  std::size_t const begin = m_levels.empty() ? 0 : m_levels.back().itemCount;
+  if (items.size() == begin || items.back().kind != EQMItem::End) AddEnd(end);
+  // where a parenthesis was left open, only what stands behind the innermost one counts
+  if (m_levels.empty() ? m_leavesTooMuch : LeavesTooMuch(begin)) return Error::TooManyOperands;
+  if (!m_levels.empty()) return Error::MissingRightParen;
+  return m_isWrongSided ? Error::NotEnoughOperands : Error::None;
 }
 
 // ---- operands ----
 
-/** Counts the operands of operators, and checks that they are not too many and stand on the right side. Where
- * a parenthesis was left open, only what stands behind the innermost one counts. An operand stands where it
- * begins. What operators take and leave is what the compiler has them take and leave; how many items they are
- * counted is another matter. */
-long CQMConversion::Settle(std::string_view text) {
-  std::span<SQMItem> const items = m_items->EditItems();
-  SQMExtent const begin = OutputBegin();
-  auto row = m_rows.cbegin() + static_cast<std::ptrdiff_t>(begin.rows);
-  auto list = m_lists.cbegin() + static_cast<std::ptrdiff_t>(begin.lists);
-  SQMItem const* wrongSided = nullptr;
-  std::int64_t total = 0;           // values of the statement
-  std::int32_t count = 0;           // items that no operator took yet
-  std::int32_t statementBegin = 0;  // as many items belong to earlier statements
-  std::int32_t floor = 0;           // as many cannot be taken
-  m_openLists.clear();
-  auto const setFloor = [&] {
-    floor = m_openLists.empty() ? statementBegin : std::max(statementBegin, m_openLists.back());
-  };
-  if (m_untaken.size() < items.size()) m_untaken.resize(items.size());
-  std::uint64_t* const bottom = m_untaken.data();
-  std::uint64_t* top = bottom;
-  for (std::size_t i = begin.items; i < items.size(); ++i) {
-    for (; list != m_lists.cend() && *list == i; ++list) {
-      m_openLists.push_back(count);
-      setFloor();
-    }
-    SQMItem& item = items[i];
-    if (item.kind == EQMItem::End) {
-      if (total > 1) return Error::TooManyOperands;
-      total = 0;
-      statementBegin = count;
-      setFloor();
-      top = bottom;
-      continue;
-    }
-    if (item.kind != EQMItem::Operator) {
-      if (item.kind == EQMItem::MarkedOperator) {
-        ++row;
-        continue;
-      }
-      ++total;
-      ++count;
-      *top++ = OrderOf(item);
-      continue;
-    }
-    CQMOpInfo const& info = **row++;
-    item.operandCount = info.minOperands;
-    if (info.HasVariableOperands()) {
-      item.operandCount = count - floor;
-      count = floor;
-      if (!m_openLists.empty()) m_openLists.pop_back();
-      setFloor();
-      if (info.fix == EQMFix::Infix) {  // its left operand stands in front of the list
-        ++item.operandCount;
-        count = std::max(floor, count - 1);
-      }
-      ++count;
-    } else {
-      count = std::max(floor, count - item.operandCount) + 1;
-    }
-    bool const hasResult = !IsKeywordOperator(item.id) && !IsModeOperator(item.id) &&
-                           item.id != OpId::ArrayIndex && item.id != OpId::Member;
-    total += (hasResult ? 1 : 0) - item.operandCount;
-
-    // which one an infix operator lacks is not known
-    bool const isFree = info.fix == EQMFix::Infix && top - bottom < item.operandCount;
-    std::uint64_t const place = OrderOf(item);
-    std::uint64_t first = place;
-    std::int32_t index = item.operandCount;
-    for (; index > 0 && top != bottom; --index) {
-      std::uint64_t const operand = *--top;
-      if (!isFree && wrongSided == nullptr && !MayStand(info, index - 1, item.operandCount, operand < place))
-        wrongSided = &item;
-      first = std::min(first, operand);
-    }
-    bool const handsOn = IsTypeWord(item.id) && index < item.operandCount;
-    if (handsOn || !LeavesNothing(item.id)) *top++ = first;
+/** What an operator takes that is let go now. */
+std::int32_t CQMConversion::CountOperands(SQMPending const& pending) {
+  CQMOpInfo const& info = *pending.info;
+  auto const floor = [this] { return std::max(m_statementBegin, m_listBegin); };
+  if (!info.HasVariableOperands()) {
+    m_count = std::max(floor(), m_count - info.minOperands) + 1;
+    return info.minOperands;
   }
-  if (total > 1) return Error::TooManyOperands;
-  if (!m_levels.empty()) return Error::MissingRightParen;
-  if (wrongSided == nullptr) return Error::None;
-  m_position = wrongSided->place.start - m_items->PlaceOf(text).start;
-  return Error::NotEnoughOperands;
+  std::int32_t const begin = floor();
+  std::int32_t const listed = m_count - begin;
+  bool const hasLeft = info.fix == EQMFix::Infix;  // it stands in front of the list
+  m_listBegin = pending.outerList;
+  m_count = (hasLeft ? std::max(floor(), begin - 1) : begin) + 1;
+  return hasLeft ? listed + 1 : listed;
+}
+
+/** Takes the operands of an operator and leaves its result. */
+void CQMConversion::TakeOperands(CQMOpInfo const& info, SQMItem const& item) {
+  std::uint32_t const place = OrderOf(item.place);
+  std::uint32_t first = place;
+  std::int32_t index = item.operandCount;
+  SQMSides sides = SidesOf(info, index);
+  if (info.fix == EQMFix::Infix && std::cmp_less(m_operands.size(), index))
+    sides = {0, index};  // which one it lacks is not known
+  while (index > 0 && !m_operands.empty()) {
+    std::uint32_t const operand = m_operands.back();
+    m_operands.pop_back();
+    --index;
+    if ((operand < place ? index >= sides.rightBegin : index < sides.leftEnd) && !m_isWrongSided) {
+      m_isWrongSided = true;
+      m_wrongPlace = item.place.start;
+    }
+    first = std::min(first, operand);
+  }
+  bool const handsOn = IsTypeWord(info.id) && index < item.operandCount;
+  if (handsOn || !LeavesNothing(info.id)) m_operands.push_back(first);
+}
+
+/** Whether a statement leaves more than one value, among the items from begin on. */
+bool CQMConversion::LeavesTooMuch(std::size_t begin) const {
+  std::int64_t values = 0;
+  for (SQMItem const& item : m_items->GetItems().subspan(begin)) {
+    switch (item.kind) {
+      case EQMItem::MarkedOperator: break;
+      case EQMItem::Operator: values += ResultsOf(item.id) - item.operandCount; break;
+      case EQMItem::End:
+        if (values > 1) return true;
+        values = 0;
+        break;
+      default: ++values;
+    }
+  }
+  return false;
 }
 
 }  // namespace qumel

@@ -33,25 +33,22 @@ class CQMConversion {
   struct SQMPending {
     CQMOpInfo const* info;
     std::uint32_t precedence;
+    std::int32_t outerList;  // of an operator with a list of arguments: where the list around it begins
     SQMStretch place;
-  };
-  /** How much there is of the output and of what belongs to it. */
-  struct SQMExtent {
-    std::size_t items = 0, rows = 0, lists = 0;
   };
   /** An open parenthesis or bracket: what belongs to the text around it. */
   struct SQMLevel {
     EQMItemClass closedBy;
     bool isList;  // belongs to an operator, whose operands are parted within
     std::size_t pendingCount;
-    SQMExtent output;
+    std::size_t itemCount;
   };
   struct SQMReadToken : SQMToken {
     SQMOperatorToken rows;  // of names and signs
   };
 
-  long Read(CQMTokenizer& tokenizer, SQMReadToken& token) const;
   long Convert(CQMTokenizer& tokenizer);
+  long Read(CQMTokenizer& tokenizer, SQMReadToken& token);
   long Add(SQMReadToken const& token, EQMItemClass next);
   long AddOperator(SQMOperatorToken const& rows, SQMStretch place, EQMItemClass next);
   long InsertMultiplication(SQMReadToken const& next);
@@ -60,26 +57,35 @@ class CQMConversion {
   void AddString(SQMToken const& token);
   void AddSeparator(SQMToken const& token);
   void AddComma();
+  void AddEnd(SQMToken const& token);
   void OpenParen(EQMItemClass closedBy);
   long CloseParen(EQMItemClass closing);
   std::size_t PendingBegin() const { return m_levels.empty() ? 0 : m_levels.back().pendingCount; }
-  SQMExtent OutputBegin() const { return m_levels.empty() ? SQMExtent() : m_levels.back().output; }
   void ReleasePending();
   void UnstackExpression();
-  void EndText(SQMToken const& end);
-  long Settle(std::string_view text);
+  std::int32_t CountOperands(SQMPending const& pending);
+  void TakeOperands(CQMOpInfo const& info, SQMItem const& item);
+  long EndText(SQMToken const& end);
+  bool LeavesTooMuch(std::size_t begin) const;
 
   SQMReadingRules const& m_rules;
   CQMOperatorSearch const& m_search;
-  CQMItemList* m_items = nullptr;        // the output
-  std::vector<CQMOpInfo const*> m_rows;  // of the operators of the output
-  std::vector<std::size_t> m_lists;      // of lists of arguments: how many items stand in front of each
-  std::vector<CQMOpInfoRef> m_held;      // host's operators in the output, which another thread may delete
+  CQMItemList* m_items = nullptr;  // the output
+  HeldOperators m_held;
   std::vector<SQMPending> m_pending;
   std::vector<SQMLevel> m_levels;
-  std::vector<std::int32_t> m_openLists;  // while operands are counted: the same for those not taken yet
-  std::vector<std::uint64_t> m_untaken;   // where the operands stand that no operator took yet
   EQMItemClass m_lastClass = EQMItemClass::End;
+  // Items are counted as the converter has them taken: each leaves one, and takes some of those in front of
+  // it.
+  std::int32_t m_count = 0;           // that no operator took yet
+  std::int32_t m_statementBegin = 0;  // as many belong to earlier statements
+  std::int32_t m_listBegin = 0;       // as many stand in front of the innermost list of arguments
+  std::int64_t m_values = 0;          // that the statement leaves
+  bool m_leavesTooMuch = false;       // of the statements so far
+  // Operands are taken as the compiler takes them.
+  std::vector<std::uint32_t> m_operands;  // where those begin that no operator took yet, in half characters
+  bool m_isWrongSided = false;            // some operator would take an operand from the wrong side of it
+  std::uint32_t m_wrongPlace = 0;         // the first one
   std::size_t m_position = 0;
 };
 

@@ -72,17 +72,16 @@ bool BeginsFactor(EQMItemClass itemClass, SQMOperatorToken const& rows) {
          IsSoleOperator(itemClass, rows, EQMFix::Prefix, EQMFix::Nofix);
 }
 
-CQMOpInfo const* SQMOperatorToken::OnlyRow() const {
-  SQMTokenRows const& rows = shared.IsEmpty() ? own : shared;
-  if (rows.Count() != 1) return nullptr;
-  return rows.standard.empty() ? rows.defined.front().get() : rows.standard.front().get();
-}
-
-SQMOperatorToken CQMOperatorSearch::Find(std::string_view token) const {
-  SQMOperatorToken rows;
-  if (m_shared != nullptr) rows.shared = m_shared->Find(token);
-  if (m_own != nullptr) rows.own = m_own->Find(token);
-  return rows;
+SQMOperatorToken CQMOperatorSearch::Find(std::string_view token, HeldOperators& held) const {
+  SQMTokenRows const shared = m_shared != nullptr ? m_shared->Find(token) : SQMTokenRows();
+  SQMTokenRows const own = m_own != nullptr ? m_own->Find(token) : SQMTokenRows();
+  if (shared.defined.empty() && own.defined.empty()) return {shared.standard, own.standard};
+  std::vector<CQMOpInfoRef>& rows = held.emplace_back();
+  for (SQMTokenRows const* list : {&shared, &own}) {
+    rows.insert(rows.end(), list->standard.begin(), list->standard.end());
+    rows.insert(rows.end(), list->defined.begin(), list->defined.end());
+  }
+  return {std::span(rows).first(shared.Count()), std::span(rows).subspan(shared.Count())};
 }
 
 CQMOpInfoRef CQMOperatorSearch::FindFirst(std::string_view token) const {
@@ -95,18 +94,19 @@ CQMOpInfoRef CQMOperatorSearch::FindById(long id) const {
   return info == nullptr && m_own != nullptr ? m_own->FindById(id) : info;
 }
 
-CQMOpInfoRef const* CQMOperatorSearch::Choose(SQMOperatorToken const& rows, EQMItemClass previous,
-                                              EQMItemClass next) {
+CQMOpInfo const* CQMOperatorSearch::Choose(SQMOperatorToken const& rows, EQMItemClass previous,
+                                           EQMItemClass next) {
   std::uint8_t const left = kContexts[static_cast<std::size_t>(previous)];
   // what follows is no operator that was added
   std::uint8_t const right = next < EQMItemClass::Operator    ? kContexts[static_cast<std::size_t>(next)]
                              : next == EQMItemClass::Operator ? ContextBit::kAnyOperator
                                                               : std::uint8_t{0};
-  auto const fits = [left, right](CQMOpInfo const& info) {
-    return (info.leftContext & left) != 0 && (info.rightContext & right) != 0;
-  };
-  CQMOpInfoRef const* const row = rows.shared.First(fits);
-  return row != nullptr ? row : rows.own.First(fits);
+  for (auto const list : {rows.shared, rows.own}) {
+    for (CQMOpInfoRef const& row : list) {
+      if ((row->leftContext & left) != 0 && (row->rightContext & right) != 0) return row.get();
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace qumel

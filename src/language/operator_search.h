@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
+#include <vector>
 
 #include "language/operator_list.h"
 
@@ -14,15 +16,21 @@ constexpr EQMItemClass ItemClassOf(EQMFix fix) {
                                    static_cast<std::int32_t>(fix));
 }
 
-/** The rows of a token in both lists. */
+/** The rows of a token in both lists, in list order. */
 struct SQMOperatorToken {
-  SQMTokenRows shared;
-  SQMTokenRows own;
+  std::span<CQMOpInfoRef const> shared;
+  std::span<CQMOpInfoRef const> own;
 
-  bool IsOperator() const { return !shared.IsEmpty() || !own.IsEmpty(); }
+  bool IsOperator() const { return !shared.empty() || !own.empty(); }
   /** The only row of the list that counts, the own list where the shared one has none; else null. */
-  CQMOpInfo const* OnlyRow() const;
+  CQMOpInfo const* OnlyRow() const {
+    auto const& rows = shared.empty() ? own : shared;
+    return rows.size() == 1 ? rows.front().get() : nullptr;
+  }
 };
+
+/** Keeps rows of hosts' operators, which other threads may delete. */
+using HeldOperators = std::vector<std::vector<CQMOpInfoRef>>;
 
 /** The precedence of an operator under the rules in force. */
 inline std::uint32_t PrecedenceOf(CQMOpInfo const& info, bool hierarchical) {
@@ -56,12 +64,13 @@ class CQMOperatorSearch {
     m_own = own;
   }
 
-  SQMOperatorToken Find(std::string_view token) const;
+  /** The rows live as long as the list of standard ones, and those of hosts as long as held. */
+  SQMOperatorToken Find(std::string_view token, HeldOperators& held) const;
   /** The first row, or null. */
   CQMOpInfoRef FindFirst(std::string_view token) const;
   CQMOpInfoRef FindById(long id) const;
-  /** The first row whose masks fit the neighbours, or null. It lives as long as rows. */
-  static CQMOpInfoRef const* Choose(SQMOperatorToken const& rows, EQMItemClass previous, EQMItemClass next);
+  /** The first row whose masks fit the neighbours, or null. */
+  static CQMOpInfo const* Choose(SQMOperatorToken const& rows, EQMItemClass previous, EQMItemClass next);
 
  private:
   CQMOperatorList const* m_shared = nullptr;

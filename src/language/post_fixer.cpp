@@ -31,7 +31,10 @@ long CQMPostFixer::ConvertExpression(std::string_view text, CQMItemList& items) 
   return code;
 }
 
-bool CQMPostFixer::TokenIsOperator(std::string_view token) const { return m_search.Find(token).IsOperator(); }
+bool CQMPostFixer::TokenIsOperator(std::string_view token) const {
+  HeldOperators held;
+  return m_search.Find(token, held).IsOperator();
+}
 
 bool CQMPostFixer::FindOperatorByID(long id, CQMOpInfo& found) const {
   return Accept(m_search.FindById(id).get(), found);
@@ -43,9 +46,9 @@ bool CQMPostFixer::FindOperatorByToken(std::string_view token, CQMOpInfo& found)
 
 long CQMPostFixer::FindOperator(std::string_view token, EQMItemClass previous, EQMItemClass next,
                                 CQMOpInfo& found) const {
-  SQMOperatorToken const rows = m_search.Find(token);
-  CQMOpInfoRef const* const chosen = CQMOperatorSearch::Choose(rows, previous, next);
-  return chosen != nullptr && Accept(chosen->get(), found) ? Error::None : Error::UnknownOperator;
+  HeldOperators held;
+  CQMOpInfo const* const chosen = CQMOperatorSearch::Choose(m_search.Find(token, held), previous, next);
+  return Accept(chosen, found) ? Error::None : Error::UnknownOperator;
 }
 
 bool CQMPostFixer::Accept(CQMOpInfo const* found, CQMOpInfo& out) const {
