@@ -8,7 +8,6 @@
 #include "base/items.h"
 #include "language/operator_search.h"
 #include "language/reading_rules.h"
-#include "language/tokenizer.h"
 
 namespace qumel {
 
@@ -30,6 +29,8 @@ class CQMConversion {
   std::size_t GetPosition() const { return m_position; }
 
  private:
+  class CQMRun;
+
   struct SQMPending {
     CQMOpInfo const* info;
     std::uint32_t precedence;
@@ -43,50 +44,15 @@ class CQMConversion {
     std::size_t pendingCount;
     std::size_t itemCount;
   };
-  struct SQMReadToken : SQMToken {
-    SQMOperatorToken rows;  // of names and signs
-  };
-
-  long Convert(CQMTokenizer& tokenizer);
-  long Read(CQMTokenizer& tokenizer, SQMReadToken& token);
-  long Add(SQMReadToken const& token, EQMItemClass next);
-  long AddOperator(SQMOperatorToken const& rows, SQMStretch place, EQMItemClass next);
-  long InsertMultiplication(SQMReadToken const& next);
-  SQMItem& AddOperand(EQMItem kind, SQMToken const& token);
-  void AddNumber(SQMToken const& token);
-  void AddString(SQMToken const& token);
-  void AddSeparator(SQMToken const& token);
-  void AddComma();
-  void AddEnd(SQMToken const& token);
-  void OpenParen(EQMItemClass closedBy);
-  long CloseParen(EQMItemClass closing);
-  std::size_t PendingBegin() const { return m_levels.empty() ? 0 : m_levels.back().pendingCount; }
-  void ReleasePending();
-  void UnstackExpression();
-  std::int32_t CountOperands(SQMPending const& pending);
-  void TakeOperands(CQMOpInfo const& info, SQMItem const& item);
-  long EndText(SQMToken const& end);
-  bool LeavesTooMuch(std::size_t begin) const;
 
   SQMReadingRules const& m_rules;
   CQMOperatorSearch const& m_search;
-  CQMItemList* m_items = nullptr;  // the output
+  std::size_t m_position = 0;
+  // buffers of a run
   HeldOperators m_held;
   std::vector<SQMPending> m_pending;
   std::vector<SQMLevel> m_levels;
-  EQMItemClass m_lastClass = EQMItemClass::End;
-  // Items are counted as the converter has them taken: each leaves one, and takes some of those in front of
-  // it.
-  std::int32_t m_count = 0;           // that no operator took yet
-  std::int32_t m_statementBegin = 0;  // as many belong to earlier statements
-  std::int32_t m_listBegin = 0;       // as many stand in front of the innermost list of arguments
-  std::int64_t m_values = 0;          // that the statement leaves
-  bool m_leavesTooMuch = false;       // of the statements so far
-  // Operands are taken as the compiler takes them.
-  std::vector<std::uint32_t> m_operands;  // where those begin that no operator took yet, in half characters
-  bool m_isWrongSided = false;            // some operator would take an operand from the wrong side of it
-  std::uint32_t m_wrongPlace = 0;         // the first one
-  std::size_t m_position = 0;
+  std::vector<std::uint32_t> m_operands;
 };
 
 }  // namespace qumel
