@@ -31,10 +31,6 @@ void CQMItemList::Begin(std::string_view text, EQMSource source) {
   if (text.size() > std::numeric_limits<std::uint32_t>::max() / 2) throw std::bad_alloc();
 }
 
-SQMStretch CQMItemList::PlaceOf(std::string_view text) const {
-  return {static_cast<std::uint32_t>(text.data() - m_text.data()), static_cast<std::uint32_t>(text.size())};
-}
-
 SQMStretch CQMItemList::PooledSince(std::size_t poolSize) const {
   return {static_cast<std::uint32_t>(m_text.size() + poolSize),
           static_cast<std::uint32_t>(m_pool.size() - poolSize)};

@@ -72,9 +72,12 @@ class CQMItemList {
 
   /** Begins anew. Throws bad_alloc for a text whose places do not fit into items. */
   void Begin(std::string_view text, EQMSource source);
-  void Add(SQMItem const& item) { m_items.push_back(item); }
+  SQMItem& Add(EQMItem kind, SQMStretch place) { return m_items.emplace_back(kind, place); }
+  void Clear() { m_items.clear(); }
   /** Where text stands, which is part of the text of the items. */
-  SQMStretch PlaceOf(std::string_view text) const;
+  SQMStretch PlaceOf(std::string_view text) const {
+    return {static_cast<std::uint32_t>(text.data() - m_text.data()), static_cast<std::uint32_t>(text.size())};
+  }
   /** Keeps characters that stand in no text: those added from here on, until they are put into an item. */
   std::string& Pool() { return m_pool; }
   SQMStretch PooledSince(std::size_t poolSize) const;
@@ -82,6 +85,7 @@ class CQMItemList {
   Items GetItems() const { return m_items; }
   std::span<SQMItem> GetItems() { return m_items; }
   std::size_t Capacity() const { return m_items.capacity(); }
+  std::size_t Count() const { return m_items.size(); }
   /** As it is written where the item was read. */
   std::string_view Written(SQMItem const& item) const { return At(item.place); }
   /** Of a name or a string. */

@@ -17,10 +17,12 @@ constexpr char kTwelveDigits[] = "0123456789DE";
 constexpr std::string_view kLabels = "--b-----o-d-t---x";  // the label of a radix stands at its own place
 
 constexpr long kDuodecimalRadix = 12, kHexadecimalRadix = 16;
-constexpr char kRadixPoint = '.';
+constexpr char kRadixPoint = '.', kRadixComma = ',';
 constexpr std::size_t kMostExactDigits = 14;  // so many digits are accumulated in 64 bits, more in a double
 constexpr std::size_t kMostZeros = 1100;      // moving the point further changes neither 0 nor infinity
 constexpr std::size_t kMostFractionDigits = 1075;  // more than any double has
+
+constexpr bool IsDecimalDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::string_view DigitTable(SQMNumberBase const& base) { return base.digits != nullptr ? base.digits : ""; }
 
@@ -106,7 +108,7 @@ std::string NumberToBasedText(double value, char base, char radixMark, long prec
   std::string text = "0";
   text += kLabels[static_cast<std::size_t>(numberBase.radix)];
   text += IntegerToDigits(ToPattern(integer), numberBase);
-  text += radixMark == RadixMark::kComma ? ',' : kRadixPoint;
+  text += radixMark == RadixMark::kComma ? kRadixComma : kRadixPoint;
   return text += FractionToDigits(fraction, numberBase, precision);
 }
 
@@ -204,6 +206,33 @@ SQMBasedNumber LiteralToNumber(std::string_view text) {
   return BasedTextToNumber(folded.empty() ? text : folded);
 }
 
+// Most literals are decimal numbers without an exponent; they are read in one pass, by the arithmetic of
+// ValueOf.
+SQMBasedNumber ReadLiteral(std::string_view written) {
+  constexpr double kTen = 10.0;
+  std::size_t at = 0;
+  std::uint64_t digits = 0;
+  for (; at < written.size() && at <= kMostExactDigits && IsDecimalDigit(written[at]); ++at) {
+    digits = digits * 10 + static_cast<std::uint64_t>(written[at] - '0');
+  }
+  auto integer = static_cast<double>(digits);
+  for (; at < written.size() && IsDecimalDigit(written[at]); ++at) {
+    integer = integer * kTen + static_cast<double>(written[at] - '0');
+  }
+  if (at == written.size()) return {integer, true};
+  if (written[at] == kRadixPoint || written[at] == kRadixComma) {
+    double fraction = 0.0;
+    std::size_t last = written.size();
+    while (--last > at && IsDecimalDigit(written[last])) {
+      fraction = (static_cast<double>(written[last] - '0') + fraction) / kTen;
+    }
+    if (last == at) return {integer + fraction, false};
+  }
+  std::string literal;
+  AppendLiteral(written, literal);
+  return LiteralToNumber(literal);
+}
+
 void AppendLiteral(std::string_view written, std::string& out) {
   char const marked = written.size() > 1 && written.front() == '0' ? BaseLetter::OfMark(written[1]) : '\0';
   out += marked != '\0' ? marked : BaseLetter::kDecimal;
@@ -213,7 +242,8 @@ void AppendLiteral(std::string_view written, std::string& out) {
   }
   std::size_t const start = out.size();
   out += written;
-  if (std::size_t const comma = out.find(',', start); comma != std::string::npos) out[comma] = kRadixPoint;
+  if (std::size_t const comma = out.find(kRadixComma, start); comma != std::string::npos)
+    out[comma] = kRadixPoint;
 }
 
 }  // namespace qumel

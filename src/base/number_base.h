@@ -59,8 +59,10 @@ SQMBasedNumber BasedTextToNumber(std::string_view text);
 /** The same with digits in either case. */
 SQMBasedNumber LiteralToNumber(std::string_view text);
 
+/** The value of a literal as infix texts have it: perhaps a base mark, and a point or a comma. */
+SQMBasedNumber ReadLiteral(std::string_view written);
 /** Appends a literal of an infix text as BasedTextToNumber reads it: the base letter, then the literal
- * without its mark and with a point for a radix mark. Of a base mark the 0 stays. */
+ * without its mark and with a point for a comma. Of a base mark the 0 stays. */
 void AppendLiteral(std::string_view written, std::string& out);
 
 }  // namespace qumel

@@ -14,7 +14,7 @@ CQMItemList ReadPostfix(std::string_view postfix) {
   items.Begin(postfix, CQMItemList::EQMSource::Postfix);
   CQMPostfixReader reader(postfix);
   for (SQMPostfixItem read; reader.Next(read);) {
-    SQMItem item(static_cast<EQMItem>(read.mark), items.PlaceOf(read.text));
+    SQMItem& item = items.Add(static_cast<EQMItem>(read.mark), items.PlaceOf(read.text));
     switch (item.kind) {
       case EQMItem::Number: {
         SQMBasedNumber const literal = LiteralToNumber(read.text);
@@ -36,7 +36,6 @@ CQMItemList ReadPostfix(std::string_view postfix) {
       }
       default: break;
     }
-    items.Add(item);
   }
   return items;
 }

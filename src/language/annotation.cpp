@@ -41,7 +41,7 @@ void CQMPostFixer::AnnotateExpression(std::string_view postfix, std::string& tex
       AppendNote(whole.substr(1), lineBegin, whole, text);
     } else if (item.mark == PostfixMark::kOperator) {
       long const id = ParseLong(item.text.substr(0, item.text.find(PostfixMark::kCount)));
-      CQMOpInfoRef const info = m_search.FindById(id, m_rules.hierarchical).info;
+      CQMOpInfoRef const info = m_search.FindById(id);
       if (info != nullptr) AppendNote(info->token, lineBegin, whole, text);
     }
   }

@@ -2,14 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/items.h"
 #include "language/operator_search.h"
 #include "language/reading_rules.h"
-#include "language/tokenizer.h"
 
 namespace qumel {
 
@@ -25,24 +23,19 @@ class CQMConversion {
       : m_rules(rules), m_search(search) {}
 
   /** 0 or an error code, and then there are no items. text, which begins and ends with characters that are
-   * not white space, is part of the text of the items. */
+   * not white space, is part of the text of the items, which are new. */
   long Run(std::string_view text, CQMItemList& items);
   /** Where the tokenizer stood when the last run ended, or the operator that would take a wrong operand. */
   std::size_t GetPosition() const { return m_position; }
 
  private:
-  /** An item of the output, or the mark in front of a list of arguments, which is none. */
-  struct SQMOutput {
-    SQMItem item;
-    CQMOpInfo const* info = nullptr;  // of operators
-    std::size_t place = 0;            // of operands and operators: where it stands in the text
-    bool isListMark = false;
-  };
+  class CQMRun;
+
   struct SQMPending {
     CQMOpInfo const* info;
     std::uint32_t precedence;
-    std::size_t place;
-    SQMStretch written;
+    std::int32_t outerList;  // of an operator with a list of arguments: where the list around it begins
+    SQMStretch place;
   };
   /** An open parenthesis or bracket: what belongs to the text around it. */
   struct SQMLevel {
@@ -51,46 +44,15 @@ class CQMConversion {
     std::size_t pendingCount;
     std::size_t itemCount;
   };
-  struct SQMReadToken : SQMToken {
-    SQMOperatorToken rows;  // of names and signs
-  };
-
-  long Read(CQMTokenizer& tokenizer, SQMReadToken& token) const;
-  long Convert(CQMTokenizer& tokenizer);
-  long Add(SQMReadToken const& token, EQMItemClass next);
-  long AddOperator(SQMOperatorToken const& rows, std::size_t place, SQMStretch written, EQMItemClass next);
-  long InsertMultiplication(SQMReadToken const& token, SQMReadToken const& next);
-  void AddNumber(SQMToken const& token);
-  void AddString(SQMToken const& token);
-  void AddOperand(SQMItem const& item, SQMToken const& token);
-  void AddSeparator(SQMToken const& token);
-  void AddSemicolon(SQMStretch written);
-  void AddComma();
-  void OpenParen(EQMItemClass closedBy);
-  long CloseParen(EQMItemClass closing);
-  bool HasPending() const { return m_pending.size() > (m_levels.empty() ? 0 : m_levels.back().pendingCount); }
-  SQMStretch PlaceOf(SQMToken const& token) const;
-  void ReleasePending();
-  void UnstackExpression();
-  void EndText();
-  std::size_t LevelBegin() const { return m_levels.empty() ? 0 : m_levels.back().itemCount; }
-  void CountOperands();
-  bool LeavesTooMuch() const;
-  SQMOutput const* FindWrongSided();
 
   SQMReadingRules const& m_rules;
   CQMOperatorSearch const& m_search;
-  SQMOperatorToken m_multiplication;  // what implied multiplication inserts
-  std::string_view m_text;
-  CQMItemList* m_items = nullptr;  // of the run
-  std::vector<SQMOutput> m_output;
-  std::string m_literal;
+  std::size_t m_position = 0;
+  // buffers of a run
+  HeldOperators m_held;
   std::vector<SQMPending> m_pending;
   std::vector<SQMLevel> m_levels;
-  std::vector<CQMOpInfoRef> m_held;  // host's operators in the output, which another thread may delete
-  std::vector<std::size_t> m_operandPlaces;  // of those that no operator took yet
-  EQMItemClass m_lastClass = EQMItemClass::End;
-  std::size_t m_position = 0;
+  std::vector<std::uint32_t> m_operands;
 };
 
 }  // namespace qumel

@@ -62,9 +62,8 @@ EQMItemClass CQMFragmentReversion::InsideBrackets(SQMPart const& part) const {
 /** True of operands and parentheses; of an operator, whether its token is read as this operator there. */
 bool CQMFragmentReversion::IsChosen(SQMEdge const& token, EQMItemClass previous, EQMItemClass next) const {
   if (token.op == nullptr) return true;
-  SQMFoundOperator const found =
-      CQMOperatorSearch::Choose(token.op->rows, previous, next, m_rules.hierarchical);
-  return found.info != nullptr && found.info->id == token.op->info->id;
+  CQMOpInfo const* const chosen = CQMOperatorSearch::Choose(token.op->rows, previous, next);
+  return chosen != nullptr && chosen->id == token.op->info->id;
 }
 
 bool CQMFragmentReversion::Multiplies(SQMEdge const& last, SQMEdge const& first) const {

@@ -31,27 +31,30 @@ long CQMPostFixer::ConvertExpression(std::string_view text, CQMItemList& items) 
   return code;
 }
 
-bool CQMPostFixer::TokenIsOperator(std::string_view token) const { return m_search.Find(token).IsOperator(); }
+bool CQMPostFixer::TokenIsOperator(std::string_view token) const {
+  HeldOperators held;
+  return m_search.Find(token, held).IsOperator();
+}
 
 bool CQMPostFixer::FindOperatorByID(long id, CQMOpInfo& found) const {
-  return Accept(m_search.FindById(id, m_rules.hierarchical), found);
+  return Accept(m_search.FindById(id).get(), found);
 }
 
 bool CQMPostFixer::FindOperatorByToken(std::string_view token, CQMOpInfo& found) const {
-  return Accept(m_search.FindFirst(token, m_rules.hierarchical), found);
+  return Accept(m_search.FindFirst(token).get(), found);
 }
 
 long CQMPostFixer::FindOperator(std::string_view token, EQMItemClass previous, EQMItemClass next,
                                 CQMOpInfo& found) const {
-  SQMFoundOperator const chosen =
-      CQMOperatorSearch::Choose(m_search.Find(token), previous, next, m_rules.hierarchical);
+  HeldOperators held;
+  CQMOpInfo const* const chosen = CQMOperatorSearch::Choose(m_search.Find(token, held), previous, next);
   return Accept(chosen, found) ? Error::None : Error::UnknownOperator;
 }
 
-bool CQMPostFixer::Accept(SQMFoundOperator const& found, CQMOpInfo& out) {
-  if (found.info == nullptr) return false;
-  out = *found.info;
-  out.precedence = found.precedence;
+bool CQMPostFixer::Accept(CQMOpInfo const* found, CQMOpInfo& out) const {
+  if (found == nullptr) return false;
+  out = *found;
+  out.precedence = PrecedenceOf(*found, m_rules.hierarchical);
   return true;
 }
 

@@ -52,7 +52,7 @@ class CQMPostFixer : public CQMObject {
   long FindOperator(std::string_view token, EQMItemClass previous, EQMItemClass next, CQMOpInfo& found) const;
 
  private:
-  static bool Accept(SQMFoundOperator const& found, CQMOpInfo& out);
+  bool Accept(CQMOpInfo const* found, CQMOpInfo& out) const;
 
   SQMReadingRules m_rules;
   CQMOperatorSearch m_search;

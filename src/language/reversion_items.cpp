@@ -44,9 +44,12 @@ long CQMReversionReader::Add(SQMPostfixItem const& item) {
 SQMReversionOperator const* CQMReversionReader::FindOperator(long id) {
   auto [place, isNew] = m_operators.try_emplace(id);
   if (isNew) {
-    SQMFoundOperator const found = m_search.FindById(id, m_rules.hierarchical);
-    if (found.info != nullptr)
-      place->second = {found.info, found.precedence, m_search.Find(found.info->token)};
+    SQMReversionOperator& found = place->second;
+    found.info = m_search.FindById(id);
+    if (found.info != nullptr) {
+      found.precedence = PrecedenceOf(*found.info, m_rules.hierarchical);
+      found.rows = m_search.Find(found.info->token, m_held);
+    }
   }
   return place->second.info != nullptr ? &place->second : nullptr;
 }

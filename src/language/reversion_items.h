@@ -57,6 +57,7 @@ class CQMReversionReader {
   CQMOperatorSearch const& m_search;
   CQMPostfixReader m_reader;
   std::unordered_map<long, SQMReversionOperator> m_operators;
+  HeldOperators m_held;
   std::vector<SQMReversionItem> m_items;
   bool m_isComplete = false;
 };

@@ -9,8 +9,6 @@ namespace qumel {
 namespace {
 
 constexpr char kEscape = '\\';
-constexpr char kPoint = '.';
-
 constexpr std::string_view kExponentMarks = "EX";
 
 constexpr std::string_view DigitsOf(char baseLetter) {
@@ -25,21 +23,6 @@ constexpr std::string_view DigitsOf(char baseLetter) {
 
 constexpr bool Contains(std::string_view characters, char c) {
   return characters.find(c) != std::string_view::npos;
-}
-
-/** The marks that stand for themselves; "[" begins an index, and is an operator too. */
-EQMItemClass StructureClass(char c) {
-  switch (c) {
-    case ',': return EQMItemClass::Comma;
-    case ';':
-    case ':': return EQMItemClass::Separator;
-    case '(': return EQMItemClass::OpenParen;
-    case ')': return EQMItemClass::CloseParen;
-    case ']': return EQMItemClass::CloseBracket;
-    case '[':
-    case kPoint: return EQMItemClass::Operator;
-    default: return EQMItemClass::Start;
-  }
 }
 
 char Unescape(char c) {
@@ -60,89 +43,112 @@ char Unescape(char c) {
   }
 }
 
+constexpr EQMItemClass TokenClassOf(EQMCharacter first) {
+  switch (first) {
+    case EQMCharacter::Digit: return EQMItemClass::Number;
+    case EQMCharacter::Letter:
+    case EQMCharacter::Underscore: return EQMItemClass::Name;
+    case EQMCharacter::Sign:
+    case EQMCharacter::Point:
+    case EQMCharacter::OpenBracket: return EQMItemClass::Operator;
+    case EQMCharacter::Comma: return EQMItemClass::Comma;
+    case EQMCharacter::Separator: return EQMItemClass::Separator;
+    case EQMCharacter::OpenParen: return EQMItemClass::OpenParen;
+    case EQMCharacter::CloseParen: return EQMItemClass::CloseParen;
+    case EQMCharacter::CloseBracket: return EQMItemClass::CloseBracket;
+    default: return EQMItemClass::Unknown;
+  }
+}
+
 }  // namespace
 
-SQMToken CQMTokenizer::Next() {
-  SkipSpaceAndComments();
-  std::size_t const begin = m_position;
-  SQMToken token = ReadToken();
-  token.begin = begin;
-  token.end = m_position;
-  return token;
-}
-
-SQMToken CQMTokenizer::ReadToken() {
-  if (IsAtEnd()) return {};
-  char const first = Peek();
-  if (first == m_rules.quoteMark) return ReadString();
-  if (BeginsNumber()) return ReadNumber();
-  if (IsNameStart(first)) return TakeWhile(EQMItemClass::Name, IsNamePart);
-  if (EQMItemClass const structure = StructureClass(first); structure != EQMItemClass::Start) {
-    ++m_position;
-    return Take(structure, m_position - 1);
+void CQMTokenizer::Next(SQMToken& token) {
+  while (m_at < m_end) {
+    if (ClassOf(*m_at) == EQMCharacter::Space) {
+      ++m_at;
+    } else if (*m_at == '/' && Peek(1) == '/') {
+      SkipComment();
+    } else {
+      break;
+    }
   }
-  if (IsPunctuation(first)) {
-    return TakeWhile(EQMItemClass::Operator, [this](char c) {
-      return IsPunctuation(c) && c != m_rules.quoteMark && StructureClass(c) == EQMItemClass::Start;
-    });
+  char const* const begin = m_at;
+  token.isOpen = false;
+  if (m_at == m_end) {
+    token.itemClass = EQMItemClass::End;
+    token.written = {begin, 0};
+    return;
   }
-  ++m_position;
-  return Take(EQMItemClass::Unknown, m_position - 1);
-}
-
-void CQMTokenizer::SkipSpaceAndComments() {
-  for (;;) {
-    while (IsSpace(Peek())) ++m_position;
-    if (Peek() != '/' || Peek(1) != '/') return;
-    while (!IsAtEnd() && Peek() != '\n' && Peek() != '\r') ++m_position;
+  EQMCharacter const first = ClassOf(*m_at);
+  token.itemClass = TokenClassOf(first);
+  switch (first) {
+    case EQMCharacter::Letter:
+    case EQMCharacter::Underscore:
+      do ++m_at;
+      while (m_at < m_end && ClassOf(*m_at) <= EQMCharacter::Underscore);
+      break;
+    case EQMCharacter::Digit: SkipNumber(); break;
+    case EQMCharacter::Point:
+      if (m_rules.radixMark == '.' && IsDigit(Peek(1))) {
+        token.itemClass = EQMItemClass::Number;
+        SkipNumber();
+      } else {
+        ++m_at;
+      }
+      break;
+    case EQMCharacter::Sign:
+      if (*m_at == m_rules.quoteMark) {
+        SkipString(token);
+        break;
+      }
+      for (++m_at; m_at < m_end && *m_at != m_rules.quoteMark; ++m_at) {
+        EQMCharacter const next = ClassOf(*m_at);
+        if (next != EQMCharacter::Sign && next != EQMCharacter::Underscore) break;
+      }
+      break;
+    default: ++m_at;
   }
+  token.written = {begin, static_cast<std::size_t>(m_at - begin)};
 }
 
-bool CQMTokenizer::BeginsNumber() const {
-  return IsDigit(Peek()) || (Peek() == kPoint && m_rules.radixMark == kPoint && IsDigit(Peek(1)));
-}
-
-template <class Test>
-SQMToken CQMTokenizer::TakeWhile(EQMItemClass itemClass, Test belongs) {
-  std::size_t const start = m_position++;
-  while (!IsAtEnd() && belongs(Peek())) ++m_position;
-  return Take(itemClass, start);
+void CQMTokenizer::SkipComment() {
+  while (m_at < m_end && *m_at != '\n' && *m_at != '\r') ++m_at;
 }
 
 // number = ["0" base mark] {digit | exponent mark ["+" | "-"] | radix mark}, each mark once, no radix mark
 // behind the exponent mark; E is a digit in bases h and t
-SQMToken CQMTokenizer::ReadNumber() {
-  std::size_t const start = m_position;
-  char const marked = Peek() == '0' ? BaseLetter::OfMark(Peek(1)) : '\0';
-  if (marked != '\0') m_position += 2;
+void CQMTokenizer::SkipNumber() {
+  char const marked = *m_at == '0' ? BaseLetter::OfMark(Peek(1)) : '\0';
+  if (marked != '\0') m_at += 2;
   std::string_view const digits = DigitsOf(marked);
   bool hasExponent = false;
   bool hasRadixMark = false;
-  for (; !IsAtEnd(); ++m_position) {
-    char const c = Peek();
-    if (Contains(digits, c)) continue;
+  for (; m_at < m_end; ++m_at) {
+    char const c = *m_at;
+    if (marked == '\0' ? IsDigit(c) : Contains(digits, c)) continue;
     if (Contains(kExponentMarks, c) && !hasExponent) {
       hasExponent = true;
-      if (Peek(1) == '+' || Peek(1) == '-') ++m_position;
+      if (Peek(1) == '+' || Peek(1) == '-') ++m_at;
     } else if (c == m_rules.radixMark && !hasExponent && !hasRadixMark && !(c == ',' && IsSpace(Peek(1)))) {
       hasRadixMark = true;
     } else {
       break;
     }
   }
-  return Take(EQMItemClass::Number, start);
 }
 
-SQMToken CQMTokenizer::ReadString() {
-  std::size_t const start = ++m_position;
-  while (!IsAtEnd() && Peek() != m_rules.quoteMark) m_position += Peek() == kEscape ? 2 : 1;
-  SQMToken token = Take(EQMItemClass::String, start);
-  token.isOpen = IsAtEnd();
-  m_position = token.isOpen ? start - 1 : m_position + 1;
-  return token;
+void CQMTokenizer::SkipString(SQMToken& token) {
+  char const* const begin = m_at++;
+  token.itemClass = EQMItemClass::String;
+  token.hasEscapes = false;
+  for (; m_at < m_end && *m_at != m_rules.quoteMark; ++m_at) {
+    if (*m_at != kEscape) continue;
+    token.hasEscapes = true;
+    if (m_end - m_at > 1) ++m_at;
+  }
+  token.isOpen = m_at == m_end;
+  m_at = token.isOpen ? begin : m_at + 1;
 }
-
-bool HasEscapes(std::string_view text) { return Contains(text, kEscape); }
 
 void AppendUnescaped(std::string_view text, std::string& out) {
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -12,46 +12,38 @@ namespace qumel {
 
 struct SQMToken {
   EQMItemClass itemClass = EQMItemClass::End;
-  std::string_view text;  // as it is written; of a string, what stands between its quote marks
-  std::size_t begin = 0;  // where it stands, and where it ends
-  std::size_t end = 0;
-  bool isOpen = false;  // of a string: nothing closes it
+  bool isOpen = false;       // of a string: nothing closes it
+  bool hasEscapes = false;   // of a string: its characters are not those written
+  std::string_view written;  // strings with their quote marks
+
+  /** Of a string: what stands between its quote marks. */
+  std::string_view Quoted() const { return written.substr(1, written.size() - 2); }
 };
 
 class CQMTokenizer {
  public:
   /** text and rules must outlive the tokenizer. */
-  CQMTokenizer(std::string_view text, SQMReadingRules const& rules) : m_text(text), m_rules(rules) {}
+  CQMTokenizer(std::string_view text, SQMReadingRules const& rules)
+      : m_begin(text.data()), m_at(m_begin), m_end(m_begin + text.size()), m_rules(rules) {}
 
   /** The next token; class End once the text is used up. Moves on, except that it stays at the quote mark of
    * a string that nothing closes. */
-  SQMToken Next();
+  void Next(SQMToken& token);
   /** Where the last token ended. */
-  std::size_t GetPosition() const { return m_position; }
+  std::size_t GetPosition() const { return static_cast<std::size_t>(m_at - m_begin); }
 
  private:
-  char Peek(std::size_t ahead = 0) const {
-    return m_position + ahead < m_text.size() ? m_text[m_position + ahead] : '\0';
-  }
-  bool IsAtEnd() const { return m_position >= m_text.size(); }
-  void SkipSpaceAndComments();
-  SQMToken ReadToken();
-  bool BeginsNumber() const;
-  SQMToken Take(EQMItemClass itemClass, std::size_t start) const {
-    return {itemClass, m_text.substr(start, m_position - start)};
-  }
-  template <class Test>
-  SQMToken TakeWhile(EQMItemClass itemClass, Test belongs);
-  SQMToken ReadNumber();
-  SQMToken ReadString();
+  char Peek(std::ptrdiff_t ahead = 0) const { return m_end - m_at > ahead ? m_at[ahead] : '\0'; }
+  void SkipComment();
+  void SkipNumber();
+  void SkipString(SQMToken& token);
 
-  std::string_view m_text;
+  char const* m_begin;
+  char const* m_at;
+  char const* m_end;
   SQMReadingRules const& m_rules;
-  std::size_t m_position = 0;
 };
 
-/** Whether the characters of a string are other ones than those written. */
-bool HasEscapes(std::string_view text);
 /** Appends the characters of a string, escapes applied. */
 void AppendUnescaped(std::string_view text, std::string& out);
 
