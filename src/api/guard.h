@@ -1,4 +1,5 @@
-// The way in for exported functions: it finds what the call works on and lets no exception out.
+// Entry guard of the exported functions: finds what a call works on, keeps that alive until the call returns,
+// and turns exceptions into failure values.
 #pragma once
 
 #include <type_traits>
@@ -8,7 +9,7 @@
 
 namespace qumel {
 
-/** Answers failure for whatever call throws. */
+/** The value of call; failure where it throws. */
 template <class Value, class Call>
 Value Guarded(std::type_identity_t<Value> failure, Call call) noexcept {
   try {
@@ -18,12 +19,21 @@ Value Guarded(std::type_identity_t<Value> failure, Call call) noexcept {
   }
 }
 
-/** The value of call on the context that use names; failure without one. Whatever is thrown becomes
+/** Whether a call may run functions of the host. Calls of that kind nest, to a limited depth. */
+enum class EQMHost : bool { IsNotCalled, MayBeCalled };
+
+// ---- calls in the current context ----
+
+/** The value of call on the context that use has entered; failure without one. Whatever is thrown becomes
  * OutOfMemory. */
-template <class Value, class Call>
-Value OnUsedContext(CQMContextUse const& use, Value failure, Call& call) {
+template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call>
+Value OnUsedContext(CQMContextUse const& use, Value failure, Call const& call) {
   CQMExecutor* const context = use.GetExecutor();
   if (context == nullptr) return failure;
+  if (host == EQMHost::MayBeCalled && CQMContextUse::IsTooDeep()) {
+    context->SetLastError(Error::OutOfMemory);
+    return failure;
+  }
   try {
     Value const value = call(*context);
     // a text of a context that a callback destroyed is about to go
@@ -35,11 +45,33 @@ Value OnUsedContext(CQMContextUse const& use, Value failure, Call& call) {
   }
 }
 
-/** Runs call on the calling thread's current context, which is found or made where there is none. */
+/** The value of call on the context that use has entered. */
 template <class Value, class Call>
+Value OnOwnContext(CQMOwnerUse const& use, Value failure, Call const& call) {
+  try {
+    Value const value = call(*use.GetGate()->GetContext());
+    if (std::is_pointer_v<Value> && use.FindContext().IsRetired()) return failure;
+    return value;
+  } catch (...) {
+    use.FindContext().SetLastError(Error::OutOfMemory);
+    return failure;
+  }
+}
+
+/** As OnContext, for calls that could not take the fast path. */
+template <EQMHost host, class Value, class Call>
+[[gnu::noinline, gnu::cold]] Value OnContextSlowly(CQMContextGate* tried, Value failure, Call call) noexcept {
+  CQMContextUse const use(CQMContextUse::EQMNeed::Current, tried);
+  return OnUsedContext<host>(use, failure, call);
+}
+
+/** Runs call on the calling thread's current context, which is found or made where there is none. */
+template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call>
 Value OnContext(Value failure, Call call) noexcept {
-  CQMContextUse const use;
-  return OnUsedContext(use, failure, call);
+  CQMOwnerUse use;
+  if (!use.Enter()) [[unlikely]]
+    return OnContextSlowly<host>(use.GetGate(), failure, call);
+  return use.Leave(OnOwnContext(use, failure, call));
 }
 
 /** As above, for functions without a value. */
@@ -50,6 +82,8 @@ void OnContext(Call call) noexcept {
     return true;
   });
 }
+
+// ---- calls on the record of the calling thread ----
 
 /** Runs call on the calling thread's record, in its current context if it has one. */
 template <class Value, class Call>

@@ -40,7 +40,7 @@ Value OnVariable(Handle handle, Value failure, Access access, Conclude conclude)
     });
   }
   {
-    CQMContextUse const use(handle);
+    CQMContextUse const use(handle, CQMContextUse::EQMNeed::Current);
     if (use.IsRefused()) return failure;
     if (use.GetExecutor() != nullptr && !use.GetExecutor()->IsRetired())
       outcome = access(VariableOf(use.GetObject()));
