@@ -46,10 +46,10 @@ Value OnUsedContext(CQMContextUse const& use, Value failure, Call const& call) {
 }
 
 /** The value of call on the context that use has entered. */
-template <class Value, class Call>
-Value OnOwnContext(CQMOwnerUse const& use, Value failure, Call const& call) {
+template <class Value, class Call, class... Arguments>
+Value OnOwnContext(CQMOwnerUse const& use, Value failure, Call const& call, Arguments... arguments) {
   try {
-    Value const value = call(*use.GetGate()->GetContext());
+    Value const value = call(*use.GetGate()->GetContext(), arguments...);
     if (std::is_pointer_v<Value> && use.FindContext().IsRetired()) return failure;
     return value;
   } catch (...) {
@@ -59,19 +59,21 @@ Value OnOwnContext(CQMOwnerUse const& use, Value failure, Call const& call) {
 }
 
 /** As OnContext, for calls that could not take the fast path. */
-template <EQMHost host, class Value, class Call>
-[[gnu::noinline, gnu::cold]] Value OnContextSlowly(CQMContextGate* tried, Value failure, Call call) noexcept {
+template <EQMHost host, class Value, class Call, class... Arguments>
+[[gnu::noinline, gnu::cold]] Value OnContextSlowly(CQMContextGate* tried, Value failure, Call call,
+                                                   Arguments... arguments) noexcept {
   CQMContextUse const use(CQMContextUse::EQMNeed::Current, tried);
-  return OnUsedContext<host>(use, failure, call);
+  return OnUsedContext<host>(use, failure, [&](CQMExecutor& context) { return call(context, arguments...); });
 }
 
-/** Runs call on the calling thread's current context, which is found or made where there is none. */
-template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call>
-Value OnContext(Value failure, Call call) noexcept {
+/** Runs call, with arguments, on the calling thread's current context, which is found or made where there is
+ * none. What a call captures instead of taking it as an argument is stored in memory for the slow path. */
+template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call, class... Arguments>
+Value OnContext(Value failure, Call call, Arguments... arguments) noexcept {
   CQMOwnerUse use;
   if (!use.Enter()) [[unlikely]]
-    return OnContextSlowly<host>(use.GetGate(), failure, call);
-  return use.Leave(OnOwnContext(use, failure, call));
+    return OnContextSlowly<host>(use.GetGate(), failure, call, arguments...);
+  return use.Leave(OnOwnContext(use, failure, call, arguments...));
 }
 
 /** As above, for functions without a value. */

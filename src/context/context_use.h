@@ -18,7 +18,7 @@ class CQMOwnerUse {
   CQMOwnerUse() : m_caller(*t_caller) {}
 
   /** False when the fast path cannot be taken: CQMContextUse then needs to know the gate that was tried. */
-  bool Enter() {
+  [[gnu::always_inline]] bool Enter() {
     if (m_caller.used.load(std::memory_order_relaxed) != nullptr) [[unlikely]]
       return false;
     m_gate = m_caller.current.load(std::memory_order_relaxed);
@@ -30,7 +30,7 @@ class CQMOwnerUse {
   CQMExecutor& FindContext() const { return *m_caller.used.load(std::memory_order_relaxed)->GetContext(); }
   /** Gives value back, so that calls end by a jump to the slow way out, where it is needed. */
   template <class Value>
-  Value Leave(Value value) {
+  [[gnu::always_inline]] Value Leave(Value value) {
     // the gate is read again, which costs less than to keep it during the call
     CQMContextGate& gate = *m_caller.used.load(std::memory_order_relaxed);
     if (gate.EndAnnouncement(m_caller)) [[likely]]

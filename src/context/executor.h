@@ -30,7 +30,7 @@ struct SQMCaller;
 using ErrorCallback = void (*)(long code);
 
 /** Used by one thread at a time: calls come in through its gate. */
-class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
+class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
  public:
   static constexpr char const* kTypeTag = TypeTag::kExecutor;
   static constexpr std::size_t kResultSize = 1024;  // bytes of every formatted result, its end included

@@ -27,6 +27,7 @@ class CQMHandleCache {
     SQMHandleSlot const& slot = *m_slots[PlaceOf(handle)];
     if (slot.handle != handle) return false;
     object = slot.object.load(std::memory_order_relaxed);
+    if (object == nullptr) __builtin_unreachable();  // callers need not ask
     return true;
   }
 
