@@ -88,12 +88,32 @@ void OnContext(Call call) noexcept {
 // ---- calls on the record of the calling thread ----
 
 /** Runs call on the calling thread's record, in its current context if it has one. */
-template <class Value, class Call>
-Value OnThread(Value failure, Call call) noexcept {
+template <class Call>
+void OnThread(Call call) noexcept {
   CQMRecordUse const record;
   CQMContextUse const use(CQMContextUse::EQMNeed::CurrentIfAny);
-  if (record.GetRecord() == nullptr || use.IsRefused()) return failure;
-  return Guarded<Value>(failure, [&] { return static_cast<Value>(call(*record.GetRecord())); });
+  if (record.GetRecord() != nullptr && !use.IsRefused()) call(*record.GetRecord());
+}
+
+/** As OnSettings, for calls that could not take the fast path. */
+template <class Value, class Call>
+[[gnu::noinline, gnu::cold]] Value OnSettingsSlowly(CQMContextGate* tried, Value missing,
+                                                    Call call) noexcept {
+  if (tried != nullptr) tried->Withdraw(*t_caller);  // to find the record may mean to wait
+  CQMRecordUse const record;
+  CQMContextUse const use(CQMContextUse::EQMNeed::CurrentIfAny);
+  bool const isMissing = record.GetRecord() == nullptr || use.IsRefused();
+  return isMissing ? missing : call(record.GetRecord()->GetSettings());
+}
+
+/** The value of call on the settings of the calling thread's current context, or of its record when there is
+ * none; missing where the thread can have no record. */
+template <class Value, class Call>
+Value OnSettings(Value missing, Call call) noexcept {
+  CQMOwnerUse use;
+  if (!use.Enter()) [[unlikely]]
+    return OnSettingsSlowly(use.GetGate(), missing, call);
+  return use.Leave(call(use.GetGate()->GetContext()->GetSettings()));
 }
 
 }  // namespace qumel

@@ -82,6 +82,11 @@ class alignas(kCacheLine) CQMContextGate {
   /** For a caller that is not in this context; waits until the thread that is has left. */
   EQMEntry Acquire(SQMCaller& caller);
   void Settle(SQMCaller& caller);
+  /** Ends an announcement that was in vain. */
+  void Withdraw(SQMCaller& caller) {
+    caller.used.store(nullptr, CQMAsymmetricBarrier::kStore);
+    Settle(caller);
+  }
   /** After Queued. */
   void Release();
   /** Whether caller came in by the lock and has not left. */

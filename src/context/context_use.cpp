@@ -29,12 +29,15 @@ CQMContextUse::CQMContextUse(EQMNeed need, CQMContextGate* tried) : m_caller(Fin
 }
 
 CQMContextUse::CQMContextUse(Handle handle, EQMNeed need, CQMContextGate* tried) : m_caller(FindCaller()) {
-  CQMContextGate* const gate = HasNeeded(need) ? CQMLinkedObject::FindTarget(handle).gate : nullptr;
-  if (tried != nullptr) {
-    m_caller->used.store(nullptr, CQMAsymmetricBarrier::kStore);
-    if (tried != gate) tried->Settle(*m_caller);
+  CQMContextGate* gate = CQMLinkedObject::FindTarget(handle).gate;
+  if (tried != nullptr && tried == gate) {
+    m_caller->used.store(nullptr, CQMAsymmetricBarrier::kStore);  // to enter it is to settle, too
+  } else {
+    if (tried != nullptr) tried->Withdraw(*m_caller);
+    if (!HasNeeded(need)) return;
+    gate = CQMLinkedObject::FindTarget(handle).gate;
+    if (gate == nullptr) return;
   }
-  if (gate == nullptr) return;
   Enter(*gate);
   // looked up again: until here another thread may have destroyed the object
   SQMHandleTarget const target = CQMLinkedObject::FindTarget(handle);
