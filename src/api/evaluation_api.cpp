@@ -7,36 +7,54 @@ using namespace qumel;
 
 namespace {
 
-/** Runs call on the expression that handle names, in the context that parsed it, whichever is current. */
-template <class Value, class Call>
-Value OnExpression(Handle handle, Value failure, Call call) noexcept {
-  CQMContextUse const use(handle);
+/** As OnExpression, for calls that could not take the fast path. */
+template <EQMHost host, class Value, class Call>
+[[gnu::noinline, gnu::cold]] Value OnExpressionSlowly(Handle handle, CQMContextGate* tried, Value failure,
+                                                      Call call) noexcept {
+  CQMContextUse const use(handle, CQMContextUse::EQMNeed::Current, tried);
   CQMLinkedObject* const object = use.GetObject();
   if (object == nullptr || !object->HasTypeTag(CQMExpression::kTypeTag)) return failure;
   if (use.GetExecutor()->IsRetired()) return failure;  // it only lives on until the calls in it return
-  auto const onContext = [&](CQMExecutor& context) {
+  return OnUsedContext<host>(use, failure, [=](CQMExecutor& context) {
     return call(context, static_cast<CQMExpression&>(*object));
-  };
-  return OnUsedContext(use, failure, onContext);
+  });
 }
 
-/** call, refused with OutOfMemory where it nests too deep. What may call the host back needs it; what does
- * not, such as asking for that error, stays possible. */
-template <class Value, class Call>
-auto Bounded(Value failure, Call call) {
-  return [=](CQMExecutor& context, auto&... expression) {
-    if (!CQMContextUse::IsTooDeep()) return static_cast<Value>(call(context, expression...));
-    context.SetLastError(Error::OutOfMemory);
-    return failure;
-  };
+/** As OnExpression, for an expression that the gate's cache does not know. */
+template <EQMHost host, class Value, class Call>
+[[gnu::noinline]] Value OnUnknownExpression(Handle handle, CQMOwnerUse use, Value failure,
+                                            Call call) noexcept {
+  CQMExpression* const expression = use.GetGate()->Find<CQMExpression>(handle);
+  if (expression != nullptr) {
+    return use.Leave(
+        OnOwnContext(use, failure, [=](CQMExecutor& context) { return call(context, *expression); }));
+  }
+  use.Leave(0);
+  return OnExpressionSlowly<host>(handle, nullptr, failure, call);
 }
+
+/** Runs call on the expression that handle names, in the context that parsed it, whichever is current. */
+template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call>
+Value OnExpression(Handle handle, Value failure, Call call) noexcept {
+  CQMOwnerUse use;
+  if (!use.Enter()) [[unlikely]]
+    return OnExpressionSlowly<host>(handle, use.GetGate(), failure, call);
+  CQMExpression* expression = nullptr;
+  if (!use.GetGate()->FindAgain(handle, expression)) [[unlikely]]
+    return OnUnknownExpression<host>(handle, use, failure, call);
+  return use.Leave(
+      OnOwnContext(use, failure, [=](CQMExecutor& context) { return call(context, *expression); }));
+}
+
+// What may call the host back is refused where it nests too deep. What does not, such as asking for that
+// error, stays possible.
 template <class Value, class Call>
 Value Evaluate(Value failure, Call call) noexcept {
-  return OnContext(failure, Bounded(failure, call));
+  return OnContext<EQMHost::MayBeCalled>(failure, call);
 }
 template <class Value, class Call>
 Value EvaluateExpression(Handle handle, Value failure, Call call) noexcept {
-  return OnExpression(handle, failure, Bounded(failure, call));
+  return OnExpression<EQMHost::MayBeCalled>(handle, failure, call);
 }
 
 }  // namespace

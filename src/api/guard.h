@@ -1,4 +1,5 @@
-// The way in for exported functions: it finds what the call works on and lets no exception out.
+// Entry guard of the exported functions: finds what a call works on, keeps that alive until the call returns,
+// and turns exceptions into failure values.
 #pragma once
 
 #include <type_traits>
@@ -8,7 +9,7 @@
 
 namespace qumel {
 
-/** Answers failure for whatever call throws. */
+/** The value of call; failure where it throws. */
 template <class Value, class Call>
 Value Guarded(std::type_identity_t<Value> failure, Call call) noexcept {
   try {
@@ -18,12 +19,21 @@ Value Guarded(std::type_identity_t<Value> failure, Call call) noexcept {
   }
 }
 
-/** The value of call on the context that use names; failure without one. Whatever is thrown becomes
+/** Whether a call may run functions of the host. Calls of that kind nest, to a limited depth. */
+enum class EQMHost : bool { IsNotCalled, MayBeCalled };
+
+// ---- calls in the current context ----
+
+/** The value of call on the context that use has entered; failure without one. Whatever is thrown becomes
  * OutOfMemory. */
-template <class Value, class Call>
-Value OnUsedContext(CQMContextUse const& use, Value failure, Call& call) {
+template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call>
+Value OnUsedContext(CQMContextUse const& use, Value failure, Call const& call) {
   CQMExecutor* const context = use.GetExecutor();
   if (context == nullptr) return failure;
+  if (host == EQMHost::MayBeCalled && CQMContextUse::IsTooDeep()) {
+    context->SetLastError(Error::OutOfMemory);
+    return failure;
+  }
   try {
     Value const value = call(*context);
     // a text of a context that a callback destroyed is about to go
@@ -35,11 +45,35 @@ Value OnUsedContext(CQMContextUse const& use, Value failure, Call& call) {
   }
 }
 
-/** Runs call on the calling thread's current context, which is found or made where there is none. */
-template <class Value, class Call>
-Value OnContext(Value failure, Call call) noexcept {
-  CQMContextUse const use;
-  return OnUsedContext(use, failure, call);
+/** The value of call on the context that use has entered. */
+template <class Value, class Call, class... Arguments>
+Value OnOwnContext(CQMOwnerUse const& use, Value failure, Call const& call, Arguments... arguments) {
+  try {
+    Value const value = call(*use.GetGate()->GetContext(), arguments...);
+    if (std::is_pointer_v<Value> && use.FindContext().IsRetired()) return failure;
+    return value;
+  } catch (...) {
+    use.FindContext().SetLastError(Error::OutOfMemory);
+    return failure;
+  }
+}
+
+/** As OnContext, for calls that could not take the fast path. */
+template <EQMHost host, class Value, class Call, class... Arguments>
+[[gnu::noinline, gnu::cold]] Value OnContextSlowly(CQMContextGate* tried, Value failure, Call call,
+                                                   Arguments... arguments) noexcept {
+  CQMContextUse const use(CQMContextUse::EQMNeed::Current, tried);
+  return OnUsedContext<host>(use, failure, [&](CQMExecutor& context) { return call(context, arguments...); });
+}
+
+/** Runs call, with arguments, on the calling thread's current context, which is found or made where there is
+ * none. What a call captures instead of taking it as an argument is stored in memory for the slow path. */
+template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call, class... Arguments>
+Value OnContext(Value failure, Call call, Arguments... arguments) noexcept {
+  CQMOwnerUse use;
+  if (!use.Enter()) [[unlikely]]
+    return OnContextSlowly<host>(use.GetGate(), failure, call, arguments...);
+  return use.Leave(OnOwnContext(use, failure, call, arguments...));
 }
 
 /** As above, for functions without a value. */
@@ -51,13 +85,35 @@ void OnContext(Call call) noexcept {
   });
 }
 
+// ---- calls on the record of the calling thread ----
+
 /** Runs call on the calling thread's record, in its current context if it has one. */
-template <class Value, class Call>
-Value OnThread(Value failure, Call call) noexcept {
+template <class Call>
+void OnThread(Call call) noexcept {
   CQMRecordUse const record;
   CQMContextUse const use(CQMContextUse::EQMNeed::CurrentIfAny);
-  if (record.GetRecord() == nullptr || use.IsRefused()) return failure;
-  return Guarded<Value>(failure, [&] { return static_cast<Value>(call(*record.GetRecord())); });
+  if (record.GetRecord() != nullptr && !use.IsRefused()) call(*record.GetRecord());
+}
+
+/** As OnSettings, for calls that could not take the fast path. */
+template <class Value, class Call>
+[[gnu::noinline, gnu::cold]] Value OnSettingsSlowly(CQMContextGate* tried, Value missing,
+                                                    Call call) noexcept {
+  if (tried != nullptr) tried->Withdraw(*t_caller);  // to find the record may mean to wait
+  CQMRecordUse const record;
+  CQMContextUse const use(CQMContextUse::EQMNeed::CurrentIfAny);
+  bool const isMissing = record.GetRecord() == nullptr || use.IsRefused();
+  return isMissing ? missing : call(record.GetRecord()->GetSettings());
+}
+
+/** The value of call on the settings of the calling thread's current context, or of its record when there is
+ * none; missing where the thread can have no record. */
+template <class Value, class Call>
+Value OnSettings(Value missing, Call call) noexcept {
+  CQMOwnerUse use;
+  if (!use.Enter()) [[unlikely]]
+    return OnSettingsSlowly(use.GetGate(), missing, call);
+  return use.Leave(call(use.GetGate()->GetContext()->GetSettings()));
 }
 
 }  // namespace qumel

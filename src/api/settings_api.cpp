@@ -1,33 +1,33 @@
-// Exported settings: each pair of functions is one line.
+// Exported settings, a setter and a getter a row of context/settings.inc.
 #include "api/guard.h"
 #include "qumel/qumel.h"
 
 using namespace qumel;
 
-#define QM_SETTING(Type, Setter, Getter, member, missing)                                       \
-  void Setter(Type value) {                                                                     \
-    OnThread(false, [=](CQMThreadInfo& record) { return record.Set##member(value), true; });    \
-  }                                                                                             \
-  Type Getter(void) {                                                                           \
-    return OnThread(Type{missing}, [](CQMThreadInfo& record) { return record.Get##member(); }); \
+namespace {
+
+/** What a getter gives where the thread can have no record. */
+template <class Value>
+constexpr Value kMissing{};
+template <>
+constexpr char kMissing<char> = ' ';
+
+}  // namespace
+
+#define QM_SETTER(name, exported, Type)                                \
+  void qmSet##exported(Type value) {                                   \
+    OnThread([=](CQMThreadInfo& record) { record.Set##name(value); }); \
+  }
+#define QM_SETTER_Fixed QM_SETTER
+#define QM_SETTER_Live QM_SETTER
+#define QM_SETTER_Word QM_SETTER
+#define QM_SETTER_Switch(name, exported, Type)                       \
+  void qmSet##exported(void) {                                       \
+    OnThread([](CQMThreadInfo& record) { record.Set##name(true); }); \
   }
 
-QM_SETTING(char, qmSetAngleUnit, qmGetAngleUnit, AngleUnit, ' ')
-QM_SETTING(char, qmSetOutputBase, qmGetOutputBase, NumberBase, ' ')
-QM_SETTING(char, qmSetCoordinateFormat, qmGetCoordinateFormat, CoordinateFormat, ' ')
-QM_SETTING(char, qmSetQuoteMark, qmGetQuoteMark, QuoteMark, ' ')
-QM_SETTING(char, qmSetRadixMark, qmGetRadixMark, RadixMark, ' ')
-QM_SETTING(char, qmSetBooleanTrue, qmGetBooleanTrue, BooleanTrue, ' ')
-QM_SETTING(char, qmSetDefaultVariableScope, qmGetDefaultVariableScope, DefaultVariableScope, ' ')
-QM_SETTING(int, qmSetFormattedResultPrecisionLimit, qmGetFormattedResultPrecisionLimit,
-           FormattedResultPrecisionLimit, 0)
-QM_SETTING(bool, qmSetAllowImpliedMult, qmGetAllowImpliedMult, AllowImpliedMult, false)
-QM_SETTING(bool, qmSetAllowComplexResults, qmGetAllowComplexResults, AllowComplexResults, false)
-QM_SETTING(bool, qmSetInvertArrayIndices, qmGetInvertArrayIndices, InvertArrayIndices, false)
-
-void qmSetForceComplexResults(void) {
-  OnThread(false, [](CQMThreadInfo& record) { return record.SetForceComplexResults(true), true; });
-}
-bool qmGetForceComplexResults(void) {
-  return OnThread(false, [](CQMThreadInfo& record) { return record.GetForceComplexResults(); });
-}
+#define QM_SETTING(group, member, name, exported, Type, ...)                                                \
+  QM_SETTER_##group(name, exported, Type) Type qmGet##exported(void) {                                      \
+    return OnSettings(kMissing<Type>, [](SQMSettings const& settings) -> Type { return settings.member; }); \
+  }
+#include "context/settings.inc"

@@ -9,7 +9,8 @@
 
 namespace qumel {
 
-thread_local constinit SQMCaller* t_caller = nullptr;
+constinit SQMCaller g_unknownCaller(&g_queuedMark.gate);
+thread_local constinit SQMCaller* t_caller = &g_unknownCaller;
 
 namespace {
 
@@ -36,7 +37,7 @@ void SQMCaller::Renew() {
 SQMCaller* FirstCaller() { return g_firstCaller.load(std::memory_order_acquire); }
 
 SQMCaller& ObtainCaller(unsigned long threadId) {
-  if (t_caller != nullptr) return *t_caller;
+  if (SQMCaller* const known = FindCaller(); known != nullptr) return *known;
   std::scoped_lock const lock(g_callersMutex);
   if (FirstCaller() == nullptr) CQMAsymmetricBarrier::Choose();
   SQMCaller* caller = FirstCaller();

@@ -1,4 +1,4 @@
-// What one thread tells the others about its calls, and who waits for whom.
+// The record of a calling thread that the other threads look at, and the graph of who waits for whom.
 #pragma once
 
 #include <atomic>
@@ -12,13 +12,19 @@ class CQMContextGate;
 class CQMLinkedObject;
 class CQMThreadInfo;
 
-/** What different threads write lies so far apart, or they would slow each other down. */
+/** Data that different threads write lies on different cache lines, which would otherwise travel between the
+ * processors. */
 inline constexpr std::size_t kCacheLine = 64;
 
-/** Never freed, so that other threads may look at it at any time. When its thread has ended, a later thread
- * to which the system gives the same id takes it over. */
+/** What the other threads may know of a calling thread. Everything that the library keeps for a thread hangs
+ * on this record. It is never freed, so that other threads may look at it at any time; when its thread has
+ * ended, a later thread to which the system gives the same id takes it over. */
 struct alignas(kCacheLine) SQMCaller {
   explicit SQMCaller(unsigned long id);
+  /** The record that stands for every thread that has not called yet. It is never written: it looks like the
+   * record of a thread that is in a context already, and calls of that kind take the slow path. */
+  constexpr explicit SQMCaller(CQMContextGate* alwaysUsed)
+      : used(alwaysUsed), current(nullptr), threadId(0) {}
 
   /** Ends the calls that a thread that has ended left open. */
   void Renew();
@@ -49,10 +55,15 @@ struct alignas(kCacheLine) SQMCaller {
   SQMCaller* nextCaller = nullptr;
 };
 
-/** Of the calling thread; null before its first call. */
+/** The record of the calling thread, or the one that stands for every thread that has not called yet; never
+ * null. It is the only thread-local variable of its model, initial-exec, which is the fastest: a library that
+ * is loaded by dlopen shares a small reserve of that kind with all others. */
 extern thread_local constinit SQMCaller* t_caller __attribute__((tls_model("initial-exec")));
+extern constinit SQMCaller g_unknownCaller;
 
-/** Makes the thread's caller known, which is made where there is none. Throws without memory. */
+/** The record of the calling thread; null before its first call. */
+inline SQMCaller* FindCaller() { return t_caller != &g_unknownCaller ? t_caller : nullptr; }
+/** The record of the calling thread, which is made where there is none. Throws std::bad_alloc. */
 SQMCaller& ObtainCaller(unsigned long threadId);
 
 SQMCaller* FirstCaller();

@@ -10,25 +10,10 @@ namespace qumel {
 
 constexpr CQMContextGate::CQMContextGate(EQMKind kind) : m_isMark(kind == EQMKind::Mark) {}
 
+constexpr UQMMark::UQMMark() : gate(CQMContextGate::EQMKind::Mark) {}
+constinit UQMMark g_noneMark, g_lostMark, g_queuedMark;
+
 CQMContextGate::~CQMContextGate() = default;
-
-// ---- the marks ----
-
-namespace {
-
-/** Threads may still call when static objects are destroyed. */
-union UQMMark {
-  constexpr UQMMark() : gate(CQMContextGate::EQMKind::Mark) {}
-  ~UQMMark() {}
-  CQMContextGate gate;
-};
-constinit UQMMark g_none, g_lost, g_queued;
-
-}  // namespace
-
-CQMContextGate* CQMContextGate::None() { return &g_none.gate; }
-CQMContextGate* CQMContextGate::Lost() { return &g_lost.gate; }
-CQMContextGate* CQMContextGate::Queued() { return &g_queued.gate; }
 
 // ---- from context to context ----
 
@@ -62,6 +47,7 @@ void CQMContextGate::Recycle() {
     m_owner.store(nullptr);
     m_fencedOwner.store(nullptr);
     m_context.store(nullptr);
+    std::apply([](auto&... caches) { (caches.Clear(), ...); }, m_found);
   }
   std::scoped_lock const lock(g_freeMutex);
   m_nextFree = std::exchange(g_firstFree, this);
@@ -88,6 +74,7 @@ void CQMContextGate::LeaveFenced(SQMCaller& caller) {
 
 /** Another thread may have taken an announcement, vain or just taken back, for a use that it waits for. */
 void CQMContextGate::Settle(SQMCaller& caller) {
+  if (m_isMark) return;
   std::unique_ptr<CQMExecutor> unused;  // destroyed after the lock is released
   std::scoped_lock const lock(m_mutex);
   if (IsHeldBy(caller)) unused = PassOn();

@@ -3,12 +3,20 @@
 
 #include <memory>
 #include <mutex>
+#include <tuple>
+#include <type_traits>
+#include <typeinfo>
 
 #include "context/caller.h"
+#include "objects/handle_cache.h"
+#include "objects/linked_object.h"
 
 namespace qumel {
 
+class CQMCallbackOperator;
+class CQMDatum;
 class CQMExecutor;
+class CQMExpression;
 
 /** The thread that used a context alone for a while owns its gate and passes it by plain stores. Another one
  * that comes takes the ownership away, for which the system interrupts the other threads, and waits until the
@@ -32,9 +40,9 @@ class alignas(kCacheLine) CQMContextGate {
   void Recycle();
 
   // Marks that stand where a gate may stand. They let nobody in.
-  static CQMContextGate* None();
-  static CQMContextGate* Lost();
-  static CQMContextGate* Queued();
+  static inline CQMContextGate* None();
+  static inline CQMContextGate* Lost();
+  static inline CQMContextGate* Queued();
   bool IsMark() const { return m_isMark; }
 
   /** The context; to be used only while it is kept alive. */
@@ -42,22 +50,43 @@ class alignas(kCacheLine) CQMContextGate {
 
   // ---- in and out ----
   /** For a caller that is in no context. After false it calls Acquire, or Settle if it does not go in. */
-  bool EnterAsOwner(SQMCaller& caller) {
+  bool EnterAsOwner(SQMCaller& caller) { return AnnounceOwner(caller) || EnterFenced(caller); }
+  void LeaveAsOwner(SQMCaller& caller) {
+    if (!EndAnnouncement(caller)) LeaveFenced(caller);
+  }
+  // The two halves of each, for the fast path: what comes after false.
+  bool AnnounceOwner(SQMCaller& caller) {
     caller.used.store(this, CQMAsymmetricBarrier::kStore);
     CQMAsymmetricBarrier::ForbidReordering();
-    if (m_owner.load(CQMAsymmetricBarrier::kLoad) == &caller) [[likely]]
-      return true;
-    return EnterFenced(caller);
+    return m_owner.load(CQMAsymmetricBarrier::kLoad) == &caller;
   }
-  void LeaveAsOwner(SQMCaller& caller) {
+  bool EnterFenced(SQMCaller& caller);
+  bool EndAnnouncement(SQMCaller& caller) {
     caller.used.store(nullptr, CQMAsymmetricBarrier::kStore);
     CQMAsymmetricBarrier::ForbidReordering();
-    if (m_owner.load(CQMAsymmetricBarrier::kLoad) != &caller) [[unlikely]]
-      LeaveFenced(caller);
+    return m_owner.load(CQMAsymmetricBarrier::kLoad) == &caller;
   }
+  void LeaveFenced(SQMCaller& caller);
+  // The objects of the context that hosts know by handles; for whoever is in the context.
+  /** Finds an object of this class that was found by handle before, unless others have taken its place. */
+  template <class Object>
+  bool FindAgain(Handle handle, Object*& object) const {
+    CQMLinkedObject* found = nullptr;
+    if (!std::get<CQMHandleCache<Object>>(m_found).Find(handle, found)) return false;
+    object = static_cast<Object*>(found);
+    return true;
+  }
+  /** Finds any object of this class; null where handle names no such object of the context. */
+  template <class Object>
+  Object* Find(Handle handle);
   /** For a caller that is not in this context; waits until the thread that is has left. */
   EQMEntry Acquire(SQMCaller& caller);
   void Settle(SQMCaller& caller);
+  /** Ends an announcement that was in vain. */
+  void Withdraw(SQMCaller& caller) {
+    caller.used.store(nullptr, CQMAsymmetricBarrier::kStore);
+    Settle(caller);
+  }
   /** After Queued. */
   void Release();
   /** Whether caller came in by the lock and has not left. */
@@ -83,8 +112,6 @@ class alignas(kCacheLine) CQMContextGate {
 
   using Owner = std::atomic<SQMCaller*>;
   Owner& OwnerNow() { return CQMAsymmetricBarrier::NeedsFences() ? m_fencedOwner : m_owner; }
-  bool EnterFenced(SQMCaller& caller);
-  void LeaveFenced(SQMCaller& caller);
   EQMEntry Wait(SQMCaller& caller, std::unique_lock<std::mutex>& lock);
   // under the lock
   void DispossessOwner();
@@ -92,8 +119,10 @@ class alignas(kCacheLine) CQMContextGate {
   std::unique_ptr<CQMExecutor> TakeUnused();
   SQMCaller* RemoveFirstWaiter();
 
-  Owner m_owner{nullptr};  // whom the fast way lets in
+  Owner m_owner{nullptr};  // whom the fast path lets in
   std::atomic<CQMExecutor*> m_context{nullptr};
+  std::tuple<CQMHandleCache<CQMExpression>, CQMHandleCache<CQMDatum>, CQMHandleCache<CQMCallbackOperator>>
+      m_found;
   bool const m_isMark;
   bool m_isOpen = false;
   Owner m_fencedOwner{nullptr};  // instead, where an owner has to pass a fence after each announcement
@@ -110,5 +139,34 @@ class alignas(kCacheLine) CQMContextGate {
   int m_patience = 1;  // so many of them make it the owner
   CQMContextGate* m_nextFree = nullptr;
 };
+
+template <class Object>
+Object* CQMContextGate::Find(Handle handle) {
+  CQMHandleList const* const list = CQMLinkedObject::GetHandleList();
+  SQMHandleSlot const* const slot = list != nullptr ? list->FindSlot(handle) : nullptr;
+  if (slot == nullptr || slot->gate.load(std::memory_order_relaxed) != this) return nullptr;
+  CQMLinkedObject* const object = slot->object.load(std::memory_order_acquire);
+  if (object == nullptr) return nullptr;
+  // a final class is known by its type, others by their tag
+  if constexpr (std::is_final_v<Object>) {
+    if (typeid(*object) != typeid(Object)) return nullptr;
+  } else if (!object->HasTypeTag(Object::kTypeTag)) {
+    return nullptr;
+  }
+  std::get<CQMHandleCache<Object>>(m_found).Keep(handle, *slot);
+  return static_cast<Object*>(object);
+}
+
+/** A gate that is not destroyed with the static objects: threads may still call then. */
+union UQMMark {
+  constexpr UQMMark();
+  ~UQMMark() {}
+  CQMContextGate gate;
+};
+extern constinit UQMMark g_noneMark, g_lostMark, g_queuedMark;
+
+CQMContextGate* CQMContextGate::None() { return &g_noneMark.gate; }
+CQMContextGate* CQMContextGate::Lost() { return &g_lostMark.gate; }
+CQMContextGate* CQMContextGate::Queued() { return &g_queuedMark.gate; }
 
 }  // namespace qumel

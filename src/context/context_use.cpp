@@ -9,16 +9,16 @@ namespace qumel {
 
 // ---- contexts ----
 
-/** The gate that the fast way was tried at, if it was, comes first, whatever became of it meanwhile. */
-void CQMContextUse::EnterCurrent(bool create) {
-  for (CQMContextGate* gate = m_gate;; gate = nullptr) {
-    if (gate == nullptr) {
-      if (m_caller == nullptr || (create && m_caller->current.load()->IsMark())) {
-        if (GetThreadInfo(create) == nullptr) return;
-        m_caller = t_caller;
-      }
+CQMContextUse::CQMContextUse(EQMNeed need, CQMContextGate* tried) : m_caller(FindCaller()) {
+  if (tried != nullptr && tried->EnterFenced(*m_caller)) {
+    SetEntry(EQMEntry::AsOwner, *tried);
+    return;
+  }
+  // the gate that the fast path tried comes first, whatever became of it meanwhile
+  for (CQMContextGate* gate = tried;; gate = nullptr) {
+    if (gate == nullptr || gate->IsMark()) {
+      if (!HasNeeded(need)) return;
       gate = m_caller->current.load();
-      if (gate->IsMark()) return;
     }
     Enter(*gate);
     if (m_isRefused) return;
@@ -28,15 +28,13 @@ void CQMContextUse::EnterCurrent(bool create) {
   }
 }
 
-void CQMContextUse::EnterGuardOf(Handle handle, EQMNeed need) {
-  CQMContextGate* gate = m_gate;
-  if (gate == nullptr) {
-    bool const needsCurrent = need == EQMNeed::Current;
-    if (m_caller == nullptr || (needsCurrent && m_caller->current.load()->IsMark())) {
-      if (GetThreadInfo(needsCurrent) == nullptr) return;
-      m_caller = t_caller;
-      if (needsCurrent && m_caller->current.load()->IsMark()) return;
-    }
+CQMContextUse::CQMContextUse(Handle handle, EQMNeed need, CQMContextGate* tried) : m_caller(FindCaller()) {
+  CQMContextGate* gate = CQMLinkedObject::FindTarget(handle).gate;
+  if (tried != nullptr && tried == gate) {
+    m_caller->used.store(nullptr, CQMAsymmetricBarrier::kStore);  // to enter it is to settle, too
+  } else {
+    if (tried != nullptr) tried->Withdraw(*m_caller);
+    if (!HasNeeded(need)) return;
     gate = CQMLinkedObject::FindTarget(handle).gate;
     if (gate == nullptr) return;
   }
@@ -47,29 +45,36 @@ void CQMContextUse::EnterGuardOf(Handle handle, EQMNeed need) {
   if (target.object == nullptr || target.gate != gate) Leave();
 }
 
+/** Whether the calling thread has a record and, unless there is no need, a current context. Makes what need
+ * allows to be made. */
+bool CQMContextUse::HasNeeded(EQMNeed need) {
+  bool const mayMake = need == EQMNeed::Current;
+  if (m_caller == nullptr || (mayMake && m_caller->current.load()->IsMark())) {
+    if (GetThreadInfo(mayMake) == nullptr) return false;
+    m_caller = FindCaller();
+  }
+  return need == EQMNeed::None || !m_caller->current.load()->IsMark();
+}
+
 void CQMContextUse::Enter(CQMContextGate& gate) {
   CQMContextGate* const used = m_caller->used.load(std::memory_order_relaxed);
-  if (used != nullptr && (used == &gate || gate.IsHeldBy(*m_caller))) return Nest(gate);
-  if (used == nullptr && EnterAsOwner(&gate)) return;
-  m_gate = &gate;
+  if (used != nullptr && (used == &gate || gate.IsHeldBy(*m_caller))) return SetEntry(EQMEntry::Nested, gate);
+  if (used == nullptr && gate.EnterAsOwner(*m_caller)) return SetEntry(EQMEntry::AsOwner, gate);
   switch (gate.Acquire(*m_caller)) {
-    case CQMContextGate::EQMEntry::AsOwner: m_entry = EQMEntry::AsOwner; break;
+    case CQMContextGate::EQMEntry::AsOwner: return SetEntry(EQMEntry::AsOwner, gate);
     case CQMContextGate::EQMEntry::Queued:
-      if (used == nullptr) {
-        m_caller->used.store(CQMContextGate::Queued());
-        m_entry = EQMEntry::Queued;
-      } else {
-        ++m_caller->nested;
-        m_entry = EQMEntry::NestedQueued;
-      }
-      break;
-    case CQMContextGate::EQMEntry::Refused:
-      m_isRefused = true;
-      ReportRefusedWait();
-      return;
+      if (used == nullptr) m_caller->used.store(CQMContextGate::Queued());
+      return SetEntry(used == nullptr ? EQMEntry::Queued : EQMEntry::NestedQueued, gate);
+    case CQMContextGate::EQMEntry::Refused: m_isRefused = true; return ReportRefusedWait();
     case CQMContextGate::EQMEntry::Closed: return;
   }
+}
+
+void CQMContextUse::SetEntry(EQMEntry entry, CQMContextGate& gate) {
+  m_entry = entry;
+  m_gate = &gate;
   m_executor = gate.GetContext();
+  if (entry == EQMEntry::Nested || entry == EQMEntry::NestedQueued) ++m_caller->nested;
 }
 
 void CQMContextUse::Leave() {
@@ -89,7 +94,10 @@ void CQMContextUse::Leave() {
   }
 }
 
-bool CQMContextUse::IsNestedTooDeep() { return t_caller->nested >= kMostNestedCalls || IsStackLow(); }
+bool CQMContextUse::IsTooDeep() {
+  int const nested = t_caller->nested;
+  return nested != 0 && (nested >= kMostNestedCalls || IsStackLow());
+}
 
 void ReportRefusedWait() {
   CQMContextGate* const used = t_caller->used.load();
@@ -117,7 +125,7 @@ void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor) {
 // ---- kept contexts ----
 
 CQMKeptContext::CQMKeptContext(bool mayWait) {
-  SQMCaller* const caller = t_caller;
+  SQMCaller* const caller = FindCaller();
   while (caller != nullptr && m_executor == nullptr) {
     m_gate = caller->current.load(std::memory_order_relaxed);
     if (m_gate->IsMark()) return;
@@ -168,7 +176,7 @@ void DestroyUnusedRecords() {
 
 CQMRecordUse::CQMRecordUse() {
   for (;;) {
-    m_caller = t_caller;
+    m_caller = FindCaller();
     if (m_caller != nullptr) {
       m_caller->usesRecord.store(true, CQMAsymmetricBarrier::kStore);
       CQMAsymmetricBarrier::Light();

@@ -10,48 +10,66 @@
 
 namespace qumel {
 
-/** One call of the calling thread in a context, from its arrival until it returns. It waits until no other
- * thread is in the context. Calls may nest, when a callback of the host calls in. Contexts that are destroyed
- * meanwhile, by the callback or by another thread, live on until the last call in them has returned. */
+/** The fast path of a call into the current context, which nearly every call can take: the thread is in no
+ * other call and owns the gate. The call publishes the gate that it uses by a plain store, like a hazard
+ * pointer, and takes that back by another; whatever else may be the case costs a comparison. */
+class CQMOwnerUse {
+ public:
+  CQMOwnerUse() : m_caller(*t_caller) {}
+
+  /** False when the fast path cannot be taken: CQMContextUse then needs to know the gate that was tried. */
+  [[gnu::always_inline]] bool Enter() {
+    if (m_caller.used.load(std::memory_order_relaxed) != nullptr) [[unlikely]]
+      return false;
+    m_gate = m_caller.current.load(std::memory_order_relaxed);
+    return m_gate->AnnounceOwner(m_caller);
+  }
+  /** The gate that the thread is in, or could not get into; null when none was tried. */
+  CQMContextGate* GetGate() const { return m_gate; }
+  /** The context that the thread is in, for code that is rarely run: nothing is kept in a register for it. */
+  CQMExecutor& FindContext() const { return *m_caller.used.load(std::memory_order_relaxed)->GetContext(); }
+  /** Gives value back, so that calls end by a jump to the slow way out, where it is needed. */
+  template <class Value>
+  [[gnu::always_inline]] Value Leave(Value value) {
+    // the gate is read again, which costs less than to keep it during the call
+    CQMContextGate& gate = *m_caller.used.load(std::memory_order_relaxed);
+    if (gate.EndAnnouncement(m_caller)) [[likely]]
+      return value;
+    return LeaveSlowly(m_caller, gate, value);
+  }
+
+ private:
+  template <class Value>
+  [[gnu::noinline, gnu::cold]] static Value LeaveSlowly(SQMCaller& caller, CQMContextGate& gate,
+                                                        Value value) {
+    gate.LeaveFenced(caller);
+    return value;
+  }
+
+  SQMCaller& m_caller;
+  CQMContextGate* m_gate = nullptr;
+};
+
+/** One call of the calling thread in a context, from its arrival until it returns, by whichever way it gets
+ * in. It waits until no other thread is in the context. Calls may nest, when a callback of the host calls the
+ * library. A context that is destroyed meanwhile, by the callback or by another thread, lives on until the
+ * last call in it has returned. */
 class CQMContextUse {
  public:
   /** Evaluations that callbacks ask for nest this deep: each takes stack of the thread. */
   static constexpr int kMostNestedCalls = 200;
 
-  /** A call in the current context, which is found or made where there is none. There is none only for want
-   * of memory, after the unloading of the library, and when the wait for it would never end. */
-  CQMContextUse() : m_caller(t_caller) {
-    if (m_caller != nullptr && m_caller->used.load(std::memory_order_relaxed) == nullptr &&
-        EnterAsOwner(m_caller->current.load(std::memory_order_relaxed))) [[likely]]
-      return;
-    EnterCurrent(true);
-  }
   /** Whether a call needs the current context of the thread. */
   enum class EQMNeed { Current, CurrentIfAny, None };
-  /** For Current, as above; CurrentIfAny makes none current, and the thread may go without. */
-  explicit CQMContextUse(EQMNeed need) : m_caller(t_caller) { EnterCurrent(need == EQMNeed::Current); }
+  /** A call in the current context. For Current it is found or made where there is none; there is none only
+   * for want of memory, after the library was unloaded, and when the wait for it would never end.
+   * CurrentIfAny makes none current, and the thread may go without. tried is the gate that the fast path
+   * could not get into, if it tried one. */
+  explicit CQMContextUse(EQMNeed need = EQMNeed::Current, CQMContextGate* tried = nullptr);
   /** A call in the context that guards the object of handle, whichever is current; there is none when there
-   * is no such object, or the calling thread cannot have the current context that the call needs. */
-  explicit CQMContextUse(Handle handle, EQMNeed need = EQMNeed::Current) : m_caller(t_caller) {
-    SQMHandleTarget const target = CQMLinkedObject::FindTarget(handle);
-    m_object = target.object;
-    if (m_caller != nullptr && target.gate != nullptr) {
-      CQMContextGate* const used = m_caller->used.load(std::memory_order_relaxed);
-      if (used == nullptr && target.gate == m_caller->current.load(std::memory_order_relaxed) &&
-          EnterAsOwner(target.gate)) [[likely]]
-        return;
-      if (used == target.gate) {
-        Nest(*target.gate);
-        return;
-      }
-    }
-    EnterGuardOf(handle, need);
-  }
-  ~CQMContextUse() {
-    if (m_entry == EQMEntry::AsOwner) [[likely]]
-      m_gate->LeaveAsOwner(*m_caller);
-    else if (m_entry != EQMEntry::None) Leave();
-  }
+   * is no such object, or when the calling thread cannot have the current context that the call needs. */
+  CQMContextUse(Handle handle, EQMNeed need, CQMContextGate* tried = nullptr);
+  ~CQMContextUse() { Leave(); }
   CQMContextUse(CQMContextUse const&) = delete;
   CQMContextUse& operator=(CQMContextUse const&) = delete;
 
@@ -66,7 +84,7 @@ class CQMContextUse {
   bool IsRefused() const { return m_isRefused; }
   /** Whether the calling thread's calls nest too deep, or its stack is too small, for one that may call the
    * host back. */
-  static bool IsTooDeep() { return t_caller->nested != 0 && IsNestedTooDeep(); }
+  static bool IsTooDeep();
 
  private:
   enum class EQMEntry : unsigned char {
@@ -77,24 +95,10 @@ class CQMContextUse {
     Nested,        // beneath a call in the same context
   };
 
-  bool EnterAsOwner(CQMContextGate* gate) {
-    m_gate = gate;
-    if (!gate->EnterAsOwner(*m_caller)) return false;
-    m_entry = EQMEntry::AsOwner;
-    m_executor = gate->GetContext();
-    return true;
-  }
-  void Nest(CQMContextGate& gate) {
-    m_gate = &gate;
-    m_entry = EQMEntry::Nested;
-    ++m_caller->nested;
-    m_executor = gate.GetContext();
-  }
-  void EnterCurrent(bool create);
-  void EnterGuardOf(Handle handle, EQMNeed need);
+  bool HasNeeded(EQMNeed need);
   void Enter(CQMContextGate& gate);
+  void SetEntry(EQMEntry entry, CQMContextGate& gate);
   void Leave();
-  static bool IsNestedTooDeep();
 
   SQMCaller* m_caller;
   CQMContextGate* m_gate = nullptr;

@@ -34,7 +34,7 @@ struct SQMCaller;
 using ErrorCallback = void (*)(long code);
 
 /** Used by one thread at a time: calls come in through its gate. */
-class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
+class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
  public:
   static constexpr char const* kTypeTag = TypeTag::kExecutor;
   static constexpr std::size_t kResultSize = 1024;  // bytes of every formatted result, its end included
@@ -108,33 +108,27 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
 
   // ---- settings (executor_settings.cpp) ----
   SQMSettings const& GetSettings() const { return m_settings; }
-  // first group: only before Initialize
-  void SetCaseSensitive(bool value);
-  void SetHierarchical(bool value);
-  void SetArrayBase(long base);
-  void SetInvertArrayIndices(bool value);
-  void SetAllowImpliedMult(bool value);
-  void SetRadixMark(char mark);
-  void SetQuoteMark(char mark);
-  void SetBooleanTrue(char mark);
-  // second group: at any time
-  /** Clears the force flag. */
-  void SetAllowComplexResults(bool allow);
-  /** true clears the allow flag. */
-  void SetForceComplexResults(bool force);
+  // The setters, one a row: those of fixed settings act only before Initialize, the others at any time.
+#define QM_SETTING(group, member, name, exported, Type, ...) void Set##name(Type value) QM_OVERRIDE_##group;
+#define QM_CONTEXT_SETTING(member, name, Type, initial) void Set##name(Type value);
+#define QM_OVERRIDE_Fixed
+#define QM_OVERRIDE_Live
+#define QM_OVERRIDE_Switch
+#define QM_OVERRIDE_Word override
+#include "context/settings.inc"
+#undef QM_OVERRIDE_Fixed
+#undef QM_OVERRIDE_Live
+#undef QM_OVERRIDE_Switch
+#undef QM_OVERRIDE_Word
+  // Mode words change one flag each.
   void SetAllowComplexFlag(bool allow) override { m_settings.allowComplexResults = allow; }
   void SetForceComplexFlag(bool force) override { m_settings.forceComplexResults = force; }
-  void SetNumberBase(char base) override;
-  void SetAngleUnit(char unit) override;
-  void SetCoordinateFormat(char format) override;
-  void SetDefaultVariableScope(char scope);
-  void SetFormattedResultPrecisionLimit(int digits) override;
   double const& GetAngleFactorToRadians() const override { return m_angle.toRadians; }
   double const& GetAngleFactorFromRadians() const override { return m_angle.fromRadians; }
   bool GetAllowComplexResults() const override { return m_settings.allowComplexResults; }
   bool GetForceComplexResults() const override { return m_settings.forceComplexResults; }
   char GetDefaultVariableScope() const override { return m_settings.defaultVariableScope; }
-  long GetArrayBase() const override { return m_arrayBase; }
+  long GetArrayBase() const override { return m_settings.arrayBase; }
   bool GetInvertArrayIndices() const override { return m_settings.invertArrayIndices; }
   double GetRadiusOrdinate(double real, double imaginary) const;
   double GetThetaOrdinate(double real, double imaginary) const;
@@ -190,6 +184,11 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   void BuildTables();
   // executor_errors.cpp
   static void LoadStandardMessages(CQMSymbolTable& table);
+  // executor_settings.cpp: what follows when a setting was stored
+  void FollowNothing() {}
+  void FollowAngleUnit();
+  void FollowAllowedComplex();
+  void FollowForcedComplex();
   // executor_evaluation.cpp
   class CQMWorkingItems;
   long Convert(char const* text, CQMItemList& items);
@@ -226,10 +225,7 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   CQMRun* m_innermostRun = nullptr;
   CQMRandomGenerator m_random;
   bool m_initialized = false;
-  bool m_caseSensitive = true;
-  bool m_hierarchical = true;
-  long m_arrayBase = 0;
-  SQMSettings m_settings;
+  SQMContextSettings m_settings;
   SQMAngleFactors m_angle{1.0, 1.0};  // until the angle unit is set
   ErrorCallback m_errorCallback = nullptr;
   std::unique_ptr<CQMPostFixer> m_postFixer;

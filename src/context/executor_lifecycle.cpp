@@ -96,8 +96,8 @@ void CQMExecutor::BuildTables() {
   m_postFixer->SetOperatorLists(sm_pCosmicOperatorList, m_localOperators.get());
   bool const hasComma = m_settings.radixMark == RadixMark::kComma;
   m_postFixer->SetReadingRules({
-      .caseSensitive = m_caseSensitive,
-      .hierarchical = m_hierarchical,
+      .caseSensitive = m_settings.caseSensitive,
+      .hierarchical = m_settings.hierarchical,
       .impliedMultiplication = m_settings.allowImpliedMultiplication,
       .radixMark = hasComma ? ',' : '.',
       .quoteMark = m_settings.quoteMark == QuoteMark::kSingle ? '\'' : '"',

@@ -87,7 +87,7 @@ void DestroyRecordsAndPublicContexts() {
 }  // namespace
 
 CQMThreadInfo* GetThreadInfo(bool create) {
-  SQMCaller const* const caller = t_caller;
+  SQMCaller const* const caller = FindCaller();
   if (caller != nullptr && caller->generation == g_library.generation.load(std::memory_order_acquire) &&
       (!create || !caller->current.load()->IsMark())) {
     return caller->record;

@@ -1,57 +1,17 @@
-// Accepted values, angle factors, and what contexts copy.
+// What new contexts copy of the settings, and the factors of the angle units.
 #include "context/settings.h"
 
 #include "context/executor.h"
 
 namespace qumel {
 
-namespace {
-
-using CopySetting = void (*)(SQMSettings const& from, CQMExecutor& to);
-
-constexpr unsigned kPrivate = static_cast<unsigned>(EQMContextKind::Private);
-constexpr unsigned kNotPublic = static_cast<unsigned>(EQMContextKind::Primary) | kPrivate;
-constexpr unsigned kAll = static_cast<unsigned>(EQMContextKind::Public) | kNotPublic;
-
-struct SQMCopyRow {
-  unsigned kinds;  // the kinds of contexts that copy the setting
-  CopySetting copy;
-};
-
-/** The one setter clears what the other sets: force stands behind allow. */
-constexpr SQMCopyRow kCopyRows[] = {
-    {kAll, [](SQMSettings const& from,
-              CQMExecutor& to) { to.SetAllowImpliedMult(from.allowImpliedMultiplication); }},
-    {kAll, [](SQMSettings const& from, CQMExecutor& to) { to.SetRadixMark(from.radixMark); }},
-    {kAll, [](SQMSettings const& from, CQMExecutor& to) { to.SetQuoteMark(from.quoteMark); }},
-    {kAll, [](SQMSettings const& from, CQMExecutor& to) { to.SetBooleanTrue(from.booleanTrue); }},
-    {kNotPublic,
-     [](SQMSettings const& from, CQMExecutor& to) { to.SetInvertArrayIndices(from.invertArrayIndices); }},
-    {kAll, [](SQMSettings const& from, CQMExecutor& to) { to.SetNumberBase(from.numberBase); }},
-    {kAll, [](SQMSettings const& from, CQMExecutor& to) { to.SetAngleUnit(from.angleUnit); }},
-    {kAll, [](SQMSettings const& from, CQMExecutor& to) { to.SetCoordinateFormat(from.coordinateFormat); }},
-    {kAll,
-     [](SQMSettings const& from, CQMExecutor& to) { to.SetAllowComplexResults(from.allowComplexResults); }},
-    {kPrivate,
-     [](SQMSettings const& from, CQMExecutor& to) { to.SetForceComplexResults(from.forceComplexResults); }},
-    {kNotPublic,
-     [](SQMSettings const& from, CQMExecutor& to) { to.SetDefaultVariableScope(from.defaultVariableScope); }},
-    {kPrivate, [](SQMSettings const& from,
-                  CQMExecutor& to) { to.SetFormattedResultPrecisionLimit(from.precisionLimit); }},
-};
-
-}  // namespace
-
 void CopySettings(SQMSettings const& from, EQMContextKind kind, CQMExecutor& to) {
-  for (SQMCopyRow const& row : kCopyRows) {
-    if ((row.kinds & static_cast<unsigned>(kind)) != 0) row.copy(from, to);
-  }
-}
-
-bool StoreAccepted(CQMSetting<char>& setting, std::string_view accepted, char value) {
-  if (accepted.find(value) == std::string_view::npos) return false;
-  setting = value;
-  return true;
+  constexpr unsigned kPrivate = static_cast<unsigned>(EQMContextKind::Private);
+  constexpr unsigned kNotPublic = static_cast<unsigned>(EQMContextKind::Primary) | kPrivate;
+  constexpr unsigned kAll = static_cast<unsigned>(EQMContextKind::Public) | kNotPublic;
+#define QM_SETTING(group, member, name, exported, Type, initial, accepted, copied, effect) \
+  if ((copied & static_cast<unsigned>(kind)) != 0) to.Set##name(from.member);
+#include "context/settings.inc"
 }
 
 SQMAngleFactors AngleFactorsOf(char unit) {

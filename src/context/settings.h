@@ -1,7 +1,9 @@
-// The settings of a context and of a thread record, and the rules of the values that they accept.
+// The settings of contexts and of thread records, and the rules of the values that they accept; the settings
+// themselves are the rows of context/settings.inc.
 #pragma once
 
 #include <atomic>
+#include <optional>
 #include <string_view>
 
 #include "base/letters.h"
@@ -27,19 +29,18 @@ class CQMSetting {
 
 /** Each member starts with its default. */
 struct SQMSettings {
-  CQMSetting<bool> allowImpliedMultiplication = true;
-  CQMSetting<char> radixMark = RadixMark::kPoint;
-  CQMSetting<char> quoteMark = QuoteMark::kDouble;
-  CQMSetting<char> booleanTrue = BooleanTrue::kOne;
-  CQMSetting<bool> invertArrayIndices = false;
-  CQMSetting<char> numberBase = NumberBase::kDecimal;
-  CQMSetting<char> angleUnit = AngleUnit::kDegrees;
-  CQMSetting<bool> allowComplexResults = false;
-  CQMSetting<bool> forceComplexResults = false;
-  CQMSetting<char> coordinateFormat = CoordinateFormat::kRectangular;
-  CQMSetting<char> defaultVariableScope = Scope::kLocal;
-  CQMSetting<int> precisionLimit = 12;
+#define QM_SETTING(group, member, name, exported, Type, initial, ...) CQMSetting<Type> member = initial;
+#include "context/settings.inc"
 };
+
+/** With those that belong to contexts alone. */
+struct SQMContextSettings : SQMSettings {
+#define QM_CONTEXT_SETTING(member, name, Type, initial) Type member = initial;
+#include "context/settings.inc"
+};
+
+/** When a setting acts; context/settings.inc tells. */
+enum class EQMSettingGroup { Fixed, Live, Word, Switch };
 
 /** Kinds of contexts; each takes a part of its creator's settings over. */
 enum class EQMContextKind : unsigned { Primary = 1, Public = 2, Private = 4 };
@@ -48,16 +49,55 @@ class CQMExecutor;
 /** Gives a context that is not yet initialised those settings that its kind copies. */
 void CopySettings(SQMSettings const& from, EQMContextKind kind, CQMExecutor& to);
 
-/** Stores value when it is one of accepted; returns whether it did. */
-bool StoreAccepted(CQMSetting<char>& setting, std::string_view accepted, char value);
+/** Rules of accepted values. Each gives the value to store, if there is one. kPassesStored: a thread's setter
+ * passes on what its record holds then, and not its argument, so that a value that is not accepted gives the
+ * context the one of the record. */
+namespace SettingRule {
 
-namespace Accepted {
-inline constexpr std::string_view kRadixMarks = "PC", kQuoteMarks = "12", kBooleanTrues = "CN",
-                                  kNumberBases = "BODTH", kAngleUnits = "DGMR", kCoordinateFormats = "RP",
-                                  kVariableScopes = "CGL";
+struct Any {
+  static constexpr bool kPassesStored = false;
+  constexpr std::optional<bool> operator()(bool value) const { return value; }
+};
+
+struct OneOf {
+  static constexpr bool kPassesStored = false;
+  constexpr explicit OneOf(std::string_view accepted) : letters(accepted) {}
+  constexpr std::optional<char> operator()(char value) const {
+    return letters.find(value) != letters.npos ? std::optional(value) : std::nullopt;
+  }
+  std::string_view letters;
+};
+
+/** What is not accepted resets the setting. */
+struct OneOfOr {
+  static constexpr bool kPassesStored = false;
+  constexpr OneOfOr(std::string_view accepted, char otherwise) : letters(accepted), reset(otherwise) {}
+  constexpr std::optional<char> operator()(char value) const {
+    return letters.find(value) != letters.npos ? value : reset;
+  }
+  std::string_view letters;
+  char reset;
+};
+
+struct NotNegative {
+  static constexpr bool kPassesStored = true;
+  constexpr std::optional<int> operator()(int value) const {
+    return value >= 0 ? std::optional(value) : std::nullopt;
+  }
+};
+
+}  // namespace SettingRule
+
+/** Stores value if rule accepts it, and tells whether it does. */
+template <class Value, class Rule>
+bool StoreAccepted(CQMSetting<Value>& setting, Rule const& rule, Value value) {
+  std::optional<Value> const accepted = rule(value);
+  if (accepted.has_value()) setting = *accepted;
+  return accepted.has_value();
 }
 
-/** Factors of an angle unit. Degrees and gradians have short decimal forms on purpose. */
+/** Factors of an angle unit. Those of degrees and gradians are short decimal forms: results that hosts have
+ * stored stay the same to the last digit. */
 struct SQMAngleFactors {
   double toRadians;
   double fromRadians;

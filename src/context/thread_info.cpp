@@ -99,72 +99,24 @@ void CQMThreadInfo::ForgetLocally() {
   m_settings = {};
 }
 
-// ---- settings that only a thread without a context can choose ----
+// ---- settings ----
 
-void CQMThreadInfo::SetAllowImpliedMult(bool value) {
-  if (GetExecutor() == nullptr) m_settings.allowImpliedMultiplication = value;
-}
+using namespace SettingRule;
 
-void CQMThreadInfo::SetRadixMark(char mark) {
-  if (GetExecutor() == nullptr) StoreAccepted(m_settings.radixMark, Accepted::kRadixMarks, mark);
-}
-
-void CQMThreadInfo::SetQuoteMark(char mark) {
-  if (GetExecutor() == nullptr) StoreAccepted(m_settings.quoteMark, Accepted::kQuoteMarks, mark);
-}
-
-void CQMThreadInfo::SetBooleanTrue(char mark) {
-  if (GetExecutor() == nullptr) StoreAccepted(m_settings.booleanTrue, Accepted::kBooleanTrues, mark);
-}
-
-void CQMThreadInfo::SetInvertArrayIndices(bool value) {
-  if (GetExecutor() == nullptr) m_settings.invertArrayIndices = value;
-}
-
-// ---- settings that are stored and passed on ----
-
-void CQMThreadInfo::SetNumberBase(char base) {
-  CQMExecutor* const current = GetExecutor();
-  StoreAccepted(m_settings.numberBase, Accepted::kNumberBases, base);
-  if (current != nullptr) current->SetNumberBase(base);
-}
-
-void CQMThreadInfo::SetAngleUnit(char unit) {
-  CQMExecutor* const current = GetExecutor();
-  StoreAccepted(m_settings.angleUnit, Accepted::kAngleUnits, unit);
-  if (current != nullptr) current->SetAngleUnit(unit);
-}
-
-void CQMThreadInfo::SetCoordinateFormat(char format) {
-  CQMExecutor* const current = GetExecutor();
-  StoreAccepted(m_settings.coordinateFormat, Accepted::kCoordinateFormats, format);
-  if (current != nullptr) current->SetCoordinateFormat(format);
-}
-
-void CQMThreadInfo::SetAllowComplexResults(bool allow) {
-  CQMExecutor* const current = GetExecutor();
-  m_settings.allowComplexResults = allow;
-  if (current != nullptr) current->SetAllowComplexResults(allow);
-}
-
-void CQMThreadInfo::SetForceComplexResults(bool force) {
-  CQMExecutor* const current = GetExecutor();
-  m_settings.forceComplexResults = force;
-  if (current != nullptr) current->SetAllowComplexResults(force);
-}
-
-void CQMThreadInfo::SetDefaultVariableScope(char scope) {
-  CQMExecutor* const current = GetExecutor();
-  if (!StoreAccepted(m_settings.defaultVariableScope, Accepted::kVariableScopes, scope)) {
-    m_settings.defaultVariableScope = Scope::kLocal;
+#define QM_SETTING(group, member, name, exported, Type, initial, accepted, copied, effect) \
+  void CQMThreadInfo::Set##name(Type value) {                                              \
+    CQMExecutor* const current = GetExecutor();                                            \
+    if (EQMSettingGroup::group == EQMSettingGroup::Fixed && current != nullptr) return;    \
+    auto const rule = accepted;                                                            \
+    StoreAccepted(m_settings.member, rule, value);                                         \
+    if (current == nullptr) return;                                                        \
+    Type const passed = rule.kPassesStored ? Type{m_settings.member} : value;              \
+    if (EQMSettingGroup::group == EQMSettingGroup::Switch) {                               \
+      current->SetAllowComplexResults(passed != Type{});                                   \
+    } else {                                                                               \
+      current->Set##name(passed);                                                          \
+    }                                                                                      \
   }
-  if (current != nullptr) current->SetDefaultVariableScope(m_settings.defaultVariableScope);
-}
-
-void CQMThreadInfo::SetFormattedResultPrecisionLimit(int digits) {
-  CQMExecutor* const current = GetExecutor();
-  if (digits >= 0) m_settings.precisionLimit = digits;
-  if (current != nullptr) current->SetFormattedResultPrecisionLimit(m_settings.precisionLimit);
-}
+#include "context/settings.inc"
 
 }  // namespace qumel

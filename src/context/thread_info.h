@@ -42,34 +42,15 @@ class CQMThreadInfo : public CQMLinkedObject {
   bool LockExecutor();
   bool UnlockExecutor();
 
-  // Getters answer for the current context when there is one, else with the record's copy. Setters of the
-  // first group act only without a current context; those of the second store and pass on.
-  bool GetAllowImpliedMult() { return Effective().allowImpliedMultiplication; }
-  char GetRadixMark() { return Effective().radixMark; }
-  char GetQuoteMark() { return Effective().quoteMark; }
-  char GetBooleanTrue() { return Effective().booleanTrue; }
-  bool GetInvertArrayIndices() { return Effective().invertArrayIndices; }
-  char GetNumberBase() { return Effective().numberBase; }
-  char GetAngleUnit() { return Effective().angleUnit; }
-  bool GetAllowComplexResults() { return Effective().allowComplexResults; }
-  bool GetForceComplexResults() { return Effective().forceComplexResults; }
-  char GetCoordinateFormat() { return Effective().coordinateFormat; }
-  char GetDefaultVariableScope() { return Effective().defaultVariableScope; }
-  int GetFormattedResultPrecisionLimit() { return Effective().precisionLimit; }
-
-  void SetAllowImpliedMult(bool value);
-  void SetRadixMark(char mark);
-  void SetQuoteMark(char mark);
-  void SetBooleanTrue(char mark);
-  void SetInvertArrayIndices(bool value);
-  void SetNumberBase(char base);
-  void SetAngleUnit(char unit);
-  void SetCoordinateFormat(char format);
-  void SetAllowComplexResults(bool allow);
-  /** Stores force, and tells the current context to allow complex results; crossed over on purpose. */
-  void SetForceComplexResults(bool force);
-  void SetDefaultVariableScope(char scope);
-  void SetFormattedResultPrecisionLimit(int digits);
+  /** Those of the current context when there is one, else the record's copies. */
+  SQMSettings const& GetSettings() {
+    CQMExecutor const* const current = GetExecutor();
+    return current != nullptr ? current->GetSettings() : m_settings;
+  }
+  // The setters, one a row: those of fixed settings act only without a current context, the others store a
+  // value in the copy and pass it on.
+#define QM_SETTING(group, member, name, exported, Type, ...) void Set##name(Type value);
+#include "context/settings.inc"
 
   SQMSettings const& GetCopies() {
     GetExecutor();  // a context taken away leaves defaults behind
@@ -85,10 +66,6 @@ class CQMThreadInfo : public CQMLinkedObject {
   void Detach();
 
  private:
-  SQMSettings const& Effective() {
-    CQMExecutor const* const current = GetExecutor();
-    return current != nullptr ? current->GetSettings() : m_settings;
-  }
   void ForgetLocally();
 
   unsigned long m_threadId;

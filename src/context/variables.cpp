@@ -37,25 +37,24 @@ void StorePart(CQMDatum& datum, SQMIndices const& indices, long part, std::span<
   if (HasPart(datum, part)) datum.SetValue(part, Widen(value).data(), indices.Used());
 }
 
-CQMSymbolTable* CQMVariables::TableOf(char scope) const {
-  return scope == Scope::kCosmic ? m_context.GetCosmicSymbolTable() : m_context.GetGlobalSymbolTable();
-}
-
 bool CQMVariables::IsTaken(char scope, char const* name, EQMExistence existence) const {
   bool const thisTableOnly = scope == Scope::kGlobal && existence == EQMExistence::ByScope;
   return TableOf(scope)->IsSymbol(std::string_view(name), thisTableOnly);
 }
 
-CQMVariables::FoundDatum CQMVariables::Find(char scope, char const* name, EQMLookup lookup) const {
-  if (name == nullptr || TableOf(scope) == nullptr) return nullptr;
-  CQMObject* found = nullptr;
-  CQMSymbolTable* table = TableOf(scope);
-  if (lookup == EQMLookup::CosmicFirst) {
-    found = m_context.GetCosmicSymbolTable()->ReserveSymbol(std::string_view(name), true);
-    table = m_context.GetGlobalSymbolTable();  // for 'C', too
-  }
-  if (found == nullptr) found = table->ReserveSymbol(std::string_view(name), scope == Scope::kGlobal);
-  return FoundDatum(static_cast<CQMDatum*>(found));  // tables of variables hold nothing else
+// Tables of variables hold nothing else. No other thread changes that of the context meanwhile.
+
+CQMDatum* CQMVariables::FindOwn(CQMExecutor& context, char const* name) {
+  CQMSymbolTable* const table = context.GetGlobalSymbolTable();
+  if (name == nullptr || table == nullptr) return nullptr;
+  return static_cast<CQMDatum*>(table->GetSymbol(std::string_view(name), true));
+}
+
+std::unique_ptr<CQMDatum, CQMVariables::SQMRelease> CQMVariables::ReserveShared(char const* name) const {
+  CQMSymbolTable* const table = TableOf(Scope::kCosmic);
+  CQMObject* const found =
+      name != nullptr && table != nullptr ? table->ReserveSymbol(std::string_view(name), true) : nullptr;
+  return std::unique_ptr<CQMDatum, SQMRelease>(static_cast<CQMDatum*>(found));
 }
 
 CQMVariables::NewDatum CQMVariables::Make(char scope, char const* name, EQMExistence existence,
@@ -120,11 +119,6 @@ Handle CQMVariables::EnterWithHandle(char scope, NewDatum datum) {
   return Enter(scope, std::move(datum)) ? handle : 0;
 }
 
-long CQMVariables::CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataType)) {
-  if (!accepts(datum.GetType())) return Error::TypeMismatch;
-  return datum.IsArray() ? Error::IndexOutOfBounds : Error::None;
-}
-
 long CQMVariables::FindElement(CQMDatum const& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices,
                                std::byte const*& element) {
   if (!accepts(datum.GetType())) return Error::TypeMismatch;
@@ -148,34 +142,24 @@ char CQMVariables::LetterOf(CQMDatum const* datum) {
 }
 
 Handle CQMVariables::GetHandle(char scope, char const* name) {
-  FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
-  if (datum == nullptr) return Refuse(Error::NotDefined), 0;
-  Handle const handle = datum->GetObjectHandle(GuardOf(*datum));
-  if (handle == 0) Refuse(Error::OutOfMemory);
-  return handle;
+  return OnFound(scope, name, EQMLookup::ByScope, [this](CQMDatum* datum) -> Handle {
+    if (datum == nullptr) return Refuse(Error::NotDefined), 0;
+    Handle const handle = datum->GetObjectHandle(GuardOf(*datum));
+    if (handle == 0) Refuse(Error::OutOfMemory);
+    return handle;
+  });
 }
 
 bool CQMVariables::IsArray(char scope, char const* name) {
-  FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
-  return datum != nullptr && datum->IsArray();
+  return OnFound(scope, name, EQMLookup::ByScope,
+                 [](CQMDatum const* datum) { return datum != nullptr && datum->IsArray(); });
 }
 
 long CQMVariables::Delete(char scope, char const* name) {
   m_context.ClearLastError();
   if (name == nullptr) return Refuse(Error::NotFound), Error::NotFound;
-  return Delete(*TableOf(scope), name);
-}
-
-long CQMVariables::DeleteByHandle(Handle handle) {
-  m_context.ClearLastError();
-  CQMDatum* const datum = ObjectFromHandle<CQMDatum>(handle);
-  if (datum == nullptr) return Refuse(Error::NotFound), Error::NotFound;
-  return Delete(*TableOf(datum->GetScope()), datum->Name());
-}
-
-long CQMVariables::Delete(CQMSymbolTable& table, std::string_view name) {
   std::unique_ptr<CQMObject> taken;
-  long const code = table.TakeSymbol(name, taken);
+  long const code = TableOf(scope)->TakeSymbol(name, taken);
   m_context.SetLastError(code);
   if (taken != nullptr) {
     auto& datum = static_cast<CQMDatum&>(*taken);

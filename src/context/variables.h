@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "context/executor.h"
@@ -61,7 +62,7 @@ constexpr bool IsComplexType(EQMDataType type) { return type == EQMDataType::Com
 constexpr bool IsBooleanType(EQMDataType type) { return type == EQMDataType::Boolean; }
 
 /** Copies value into one part of datum by the datum's own conversion, whatever its type is. */
-void StorePart(CQMDatum& datum, long part, std::span<std::byte const> value);
+[[gnu::cold]] void StorePart(CQMDatum& datum, long part, std::span<std::byte const> value);
 /** As above, into the element at indices. */
 void StorePart(CQMDatum& datum, SQMIndices const& indices, long part, std::span<std::byte const> value);
 
@@ -70,7 +71,12 @@ struct SQMPartAccess {
   using Value = Number;
   static constexpr EQMOnError kOnError = EQMOnError::StoreAnyway;
   static bool Accepts(EQMDataType type) { return accepts(type); }
-  static void Store(CQMDatum& datum, Value value) { StorePart(datum, part, BytesOf(value)); }
+  static void Store(CQMDatum& datum, Value value) {
+    // what nearly every call finds: a scalar that holds values of just this kind
+    if (part == 0 && accepts(datum.GetType()) && !datum.IsArray()) [[likely]]
+      *reinterpret_cast<Value*>(datum.Current()) = value;
+    else StorePart(datum, part, BytesOf(value));
+  }
   static void Store(CQMDatum& datum, SQMIndices const& indices, Value value) {
     StorePart(datum, indices, part, BytesOf(value));
   }
@@ -159,28 +165,33 @@ class CQMVariables {
   // ---- writing: true when the last error is 0 afterwards; an older error is not cleared ----
   template <class Access>
   bool Set(char scope, char const* name, typename Access::Value value) {
-    FoundDatum const datum = Find(scope, name, EQMLookup::ByScope);
-    if (datum == nullptr) return Conclude(Error::NotDefined);
-    long const code = CheckScalar(*datum, &Access::Accepts);
-    bool const stores = code == Error::None || Access::kOnError == EQMOnError::StoreAnyway ||
-                        (Access::kOnError == EQMOnError::StoreUnlessArray && !datum->IsArray());
-    if (stores) Access::Store(*datum, value);
-    return Conclude(code);
+    return Conclude(OnFound(scope, name, EQMLookup::ByScope, [=](CQMDatum* datum) -> long {
+      if (datum == nullptr) return Error::NotDefined;
+      long const code = CheckScalar<Access>(*datum);
+      bool const stores = code == Error::None || Access::kOnError == EQMOnError::StoreAnyway ||
+                          (Access::kOnError == EQMOnError::StoreUnlessArray && !datum->IsArray());
+      if (stores) Access::Store(*datum, value);
+      return code;
+    }));
   }
   template <class Access>
   bool SetElement(char scope, char const* name, typename Access::Value value, SQMIndices const& indices) {
-    return Conclude(StoreElementIn<Access>(Find(scope, name, EQMLookup::ByScope).get(), value, indices));
+    return Conclude(OnFound(scope, name, EQMLookup::ByScope, [&, value](CQMDatum* datum) {
+      return StoreElementIn<Access>(datum, value, indices);
+    }));
   }
 
   // ---- reading: the value, or zero after an error of this call ----
   template <class Access>
   typename Access::Value Get(char scope, char const* name) {
     if (Access::kGetterClearsError) m_context.ClearLastError();
-    return Conclude(LoadFrom<Access>(Find(scope, name, Access::kLookup).get()));
+    return Conclude(
+        OnFound(scope, name, Access::kLookup, [](CQMDatum const* datum) { return LoadFrom<Access>(datum); }));
   }
   template <class Access>
   typename Access::Value GetElement(char scope, char const* name, SQMIndices const& indices) {
-    return Conclude(LoadElementFrom<Access>(Find(scope, name, EQMLookup::ByScope).get(), indices));
+    return Conclude(OnFound(scope, name, EQMLookup::ByScope,
+                            [&](CQMDatum const* datum) { return LoadElementFrom<Access>(datum, indices); }));
   }
 
   // ---- a variable found by handle, or null: work on it, which needs no context, and then the error of it
@@ -188,7 +199,7 @@ class CQMVariables {
   template <class Access>
   static long StoreIn(CQMDatum* datum, typename Access::Value value) {
     if (datum == nullptr) return Error::NotDefined;
-    long const code = CheckScalar(*datum, &Access::Accepts);
+    long const code = CheckScalar<Access>(*datum);
     if (code == Error::None) Access::Store(*datum, value);
     return code;
   }
@@ -209,7 +220,7 @@ class CQMVariables {
   template <class Access>
   static SQMRead<typename Access::Value> LoadFrom(CQMDatum const* datum) {
     if (datum == nullptr) return {Error::NotDefined, {}};
-    long const code = CheckScalar(*datum, &Access::Accepts);
+    long const code = CheckScalar<Access>(*datum);
     return {code, code == Error::None ? Access::Load(datum->Current()) : typename Access::Value{}};
   }
   template <class Access>
@@ -221,12 +232,14 @@ class CQMVariables {
   }
   /** True when the last error is 0 afterwards. */
   bool Conclude(long code) {
-    if (code != Error::None) m_context.SetLastError(code);
+    if (code != Error::None) [[unlikely]]
+      m_context.SetLastError(code);
     return m_context.GetLastErrorID() == Error::None;
   }
   template <class Value>
   Value Conclude(SQMRead<Value> const& read) {
-    Conclude(read.code);
+    if (read.code != Error::None) [[unlikely]]
+      m_context.SetLastError(read.code);
     return read.value;
   }
 
@@ -235,13 +248,16 @@ class CQMVariables {
    * variable gives back. */
   Handle GetHandle(char scope, char const* name);
   /** A TypeLetter; kNone for no variable and for types that have none. */
-  char GetType(char scope, char const* name) { return LetterOf(Find(scope, name, EQMLookup::ByScope).get()); }
+  char GetType(char scope, char const* name) {
+    return OnFound(scope, name, EQMLookup::ByScope, &CQMVariables::LetterOf);
+  }
   static char LetterOf(CQMDatum const* datum);
-  bool IsVariable(char scope, char const* name) { return Find(scope, name, EQMLookup::ByScope) != nullptr; }
+  bool IsVariable(char scope, char const* name) {
+    return OnFound(scope, name, EQMLookup::ByScope, [](CQMDatum const* datum) { return datum != nullptr; });
+  }
   bool IsArray(char scope, char const* name);
   /** Sets the last error anew: 0, NotFound, or VariableInUse while handles or expressions hold references. */
   long Delete(char scope, char const* name);
-  long DeleteByHandle(Handle handle);
 
  private:
   struct SQMNewVariable {
@@ -251,14 +267,33 @@ class CQMVariables {
     bool isLink;
   };
 
-  CQMSymbolTable* TableOf(char scope) const;
+  CQMSymbolTable* TableOf(char scope) const {
+    return scope == Scope::kCosmic ? CQMExecutor::sm_pCosmicSymTab : m_context.GetGlobalSymbolTable();
+  }
   bool IsTaken(char scope, char const* name, EQMExistence existence) const;
+  /** What work makes of the variable of that name, or of null. */
+  template <class Work>
+  std::invoke_result_t<Work, CQMDatum*> OnFound(char scope, char const* name, EQMLookup lookup,
+                                                Work const& work) const {
+    if (lookup == EQMLookup::ByScope && scope != Scope::kCosmic) {
+      if (CQMDatum* const own = FindOwn(m_context, name); own != nullptr) [[likely]]
+        return work(own);
+      if (scope == Scope::kGlobal) return work(nullptr);
+    }
+    return OnFoundElsewhere(name, lookup, work);
+  }
+  template <class Work>
+  [[gnu::noinline]] std::invoke_result_t<Work, CQMDatum*> OnFoundElsewhere(char const* name, EQMLookup lookup,
+                                                                           Work work) const {
+    if (auto const shared = ReserveShared(name); shared != nullptr) return work(shared.get());
+    return work(lookup == EQMLookup::CosmicFirst ? FindOwn(m_context, name) : nullptr);
+  }
+  static CQMDatum* FindOwn(CQMExecutor& context, char const* name);
   struct SQMRelease {
     void operator()(CQMDatum* datum) const { datum->ReleaseRef(); }
   };
-  /** Holds a reference, so that no other thread deletes the variable while a call uses it. */
-  using FoundDatum = std::unique_ptr<CQMDatum, SQMRelease>;
-  FoundDatum Find(char scope, char const* name, EQMLookup lookup) const;
+  /** With a reference, so that no other thread deletes the variable while a call uses it. */
+  std::unique_ptr<CQMDatum, SQMRelease> ReserveShared(char const* name) const;
   // A new variable is complete, with its value and its handle, before other threads can find it.
   using NewDatum = std::unique_ptr<CQMDatum>;
   NewDatum Make(char scope, char const* name, EQMExistence existence, SQMNewVariable const& wanted);
@@ -268,11 +303,15 @@ class CQMVariables {
    */
   bool Enter(char scope, NewDatum datum);
   Handle EnterWithHandle(char scope, NewDatum datum);
-  static long CheckScalar(CQMDatum const& datum, bool (*accepts)(EQMDataType));
+  template <class Access>
+  static long CheckScalar(CQMDatum const& datum) {
+    if (!Access::Accepts(datum.GetType())) [[unlikely]]
+      return Error::TypeMismatch;
+    return datum.IsArray() ? Error::IndexOutOfBounds : Error::None;
+  }
   /** Finds the element at indices, or tells why there is none. */
   static long FindElement(CQMDatum const& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices,
                           std::byte const*& element);
-  long Delete(CQMSymbolTable& table, std::string_view name);
   /** What guards the handle of datum, a variable of the context or a process-wide one. */
   CQMContextGate* GuardOf(CQMDatum const& datum) const {
     return datum.GetScope() == Scope::kCosmic ? nullptr : m_context.GetHandleGuard();

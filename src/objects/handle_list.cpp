@@ -19,16 +19,21 @@ Handle CQMHandleList::AssignHandle(CQMLinkedObject* object, CQMContextGate* gate
   std::scoped_lock const lock(m_mutex);
   if (m_nextFreeSlot == kSlotsPerList) AppendHandleList();
   if (m_nextFreeSlot == kSlotsPerList) return 0;
-  unsigned const slot = m_nextFreeSlot++;
-  (*m_lists.back())[slot].gate.store(gate, std::memory_order_relaxed);
-  (*m_lists.back())[slot].object.store(object, std::memory_order_release);
-  return EncodeHandle(static_cast<unsigned>(m_lists.size() - 1), slot);
+  unsigned const right = m_nextFreeSlot++;
+  Handle const handle = EncodeHandle(static_cast<unsigned>(m_lists.size() - 1), right);
+  SQMHandleSlot& slot = (*m_lists.back())[right];
+  slot.gate.store(gate, std::memory_order_relaxed);
+  slot.handle = handle;
+  slot.object.store(object, std::memory_order_release);
+  return handle;
 }
 
 bool CQMHandleList::MarkHandleDeleted(Handle handle) {
   std::scoped_lock const lock(m_mutex);
   if (!ValidateHandle(handle)) return false;
-  FindSlot(DecodeLeft(handle), DecodeRight(handle))->object.store(nullptr, std::memory_order_release);
+  SQMHandleSlot& slot = *FindSlot(handle);
+  slot.handle = 0;
+  slot.object.store(nullptr, std::memory_order_release);
   return true;
 }
 

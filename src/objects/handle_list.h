@@ -27,6 +27,14 @@ struct SQMHandleTarget {
   CQMContextGate* gate = nullptr;
 };
 
+/** A place for one handle; empty before it is issued and after it was deleted. */
+struct SQMHandleSlot {
+  std::atomic<CQMLinkedObject*> object{nullptr};
+  std::atomic<CQMContextGate*> gate{nullptr};  // stored before the object, and never again
+  /** For those alone that nobody deletes the handle under: see CQMHandleCache. */
+  Handle handle = 0;
+};
+
 /** Lists of kSlotsPerList slots, reached through a list of lists. Slots are never reused or moved, and lists
  * of lists that were outgrown stay until the end, so a lookup needs no lock; issuing and deleting take the
  * mutex. */
@@ -48,12 +56,20 @@ class CQMHandleList : public CQMObject {
   /** Null for a handle that was not issued yet or was deleted. */
   CQMLinkedObject* GetObjectFromHandle(Handle handle) const { return FindTarget(handle).object; }
   SQMHandleTarget FindTarget(Handle handle) const {
-    // Slots that were not issued yet are null, so there is nothing to validate but the bounds.
-    SQMSlot const* const slot = FindSlot(DecodeLeft(handle), DecodeRight(handle));
+    SQMHandleSlot const* const slot = FindSlot(handle);
     if (slot == nullptr) return {};
     CQMLinkedObject* const object = slot->object.load(std::memory_order_acquire);
     return object != nullptr ? SQMHandleTarget{object, slot->gate.load(std::memory_order_relaxed)}
                              : SQMHandleTarget{};
+  }
+  /** The slot of handle, which may be empty; null where there is none. Slots stay where they are. */
+  SQMHandleSlot* FindSlot(Handle handle) const {
+    // Slots that were not issued yet are empty, so there is nothing to validate but the bounds.
+    SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
+    unsigned const left = DecodeLeft(handle), right = DecodeRight(handle);
+    if (left >= directory.capacity || right >= kSlotsPerList) return nullptr;
+    Slots* const list = directory.lists[left].load(std::memory_order_acquire);
+    return list != nullptr ? &(*list)[right] : nullptr;
   }
   /** From now on handle answers null. False when it does not validate. */
   bool MarkHandleDeleted(Handle handle);
@@ -74,11 +90,7 @@ class CQMHandleList : public CQMObject {
   std::size_t GetExtensionCount() const { return m_directories.size() - 1; }
 
  private:
-  struct SQMSlot {
-    std::atomic<CQMLinkedObject*> object{nullptr};
-    std::atomic<CQMContextGate*> gate{nullptr};  // stored before the object, and never again
-  };
-  using Slots = std::array<SQMSlot, kSlotsPerList>;
+  using Slots = std::array<SQMHandleSlot, kSlotsPerList>;
   struct SQMDirectory {  // a list of lists
     explicit SQMDirectory(std::size_t size)
         : capacity(size), lists(std::make_unique<std::atomic<Slots*>[]>(size)) {}
@@ -87,12 +99,6 @@ class CQMHandleList : public CQMObject {
   };
 
   void AddList();
-  SQMSlot* FindSlot(unsigned left, unsigned right) const {
-    SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
-    if (left >= directory.capacity || right >= kSlotsPerList) return nullptr;
-    Slots* const list = directory.lists[left].load(std::memory_order_acquire);
-    return list != nullptr ? &(*list)[right] : nullptr;
-  }
 
   std::atomic<SQMDirectory*> m_directory{nullptr};  // the newest; what lookups read
   std::vector<std::unique_ptr<SQMDirectory>> m_directories;

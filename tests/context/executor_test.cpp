@@ -78,23 +78,6 @@ TEST(Executor, TheArrayBaseReachesArraysOfHostsAndExpressions) {
   }
 }
 
-TEST(Executor, VariablesAreDeletedByHandleFromTheTableOfTheirScope) {
-  CQMExecutor executor;
-  ASSERT_TRUE(executor.Initialize());
-  CQMVariables variables(executor);
-  for (char const scope : {Scope::kCosmic, Scope::kGlobal}) {
-    SCOPED_TRACE(scope);
-    Handle const handle = variables.Create<NumberKind, NumberAccess>(scope, "x", 1.0);
-    executor.SetLastError(Error::DivisionByZero);
-    EXPECT_EQ(variables.DeleteByHandle(handle), Error::VariableInUse) << "the handle holds a reference";
-    EXPECT_TRUE(ObjectFromHandle<CQMDatum>(handle)->ReleaseObjectHandle());
-    EXPECT_EQ(variables.DeleteByHandle(handle), Error::None);
-    EXPECT_EQ(executor.GetLastErrorID(), Error::None);
-    EXPECT_FALSE(variables.IsVariable(scope, "x"));
-    EXPECT_EQ(variables.DeleteByHandle(handle), Error::NotFound);
-  }
-}
-
 TEST(Executor, TheLastContextTakesTheSharedTablesWithIt) {
   ASSERT_EQ(CQMExecutor::sm_lExecutorCount, 0);
   {

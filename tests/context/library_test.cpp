@@ -23,12 +23,12 @@ class Library : public ::testing::Test {
 TEST_F(Library, ARecordWithoutAThreadDoesNotForceComplexResults) {
   CQMThreadInfo record;
   EXPECT_EQ(record.GetThreadId(), 0U);
-  EXPECT_FALSE(record.GetForceComplexResults());
+  EXPECT_FALSE(record.GetSettings().forceComplexResults);
   CQMThreadInfo ofThread(7);
   EXPECT_EQ(ofThread.GetThreadId(), 7U);
-  EXPECT_TRUE(ofThread.GetForceComplexResults());
+  EXPECT_TRUE(ofThread.GetSettings().forceComplexResults);
   ofThread.ClearExecutor();
-  EXPECT_FALSE(ofThread.GetForceComplexResults());
+  EXPECT_FALSE(ofThread.GetSettings().forceComplexResults);
 }
 
 TEST_F(Library, RecordsAndTheirContexts) {
