@@ -332,7 +332,7 @@ long CQMColumn::Empty() {
   ++m_changeCount;
   m_heapTexts.clear();
   m_region->ReleaseRegion();
-  return m_region->ExtendRegion(0) == 0 ? TableResult::Done : TableResult::OutOfMemory;
+  return TableResult::Done;
 }
 
 long CQMColumn::InflateIndex(long count, bool descending) {

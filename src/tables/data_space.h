@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -11,7 +12,6 @@
 #include <set>
 #include <string>
 #include <tuple>
-#include <vector>
 
 #include "objects/object.h"
 
@@ -29,9 +29,6 @@ struct SQMChunkInfo {
   long readCount;
 };
 
-/** When a chunk that stays in memory gets it. */
-enum class EQMChunkMemory { Now, AtFirstUse };
-
 /** By default every chunk stays in memory at one address until it is freed. A file-backed space keeps at most
  *  kMemoryLimit chunks in memory and moves the others to a scratch file, so the address of a chunk holds only
  * until the next chunk is looked for. Each operation is safe against other threads; what is done through the
@@ -39,7 +36,6 @@ enum class EQMChunkMemory { Now, AtFirstUse };
 class CQMDataSpace : public CQMObject {
  public:
   static constexpr long kMemoryLimit = 128;
-  static constexpr long kMasterListBlock = 128;
   static constexpr long kNoChunk = -1;
 
   /** directory: where the scratch file goes; null or empty is the working folder. No file is made before the
@@ -53,7 +49,7 @@ class CQMDataSpace : public CQMObject {
   bool IsFileBacked() const;
 
   /** A chunk of size bytes, all 0; kNoChunk for a size below 1 or without memory. */
-  long AssignChunk(long size, EQMChunkMemory memory = EQMChunkMemory::Now);
+  long AssignChunk(long size);
   /** The chunk's memory, read from the file when it is not there; null for a free or unknown chunk or when it
    * cannot be read. */
   std::byte* FindChunk(long chunk);
@@ -69,8 +65,6 @@ class CQMDataSpace : public CQMObject {
   long ScramRAM();
   bool CopyChunkToDisk(long chunk, bool force);
   bool CopyChunkToRAM(long chunk);
-  /** Makes room for more chunk records when the master list is full. */
-  bool ExtendMasterList();
 
   /** Only a file-backed space has a file; true when it is open afterwards. */
   bool OpenDataSpaceFile();
@@ -86,7 +80,19 @@ class CQMDataSpace : public CQMObject {
   std::string GetFilePath() const;
 
  private:
-  struct SQMChunk;
+  struct SQMChunk {
+    long size = 0;
+    std::int64_t offset = 0;
+    std::unique_ptr<std::byte[]> memory;
+    std::list<long>::iterator listed;  // its entry in the memory list
+    std::uint32_t writeCount = 0;
+    std::uint32_t readCount = 0;
+    bool hasPlace = false;  // in the scratch file, at offset
+    bool isFree = false;
+    bool keepInRAM = true;
+    bool needsFlush = false;
+    bool isListed = false;
+  };
   struct SQMFileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
@@ -94,15 +100,16 @@ class CQMDataSpace : public CQMObject {
   using FreeKey = std::tuple<long, std::uint64_t, long>;  // size, order, chunk
 
   // All of these expect the lock to be held.
-  SQMChunk& At(long chunk) const;
-  bool IsKnown(long chunk) const { return chunk >= 0 && chunk < m_recordCount; }
+  SQMChunk& At(long chunk) { return m_masterList[static_cast<std::size_t>(chunk)]; }
+  long GetRecordCount() const { return static_cast<long>(m_masterList.size()); }
+  bool IsKnown(long chunk) const { return chunk >= 0 && chunk < GetRecordCount(); }
   SQMChunk* FindInUse(long chunk);
   bool HasFile() const { return m_file != nullptr; }
-  bool MakeRoomForRecord();
   long TakeFreeChunk(long size);
   long MakeRecord(long size);
-  SQMChunk& AddRecord();
-  bool Prepare(SQMChunk& record, long chunk, bool isNew, EQMChunkMemory memory);
+  /** kNoChunk without memory. */
+  long AddRecord(long size);
+  bool Prepare(SQMChunk& record, long chunk, bool isNew);
   void AddToFreeList(long chunk);
   void AddToMemoryList(long chunk);
   void LeaveMemoryList(SQMChunk& record);
@@ -122,8 +129,7 @@ class CQMDataSpace : public CQMObject {
   long m_fileNumber;  // names the scratch file: the second of creation, or the next number that is free
   std::string m_path;
   std::int32_t m_endOfFile = 0;
-  std::vector<std::unique_ptr<SQMChunk[]>> m_masterList;  // blocks of kMasterListBlock records
-  long m_recordCount = 0;
+  std::deque<SQMChunk> m_masterList;
   std::set<FreeKey> m_freeList;
   std::uint64_t m_nextFreeOrder = 0;
   std::list<long> m_memoryList;  // chunks that may be moved to the file, first loaded first

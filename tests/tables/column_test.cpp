@@ -418,7 +418,7 @@ TEST(Column, FileBackedValuesSurviveTheScratchFile) {
     ASSERT_EQ(heap.AppendValue(std::to_string(row).c_str()), 0);
     fixed.SetColumnValue(row, "!", EQMTextMode::Append);
   }
-  ASSERT_GT(fixed.GetRegion()->GetChunksInUse(), CQMDataSpace::kMemoryLimit);
+  ASSERT_GT(space.GetChunkCount(), CQMDataSpace::kMemoryLimit);
   for (long row = 1; row <= kRows; ++row) {
     ASSERT_EQ(TextAt(fixed, row), std::to_string(10000 + row) + "!");
     ASSERT_EQ(TextAt(heap, row), std::to_string(row));
