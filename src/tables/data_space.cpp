@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <new>
@@ -18,6 +19,11 @@ CQMDataSpace::CQMDataSpace(char const* directory)
 CQMDataSpace::~CQMDataSpace() { CloseFile(); }
 
 // ---- chunks ----
+
+CQMDataSpace::SQMChunk& CQMDataSpace::At(long chunk) const {
+  auto const [block, place] = std::ldiv(chunk, kMasterListBlock);
+  return m_masterList[static_cast<std::size_t>(block)][static_cast<std::size_t>(place)];
+}
 
 CQMDataSpace::SQMChunk* CQMDataSpace::FindInUse(long chunk) {
   return IsKnown(chunk) && !At(chunk).isFree ? &At(chunk) : nullptr;
@@ -73,11 +79,13 @@ long CQMDataSpace::MakeRecord(long size) {
 
 long CQMDataSpace::AddRecord(long size) {
   try {
-    m_masterList.emplace_back().size = size;
-    return GetRecordCount() - 1;
+    if (m_recordCount == static_cast<long>(m_masterList.size()) * kMasterListBlock)
+      m_masterList.push_back(std::make_unique<SQMChunk[]>(kMasterListBlock));
   } catch (std::bad_alloc const&) {
     return kNoChunk;
   }
+  At(m_recordCount).size = size;
+  return m_recordCount++;
 }
 
 /** Readies a chunk for its new owner. */
@@ -234,7 +242,7 @@ bool CQMDataSpace::ReadChunk(SQMChunk& record) {
 
 bool CQMDataSpace::SetFileBacked(bool fileBacked) {
   std::scoped_lock const lock(m_mutex);
-  if (!m_masterList.empty()) return false;
+  if (m_recordCount > 0) return false;
   m_fileBacked = fileBacked;
   if (!fileBacked) {
     CloseFile();
@@ -266,15 +274,15 @@ bool CQMDataSpace::OpenFile() {
   if (!HasFile()) return false;
   // Unbuffered, so that a write that fails is known before the chunk leaves the memory.
   std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
-  for (SQMChunk& record : m_masterList)
-    record.needsFlush = true;  // what they wrote to an earlier file is gone
+  for (long i = 0; i < m_recordCount; ++i)
+    At(i).needsFlush = true;  // what they wrote to an earlier file is gone
   return true;
 }
 
 void CQMDataSpace::CloseDataSpaceFile() {
   std::scoped_lock const lock(m_mutex);
   if (!HasFile()) return;
-  for (long i = 0; i < GetRecordCount(); ++i) {
+  for (long i = 0; i < m_recordCount; ++i) {
     SQMChunk& record = At(i);
     if (record.isFree || record.memory != nullptr) continue;
     try {
@@ -302,13 +310,13 @@ long CQMDataSpace::GetSize() const {
 
 long CQMDataSpace::GetChunkCount() const {
   std::scoped_lock const lock(m_mutex);
-  return GetRecordCount();
+  return m_recordCount;
 }
 
 std::optional<SQMChunkInfo> CQMDataSpace::GetChunkInfo(long chunk) const {
   std::scoped_lock const lock(m_mutex);
   if (!IsKnown(chunk)) return std::nullopt;
-  SQMChunk const& record = m_masterList[static_cast<std::size_t>(chunk)];
+  SQMChunk const& record = At(chunk);
   return SQMChunkInfo{static_cast<long>(record.offset),
                       record.size,
                       record.isFree,

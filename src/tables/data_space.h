@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <deque>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -12,6 +11,7 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "objects/object.h"
 
@@ -36,6 +36,7 @@ struct SQMChunkInfo {
 class CQMDataSpace : public CQMObject {
  public:
   static constexpr long kMemoryLimit = 128;
+  static constexpr long kMasterListBlock = 4;  // records that are made at a time
   static constexpr long kNoChunk = -1;
 
   /** directory: where the scratch file goes; null or empty is the working folder. No file is made before the
@@ -100,9 +101,8 @@ class CQMDataSpace : public CQMObject {
   using FreeKey = std::tuple<long, std::uint64_t, long>;  // size, order, chunk
 
   // All of these expect the lock to be held.
-  SQMChunk& At(long chunk) { return m_masterList[static_cast<std::size_t>(chunk)]; }
-  long GetRecordCount() const { return static_cast<long>(m_masterList.size()); }
-  bool IsKnown(long chunk) const { return chunk >= 0 && chunk < GetRecordCount(); }
+  SQMChunk& At(long chunk) const;
+  bool IsKnown(long chunk) const { return chunk >= 0 && chunk < m_recordCount; }
   SQMChunk* FindInUse(long chunk);
   bool HasFile() const { return m_file != nullptr; }
   long TakeFreeChunk(long size);
@@ -129,7 +129,8 @@ class CQMDataSpace : public CQMObject {
   long m_fileNumber;  // names the scratch file: the second of creation, or the next number that is free
   std::string m_path;
   std::int32_t m_endOfFile = 0;
-  std::deque<SQMChunk> m_masterList;
+  std::vector<std::unique_ptr<SQMChunk[]>> m_masterList;  // blocks of kMasterListBlock records
+  long m_recordCount = 0;
   std::set<FreeKey> m_freeList;
   std::uint64_t m_nextFreeOrder = 0;
   std::list<long> m_memoryList;  // chunks that may be moved to the file, first loaded first

@@ -45,7 +45,7 @@ bool CQMDataSpaceRegion::ExtendRegion() {
   } catch (std::bad_alloc const&) {
     return false;
   }
-  long const chunk = m_space->AssignChunk((m_atomSize + 1) * CapacityOf(m_slots.size() - 1));
+  long const chunk = m_space->AssignChunk(m_atomSize * CapacityOf(m_slots.size() - 1));
   std::byte* const memory =
       chunk != CQMDataSpace::kNoChunk && !m_movable ? m_space->FindChunk(chunk) : nullptr;
   if (chunk == CQMDataSpace::kNoChunk) {
@@ -68,7 +68,6 @@ long CQMDataSpaceRegion::AppendAtom() {
 void CQMDataSpaceRegion::ReleaseRegion() {
   DropSlotsFrom(0);
   m_atomCount = 0;
-  m_hasIncomparable = false;
 }
 
 void CQMDataSpaceRegion::DropSlotsFrom(std::size_t slot) {
@@ -135,43 +134,12 @@ void CQMDataSpaceRegion::KeepAtoms(std::span<std::int32_t const> atoms) {
     if (!ValidateItemNumber(atom)) break;
     if (++kept == atom) continue;
     std::memcpy(GetAtomPtr(kept), GetAtomPtr(atom), size);
-    *FlagOf(kept) = *FlagOf(atom);
   }
   for (long atom = kept + 1; atom <= m_atomCount && SlotOf(atom) == SlotOf(kept + 1); ++atom) {
     std::memset(GetAtomPtr(atom), 0, size);
-    *FlagOf(atom) = std::byte{0};
   }
   m_atomCount = kept;
   DropSlotsFrom(kept > 0 ? SlotOf(kept) + 1 : 0);
-}
-
-// ---- flags ----
-
-std::byte* CQMDataSpaceRegion::FlagOf(long atom) const {
-  if (!ValidateItemNumber(atom)) return nullptr;
-  std::size_t const slot = SlotOf(atom);
-  std::byte* const chunk = MemoryOf(m_slots[slot]);
-  return chunk != nullptr ? chunk + m_atomSize * CapacityOf(slot) + PlaceIn(m_slots[slot], atom) : nullptr;
-}
-
-void CQMDataSpaceRegion::SetAtomFlags(long atom, std::uint8_t flags) {
-  std::byte* const flag = FlagOf(atom);
-  if (flag == nullptr) return;
-  *flag |= std::byte{flags};
-  if ((flags & AtomFlag::kIncomparable) != 0) m_hasIncomparable = true;
-  SetFlushFlag(atom);
-}
-
-void CQMDataSpaceRegion::ClearAtomFlags(long atom, std::uint8_t flags) {
-  std::byte* const flag = FlagOf(atom);
-  if (flag == nullptr) return;
-  *flag &= ~std::byte{flags};
-  SetFlushFlag(atom);
-}
-
-bool CQMDataSpaceRegion::TestAtomFlags(long atom, std::uint8_t flags) const {
-  std::byte const* const flag = FlagOf(atom);
-  return flag != nullptr && (*flag & std::byte{flags}) != std::byte{0};
 }
 
 }  // namespace qumel

@@ -1,4 +1,4 @@
-// A growable array of atoms of one size, each with a flag byte, laid over chunks of a data space.
+// A growable array of atoms of one size, laid over chunks of a data space.
 #pragma once
 
 #include <bit>
@@ -14,19 +14,12 @@ namespace qumel {
 
 class CQMDataSpace;
 
-/** Flags of an atom. */
-namespace AtomFlag {
-constexpr std::uint8_t kIncomparable =
-    1;  // comparisons take the atom for smaller than anything; set by callers only
-constexpr std::uint8_t kDeleted = 2;
-}  // namespace AtomFlag
-
 /** Atoms count from 1. The first chunk comes with the first atom and is small; each further one doubles what
  * the region holds, until chunks have their full size. Atoms stay where they are while the region grows. Not
  * to be shared by threads that change it; reading a region in memory takes no lock. */
 class CQMDataSpaceRegion : public CQMObject {
  public:
-  static constexpr long kFirstChunkBytes = 64;  // about what the first chunk holds; at least one atom
+  static constexpr long kFirstChunkBytes = 32;  // about what the first chunk holds; at least one atom
   static constexpr long kChunkBytes = 65536;    // about what a full chunk holds
   static constexpr long kMaxAtomsPerChunk = 1024;
   static constexpr long kMaxAtoms = 0x7FFFFFFF;
@@ -44,29 +37,22 @@ class CQMDataSpaceRegion : public CQMObject {
 
   /** The address of an atom; null when there is no such atom or its chunk cannot be read. In a file-backed
    * region it holds only until another atom is looked for. */
-  std::byte* GetAtomPtr(long atom) const {
-    if (!ValidateItemNumber(atom)) return nullptr;
+  std::byte* GetAtomPtr(long atom) const { return ValidateItemNumber(atom) ? FindAtom(atom) : nullptr; }
+  /** The same for an atom that exists. */
+  std::byte* FindAtom(long atom) const {
     SQMSlot const& slot = m_slots[SlotOf(atom)];
-    std::byte* const chunk = MemoryOf(slot);
+    std::byte* const chunk = slot.memory != nullptr ? slot.memory : LookForChunk(slot.chunk);
     return chunk != nullptr ? chunk + PlaceIn(slot, atom) * m_atomSize : nullptr;
   }
   bool ValidateItemNumber(long atom) const { return atom >= 1 && atom <= m_atomCount; }
   /** Tells that an atom was changed through its address. */
   void SetFlushFlag(long atom);
-  /** Moves count atoms from first on to target on; the ranges may overlap. Flags stay. False when an atom of
+  /** Moves count atoms from first on to target on; the ranges may overlap. False when an atom of
    * either range does not exist or cannot be read. */
   bool MoveAtoms(long first, long target, long count);
-  /** Drops all atoms but those named, in ascending order; these keep their flags and count anew from 1. Only
+  /** Drops all atoms but those named, in ascending order; these count anew from 1. Only
    * where addresses hold (see IsMovable). */
   void KeepAtoms(std::span<std::int32_t const> atoms);
-
-  void SetAtomFlags(long atom, std::uint8_t flags);
-  void ClearAtomFlags(long atom, std::uint8_t flags);
-  /** Whether any of flags is set. */
-  bool TestAtomFlags(long atom, std::uint8_t flags) const;
-  /** Whether some atom may carry kIncomparable. */
-  bool HasIncomparableAtoms() const { return m_hasIncomparable; }
-  void DeleteAtom(long atom) { SetAtomFlags(atom, AtomFlag::kDeleted); }
 
   long GetAtomSize() const { return m_atomSize; }
   long GetAtomCount() const { return m_atomCount; }
@@ -90,11 +76,7 @@ class CQMDataSpaceRegion : public CQMObject {
   }
   long CapacityOf(std::size_t slot) const;
   static long PlaceIn(SQMSlot const& slot, long atom) { return atom - 1 - static_cast<long>(slot.first); }
-  std::byte* MemoryOf(SQMSlot const& slot) const {
-    return slot.memory != nullptr ? slot.memory : LookForChunk(slot.chunk);
-  }
   std::byte* LookForChunk(long chunk) const;
-  std::byte* FlagOf(long atom) const;
   bool ExtendRegion();
   void DropSlotsFrom(std::size_t slot);
   bool MoveRun(long first, long target, long count);
@@ -102,7 +84,6 @@ class CQMDataSpaceRegion : public CQMObject {
   CQMDataSpace* m_space = nullptr;
   std::unique_ptr<CQMDataSpace> m_ownSpace;
   bool m_movable = false;
-  bool m_hasIncomparable = false;
   std::uint32_t m_atomsPerChunk;  // of a full chunk
   std::uint32_t m_doubledAtoms;   // in the chunks before the first full one
   std::uint32_t m_doubledSlots;
