@@ -84,13 +84,14 @@ std::uint8_t RightContextOf(EQMItemClass next) {
 CQMOpInfo const* SQMOperatorToken::OnlyRow() const {
   SQMTokenRows const& rows = shared.IsEmpty() ? own : shared;
   if (rows.Count() != 1) return nullptr;
-  return rows.standard.empty() ? rows.defined.front().get() : rows.standard.front().get();
+  return rows.standard.empty() ? rows.defined.get() : rows.standard.front().get();
 }
 
 SQMOperatorToken CQMOperatorSearch::Find(std::string_view token) const {
   SQMOperatorToken rows;
-  if (m_shared != nullptr) rows.shared = m_shared->Find(token);
-  if (m_own != nullptr) rows.own = m_own->Find(token);
+  SQMHashedText const key(token);
+  if (m_shared != nullptr) rows.shared = m_shared->Find(key);
+  if (m_own != nullptr) rows.own = m_own->Find(key);
   return rows;
 }
 
