@@ -1,5 +1,6 @@
 // Making and destroying contexts, the process-wide tables that live as long as any context does, and the
 // context's lock.
+#include <array>
 #include <cerrno>
 #include <mutex>
 #include <new>
@@ -26,6 +27,18 @@ namespace {
 /** Guards the making and destroying of the process-wide tables and the count of contexts that they live by.
  */
 constinit std::mutex g_cosmicMutex;
+
+/** The standard operators of the contexts' own lists, without implied multiplication and with it. */
+using LocalDialects = std::array<std::shared_ptr<CQMStandardOperators const>, 2>;
+constinit LocalDialects* g_localDialects = nullptr;
+
+std::shared_ptr<CQMStandardOperators const> FindLocalDialect(bool impliedMultiplication) {
+  std::scoped_lock const lock(g_cosmicMutex);
+  auto& dialect = (*g_localDialects)[impliedMultiplication ? 1 : 0];
+  if (dialect == nullptr)
+    dialect = std::make_shared<CQMStandardOperators const>(false, impliedMultiplication);
+  return dialect;
+}
 
 /** What symbol tables need to make variables by themselves. */
 constexpr SQMVariableTraits kVariables{
@@ -86,7 +99,7 @@ bool CQMExecutor::Initialize() {
 void CQMExecutor::BuildTables() {
   CreateCosmicTables(m_settings.allowImpliedMultiplication);
   m_localOperators = std::make_unique<CQMOperatorList>(false);
-  LoadLocalDialect(*m_localOperators, m_settings.allowImpliedMultiplication);
+  m_localOperators->SetStandard(FindLocalDialect(m_settings.allowImpliedMultiplication));
   m_postFixer = std::make_unique<CQMPostFixer>();
   m_factory = std::make_unique<CQMOperatorFactory>();
   m_globalSymbols = std::make_unique<CQMSymbolTable>(&kVariables);
@@ -128,6 +141,7 @@ void CQMExecutor::CreateCosmicTables(bool impliedMultiplication) {
     LoadStandardDialect(*list, impliedMultiplication);
     sm_pCosmicOperatorList = list.release();
   }
+  if (g_localDialects == nullptr) g_localDialects = std::make_unique<LocalDialects>().release();
   if (sm_pCosmicSymTab == nullptr)
     sm_pCosmicSymTab = std::make_unique<CQMSymbolTable>(&kVariables, true).release();
   if (sm_pCosmicErrTab == nullptr) {
@@ -139,6 +153,7 @@ void CQMExecutor::CreateCosmicTables(bool impliedMultiplication) {
 
 void CQMExecutor::DestroyCosmicTables() {
   Destroy(sm_pCosmicOperatorList);
+  Destroy(g_localDialects);
   Destroy(sm_pCosmicSymTab);
   Destroy(sm_pCosmicErrTab);
 }

@@ -197,8 +197,7 @@ long CQMOperatorDefiner::Load(SQMOperatorDeclaration const& declaration, SQMChec
   info->definition = std::move(checked.definition);
   info->definition->id = info->id;
   info->definition->owner = declaration.scope == Scope::kCosmic ? nullptr : &m_context;
-  bool const isFirst =
-      ListOf(declaration.scope).Load(std::move(info), m_context.GetSettings().allowImpliedMultiplication);
+  bool const isFirst = ListOf(declaration.scope).Load(std::move(info));
   return isFirst ? Error::None : Error::OperatorExists;
 }
 

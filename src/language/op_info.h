@@ -30,18 +30,8 @@ enum class EQMItemClass : std::int32_t {
   Unknown = 99,   // a character that begins no token
 };
 
-/** Owns everything it describes; copies are independent but share the definition of a host's operator. */
-class CQMOpInfo : public CQMLinkedObject {
- public:
-  static constexpr char const* kTypeTag = TypeTag::kOpInfo;
-  static constexpr std::size_t kLongestToken = 64;
-
-  CQMOpInfo() { SetTypeTag(kTypeTag); }
-  explicit CQMOpInfo(std::string_view text) : token(text) { SetTypeTag(kTypeTag); }
-  CQMOpInfo& operator=(CQMOpInfo const& source);
-
-  bool HasVariableOperands() const { return minOperands != maxOperands; }
-
+/** What describes an operator. */
+struct SQMOperatorTraits {
   std::string token;
   long id = 0;
   EQMFix fix = EQMFix::None;
@@ -57,6 +47,22 @@ class CQMOpInfo : public CQMLinkedObject {
   EQMDataType returnType = EQMDataType::Undefined;  // Undefined: the operator decides
   /** Parameters, body and callback of a host's operator; null for the standard ones. */
   std::shared_ptr<SQMOperatorDefinition> definition;
+
+  bool HasVariableOperands() const { return minOperands != maxOperands; }
+};
+
+/** Copies are independent but share the definition of a host's operator. */
+class CQMOpInfo : public CQMLinkedObject, public SQMOperatorTraits {
+ public:
+  static constexpr char const* kTypeTag = TypeTag::kOpInfo;
+  static constexpr std::size_t kLongestToken = 64;
+
+  CQMOpInfo() { SetTypeTag(kTypeTag); }
+  explicit CQMOpInfo(std::string_view text) : CQMOpInfo() { token = text; }
+  CQMOpInfo& operator=(CQMOpInfo const& source) {
+    SQMOperatorTraits::operator=(source);
+    return *this;
+  }
 };
 
 }  // namespace qumel

@@ -1,112 +1,122 @@
-// An operator list: the table of operators of one scope, with its rows found by token and by id.
+// The operators of one scope: the standard ones, which lists share, and beside them those of hosts.
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <shared_mutex>
 #include <span>
-#include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "language/op_info.h"
+#include "tables/table.h"
 
 namespace qumel {
 
-class CQMTable;
-
-/** A descriptor that stays as it is while it is held, even when its row is changed or deleted meanwhile. That
- * of a standard row owns nothing, so that copies of it cost nothing. */
+/** A descriptor that stays as it is while it is held, even when its row is deleted meanwhile. That of a
+ * standard row owns nothing, so that copies of it cost nothing. */
 using CQMOpInfoRef = std::shared_ptr<CQMOpInfo const>;
 
 /** The rows of one token, in list order. */
 struct SQMTokenRows {
   std::span<CQMOpInfoRef const> standard;
-  std::vector<CQMOpInfoRef> defined;
+  CQMOpInfoRef defined;  // a host's; null where there is none
 
-  std::size_t Count() const { return standard.size() + defined.size(); }
-  bool IsEmpty() const { return Count() == 0; }
+  std::size_t Count() const { return standard.size() + (defined != nullptr ? 1 : 0); }
+  bool IsEmpty() const { return standard.empty() && defined == nullptr; }
   /** The first row that satisfies test, or null. */
   template <class Test>
   CQMOpInfoRef const* First(Test test) const {
     for (CQMOpInfoRef const& row : standard) {
       if (test(*row)) return &row;
     }
-    for (CQMOpInfoRef const& row : defined) {
-      if (test(*row)) return &row;
-    }
-    return nullptr;
+    return defined != nullptr && test(*defined) ? &defined : nullptr;
   }
 };
 
-/** Columns "token", "id" and "info" in loading order; owns its descriptors. A list made shared may be read by
- * any number of threads while one of them adds or deletes operators; while no host has defined one, reading
- * takes no lock. */
-class CQMOperatorList {
+/** A table with the columns "token", "id" and "info", which finds the descriptors of others. */
+class CQMOperatorTable {
  public:
-  explicit CQMOperatorList(bool shared);
-  ~CQMOperatorList();
-
-  /** Appends a row; default context masks by fix type, and for a shared list the letter rule: a word prefix
-   * encloses, and may follow an operand or a closing parenthesis when impliedMultiplication is set. What the
-   * standard rows were loaded with holds for a host's too. False when a host's row of that token is there:
-   * another thread may have been first. Ids are not checked. */
-  bool Load(std::unique_ptr<CQMOpInfo> info, bool impliedMultiplication);
-  /** Ends the loading of the standard rows: from now on they never change, and new rows are the host's. */
-  void Freeze() { m_frozen = true; }
-
-  // Of the standard row of an id; an unknown id is left alone, and so are all rows once the list is frozen.
-  void SetContext(long id, std::uint8_t left, std::uint8_t right);
-  void AddContext(long id, std::uint8_t left, std::uint8_t right);
-  void SetEnclose(long id, bool enclose);
-
-  SQMTokenRows Find(std::string_view token) const;
-  /** The first row of a token or id in list order, or null. */
-  CQMOpInfoRef FindByToken(std::string_view token) const;
-  CQMOpInfoRef FindById(long id) const;
-  bool HasToken(std::string_view token) const;
-  bool CopyById(long id, CQMOpInfo& out) const;
-  bool CopyByToken(std::string_view token, CQMOpInfo& out) const;
-
-  /** Deletes all rows of token: NotFound, DeleteNotAllowed for a standard operator, or 0. */
-  long DeleteDefined(std::string_view token);
-
-  /** With a row for each operator that there is now. */
-  CQMTable& Table();
+  /** Throws where there is no memory, as Append. */
+  CQMOperatorTable();
+  /** Appends a row for what info refers to; info itself must stay where it is. */
+  void Append(CQMOpInfoRef const& info);
+  /** The first of its token, or null. */
+  CQMOpInfoRef const* Find(SQMHashedText const& token) const;
+  CQMOpInfoRef const* Find(long id) const;
+  /** The first of its token leaves the table; null when there is none. */
+  CQMOpInfoRef const* Remove(SQMHashedText const& token);
+  template <class Action>
+  void ForEach(Action action) {
+    for (long row = m_table.GetRowCount(); row > 0; --row) action(InfoAt(m_table.GetColumnRowNumber(row)));
+  }
 
  private:
-  struct SQMTokenHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view token) const { return std::hash<std::string_view>()(token); }
-  };
-  struct SQMRows {
-    std::unordered_map<std::string, std::vector<CQMOpInfoRef>, SQMTokenHash, std::equal_to<>> byToken;
-    std::unordered_map<long, CQMOpInfoRef> byId;  // the first of an id
+  CQMOpInfoRef const* InfoAt(long slot) const {
+    CQMOpInfoRef const* info;
+    std::memcpy(&info, m_infos->GetColumnValueLocation(slot), sizeof info);
+    return info;
+  }
 
-    void Add(CQMOpInfoRef const& row);
-    std::vector<CQMOpInfoRef> const* Find(std::string_view token) const;
-    CQMOpInfoRef Find(long id) const;
-  };
+  CQMTable m_table;
+  CQMColumn const* m_infos;  // the column of the table
+};
 
+/** The standard operators of one kind of list. They never change, so that any number of lists and threads
+ * share them. */
+class CQMStandardOperators {
+ public:
+  /** forAll chooses the rows of the list that all contexts share, else those of a context's own one. Word
+   * prefixes of the shared list enclose, and where multiplication may be implied they may follow an operand
+   * or a closing parenthesis. Throws where there is no memory. */
+  CQMStandardOperators(bool forAll, bool impliedMultiplication);
+
+  std::span<CQMOpInfoRef const> Find(SQMHashedText const& token) const;
+  CQMOpInfoRef const* Find(long id) const { return m_table.Find(id); }
+  /** Gives info, which a host defines beside these, the masks that go with its fix. */
+  void SetDefaults(CQMOpInfo& info) const;
+
+ private:
+  bool const m_isForAll;
+  bool const m_impliedMultiplication;
+  std::unique_ptr<CQMOpInfo[]> m_infos;
+  std::vector<CQMOpInfoRef> m_rows;  // those of one token side by side, in loading order
+  CQMOperatorTable m_table;
+};
+
+/** A list made shared may be read by any number of threads while one of them adds or deletes operators; while
+ * no host has defined one, reading takes no lock. */
+class CQMOperatorList {
+ public:
+  explicit CQMOperatorList(bool shared) : m_shared(shared) {}
+  ~CQMOperatorList();
+
+  /** To be called once, before anything else. */
+  void SetStandard(std::shared_ptr<CQMStandardOperators const> standard) { m_standard = std::move(standard); }
+  /** Adds a host's operator with the masks that go with its fix. False when a host's row of that token is
+   * there: another thread may have been first. Ids are not checked. Throws where there is no memory. */
+  bool Load(std::unique_ptr<CQMOpInfo> info);
+
+  SQMTokenRows Find(SQMHashedText const& token) const;
+  /** The first row of a token or id in list order, or null. */
+  CQMOpInfoRef FindByToken(SQMHashedText const& token) const;
+  CQMOpInfoRef FindById(long id) const;
+  bool HasToken(SQMHashedText const& token) const { return !Find(token).IsEmpty(); }
+  bool CopyByToken(SQMHashedText const& token, CQMOpInfo& out) const;
+
+  /** Deletes the host's row of token: NotFound, DeleteNotAllowed for a standard operator, or 0. */
+  long DeleteDefined(SQMHashedText const& token);
+
+ private:
   std::unique_lock<std::shared_mutex> LockForChange();
-  template <class Result, class Read>
-  Result ReadDefined(Result none, Read read) const;
-  template <class Action>
-  void Change(long id, Action change);
-  void DropDeadRows();
+  template <class Key>
+  CQMOpInfoRef FindDefined(Key const& key) const;
 
   bool const m_shared;
-  bool m_frozen = false;
-  bool m_impliedMultiplication = false;  // of the context that loaded the standard rows
-  std::vector<std::unique_ptr<CQMOpInfo>> m_standardInfos;
-  SQMRows m_standard;
-  mutable std::shared_mutex m_mutex;  // of m_defined and, once frozen, of m_table
+  std::shared_ptr<CQMStandardOperators const> m_standard;
+  mutable std::shared_mutex m_mutex;  // of what follows
   std::atomic<long> m_definedCount{0};
-  SQMRows m_defined;
-  std::unique_ptr<CQMTable> m_table;
-  long m_deadRows = 0;  // of m_table: rows of operators that were deleted since it was made
+  std::unique_ptr<CQMOperatorTable> m_defined;  // made with the first row; owns what it refers to
 };
 
 }  // namespace qumel

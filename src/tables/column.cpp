@@ -47,9 +47,9 @@ long CQMColumn::SetColumnAttributes(char const* name, EQMDataType type, long dec
   bool const hadHeapTexts = HasHeapTexts();
   bool const hadFixedTexts = HasFixedTexts();
   long const atomSize = AtomSizeOf(type, declaredLength);
+  ++m_changeCount;  // other values may be equal now
   m_type = type;
   m_rules = &ColumnTypeOf(type);
-  m_displayWidth = m_rules->displayWidth;
   try {
     // What was no text need not end with a NUL.
     bool const wouldNotFit = hadHeapTexts || HasHeapTexts() || (HasFixedTexts() && !hadFixedTexts);
@@ -186,15 +186,17 @@ long CQMColumn::SetHeapText(long row, std::string_view text, EQMTextMode mode) {
   return TableResult::Done;
 }
 
-long CQMColumn::DeleteValue(long row) {
-  if (!IsValid(row)) return TableResult::Done;
+void CQMColumn::KeepValues(std::span<std::int32_t const> rows) {
+  if (!m_region) return;
   if (HasHeapTexts()) {
-    m_heapTexts[static_cast<std::size_t>(row - 1)].reset();
-    SetAtom(row, nullptr);
+    std::size_t kept = 0;
+    for (std::int32_t const row : rows) {
+      if (IsValid(row)) m_heapTexts[kept++].swap(m_heapTexts[static_cast<std::size_t>(row - 1)]);
+    }
+    m_heapTexts.resize(kept);
   }
-  m_region->DeleteAtom(row);
+  m_region->KeepAtoms(rows);
   ++m_changeCount;
-  return TableResult::Done;
 }
 
 // ---- reading ----
@@ -236,12 +238,6 @@ long CQMColumn::AppendFormattedColumnValue(long row, std::string* destination) c
   return TableResult::Done;
 }
 
-void const* CQMColumn::Operand(long row) const {
-  if (!IsValid(row)) return nullptr;
-  return HasHeapTexts() ? static_cast<void const*>(m_heapTexts[static_cast<std::size_t>(row - 1)].get())
-                        : m_region->GetAtomPtr(row);
-}
-
 std::size_t CQMColumn::ValueSize(void const* value) const {
   if (HasHeapTexts() || HasFixedTexts()) return TextOf(value).size() + 1;
   return static_cast<std::size_t>(m_region->GetAtomSize());
@@ -279,24 +275,20 @@ std::unique_ptr<std::byte[]> CQMColumn::ConvertStringToLocalDataType(char const*
 
 // ---- comparing ----
 
-bool CQMColumn::IsComparable(long row) const {
-  return IsValid(row) && !m_region->TestAtomFlags(row, AtomFlag::kIncomparable);
-}
-
 int CQMColumn::CompareValue(void const* key, long row) const {
   std::unique_ptr<std::byte[]> copy;
   return HoldStill(key, copy) ? CompareHeld(key, row) : 1;
 }
 
 int CQMColumn::CompareHeld(void const* key, long row) const {
-  if (!IsComparable(row)) return 1;
+  if (!IsValid(row)) return 1;
   void const* const value = Operand(row);
-  if (HasHeapTexts() || (key != nullptr && value != nullptr)) return m_rules->compare(key, value);
+  if (HasHeapTexts() || (key != nullptr && value != nullptr)) return m_rules->order.compare(key, value);
   return key == nullptr ? -1 : 1;
 }
 
 int CQMColumn::CompareValue(long rowA, long rowB) const {
-  if (!IsComparable(rowA) || !IsComparable(rowB)) return 1;
+  if (!IsValid(rowA) || !IsValid(rowB)) return 1;
   if (HasHeapTexts()) return CompareHeld(Operand(rowA), rowB);
   void const* first = Operand(rowA);
   std::unique_ptr<std::byte[]> copy;
@@ -305,7 +297,7 @@ int CQMColumn::CompareValue(long rowA, long rowB) const {
 
 int CQMColumn::CompareRange(void const* min, bool minIsIn, void const* max, bool maxIsIn, long row) const {
   std::unique_ptr<std::byte[]> copyOfMin, copyOfMax;
-  if (!HoldStill(min, copyOfMin) || !HoldStill(max, copyOfMax) || !IsComparable(row)) return -1;
+  if (!HoldStill(min, copyOfMin) || !HoldStill(max, copyOfMax) || !IsValid(row)) return -1;
   int const fromMin = CompareHeld(min, row);
   if (fromMin > 0 || (fromMin == 0 && !minIsIn)) return -1;
   int const fromMax = CompareHeld(max, row);
@@ -332,7 +324,7 @@ long CQMColumn::Empty() {
   ++m_changeCount;
   m_heapTexts.clear();
   m_region->ReleaseRegion();
-  return m_region->ExtendRegion(0) == 0 ? TableResult::Done : TableResult::OutOfMemory;
+  return TableResult::Done;
 }
 
 long CQMColumn::InflateIndex(long count, bool descending) {

@@ -3,19 +3,22 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/data_type.h"
 #include "objects/linked_object.h"
+#include "tables/column_types.h"
 #include "tables/data_space_region.h"
+#include "tables/text_hash.h"
 
 namespace qumel {
 
 class CQMDataSpace;
-struct SQMColumnType;
 
 /** Result codes of columns and tables. */
 namespace TableResult {
@@ -48,7 +51,7 @@ class CQMColumn : public CQMLinkedObject {
   CQMColumn(char const* name, EQMDataType type, long declaredLength = 0, CQMDataSpace* space = nullptr);
   ~CQMColumn() override;
 
-  /** Sets the name (in lower case), type and display width; returns the atom size. Values already there are
+  /** Sets the name (in lower case) and type; returns the atom size. Values already there are
    * dropped when they would not fit the new type. */
   long SetColumnAttributes(char const* name, EQMDataType type, long declaredLength);
 
@@ -77,7 +80,9 @@ class CQMColumn : public CQMLinkedObject {
   long GetColumnValueString(long row, std::string& buffer) const;
   /** Appends the text; 1 for an invalid row, else 0. */
   long AppendFormattedColumnValue(long row, std::string* destination) const;
-  long DeleteValue(long row);
+  /** Drops all values but those of the rows named, in ascending order; these count anew from 1. As
+   * CQMDataSpaceRegion::KeepAtoms. */
+  void KeepValues(std::span<std::int32_t const> rows);
 
   /** text in the column's own form: an atom, or for texts a NUL-terminated copy. Null without memory or text.
    */
@@ -88,12 +93,24 @@ class CQMColumn : public CQMLinkedObject {
   bool HoldStill(void const*& value, std::unique_ptr<std::byte[]>& copy) const;
   bool HoldStill(char const*& text, std::unique_ptr<std::byte[]>& copy) const;
 
-  /** 1, 0 or -1 as key is greater than, equal to or less than the value. An invalid row, or one marked
-   * incomparable, gives 1. */
+  /** 1, 0 or -1 as key is greater than, equal to or less than the value. An invalid row gives 1. */
   int CompareValue(void const* key, long row) const;
   int CompareValue(long rowA, long rowB) const;
-  /** -1 below the range, 0 inside, 1 above. The names tell which bounds are inside. An invalid row, or one
-   * marked incomparable, gives -1. */
+  /** Equal values have equal words; only where HasWords tells so. */
+  std::uint64_t WordFor(void const* value) const {
+    return value != nullptr ? m_rules->order.word(value) : ~std::uint64_t{0};
+  }
+  /** What text forms and comparisons read: the atom, or the text (null when never set). Null for an invalid
+   * row. */
+  void const* Operand(long row) const {
+    if (!IsValid(row)) return nullptr;
+    return HasHeapTexts() ? static_cast<void const*>(m_heapTexts[static_cast<std::size_t>(row - 1)].get())
+                          : m_region->GetAtomPtr(row);
+  }
+  bool HasWords() const { return m_rules->order.word != nullptr; }
+  bool HasTexts() const { return HasHeapTexts() || HasFixedTexts(); }
+  /** -1 below the range, 0 inside, 1 above. The names tell which bounds are inside. An invalid row gives
+   * -1. */
   int CompareRangeBothIn(void const* min, void const* max, long row) const;
   int CompareRangeBothOut(void const* min, void const* max, long row) const;
   int CompareRangeMinIn(void const* min, void const* max, long row) const;
@@ -112,12 +129,11 @@ class CQMColumn : public CQMLinkedObject {
   void DumpColumn(char const* name) const;
 
   EQMDataType GetType() const { return m_type; }
-  long GetDisplayWidth() const { return m_displayWidth; }
-  CQMDataSpaceRegion* GetRegion() const { return m_region.get(); }
-  /** Changes with every append, set and delete of a value. */
+  CQMDataSpaceRegion const* GetRegion() const { return m_region.get(); }
+  CQMDataSpaceRegion* GetRegion() { return m_region.get(); }
+  /** Changes with every append and set of a value. */
   std::uint32_t GetChangeCount() const { return m_changeCount; }
   void CountChange() { ++m_changeCount; }
-  CQMColumn* GetNextColumn() const { return static_cast<CQMColumn*>(GetNextObject()); }
 
  private:
   bool HasHeapTexts() const { return m_type == EQMDataType::Text; }
@@ -133,10 +149,6 @@ class CQMColumn : public CQMLinkedObject {
   long SetFixedText(long row, std::string_view text, EQMTextMode mode);
   long SetHeapText(long row, std::string_view text, EQMTextMode mode);
   long SetAtom(long row, void const* value);
-  /** What text forms and comparisons read: the atom, or the text (null when never set). Null for an invalid
-   * row. */
-  void const* Operand(long row) const;
-  bool IsComparable(long row) const;
   std::size_t ValueSize(void const* value) const;
   std::unique_ptr<std::byte[]> CopyOf(void const* value) const;
   /** As CompareValue, with a key that stays where it is. */
@@ -145,7 +157,6 @@ class CQMColumn : public CQMLinkedObject {
 
   EQMDataType m_type;
   SQMColumnType const* m_rules;
-  long m_displayWidth;
   std::unique_ptr<CQMDataSpaceRegion> m_region;
   CQMDataSpace* m_space;
   std::vector<std::unique_ptr<char[]>> m_heapTexts;  // owner of what the atoms of a Text column point to

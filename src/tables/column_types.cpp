@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "base/number_text.h"
+#include "tables/text_hash.h"
 
 namespace qumel {
 
@@ -218,11 +219,25 @@ int CompareTexts(void const* a, void const* b) {
   return Compare(std::strcmp(static_cast<char const*>(a), static_cast<char const*>(b)), 0);
 }
 
-int AlwaysEqual(void const*, void const*) { return 0; }
+template <std::size_t size>
+std::uint64_t WordOfBytes(void const* atom) {
+  return WordOf(std::string_view(static_cast<char const*>(atom), size));
+}
+
+std::uint64_t WordOfText(void const* text) { return WordOf(static_cast<char const*>(text)); }
+
+template <class Stored>
+constexpr SQMOrder kIntegers{CompareAs<Stored>, WordOfBytes<sizeof(Stored)>};
+template <class Stored>
+constexpr SQMOrder kReals{CompareAs<Stored>, nullptr};
+constexpr SQMOrder kTexts{CompareTexts, WordOfText};
+constexpr SQMOrder kThreeWords{CompareWords<3>, WordOfBytes<3 * sizeof(std::int16_t)>};
+constexpr SQMOrder kTimeStamps{CompareTimeStamps, WordOfBytes<sizeof(SQMTimeStamp)>};
+constexpr SQMOrder kAllEqual{[](void const*, void const*) { return 0; },
+                             [](void const*) { return std::uint64_t{0}; }};
 
 // ---- the table ----
 
-constexpr long kPlainWidth = 18, kTextWidth = 19, kDateWidth = 22, kPointerWidth = 25, kWordWidth = 26;
 // A fixed text declares its length; without a sensible one it takes the longest.
 constexpr long kLongestDeclared = 32766, kUndeclaredTextSize = 32767;
 
@@ -232,43 +247,33 @@ struct SQMColumnTypeRow {
 };
 
 constexpr SQMColumnTypeRow kColumnTypes[] = {
-    // codes  size width        parse                          format                        compare
-    {0, 2, {1, kPlainWidth, ParseCharacter, FormatCharacter, CompareAs<std::int8_t>}},
-    {3, 4, {1, kPlainWidth, ParseSigned<std::int8_t>, FormatCharacter, CompareAs<std::int8_t>}},
-    {5, 5, {1, kPlainWidth, ParseUnsigned<std::uint8_t>, FormatCharacter, CompareAs<std::int8_t>}},
-    {6, 7, {2, kPlainWidth, ParseSigned<std::int16_t>, FormatInteger<std::int16_t>, CompareAs<std::int16_t>}},
-    {8,
-     8,
-     {2, kPlainWidth, ParseUnsigned<std::uint16_t>, FormatInteger<std::uint16_t>, CompareAs<std::int16_t>}},
-    {9,
-     10,
-     {4, kPlainWidth, ParseSigned<std::int32_t>, FormatInteger<std::int32_t>, CompareAs<std::int32_t>}},
-    {11,
-     11,
-     {4, kPlainWidth, ParseUnsigned<std::uint32_t>, FormatInteger<std::uint32_t>, CompareAs<std::int32_t>}},
-    {12,
-     13,
-     {4, kPlainWidth, ParseSigned<std::int32_t>, FormatInteger<std::int32_t>, CompareAs<std::int32_t>}},
-    {14,
-     14,
-     {4, kPlainWidth, ParseUnsigned<std::uint32_t>, FormatInteger<std::uint32_t>, CompareAs<std::int32_t>}},
-    {15, 15, {4, kPlainWidth, ParseSmallReal, FormatReal<float>, CompareAs<float>}},
-    {16, 17, {8, kPlainWidth, ParseReal, FormatReal<double>, CompareAs<double>}},
-    {18, 18, {8, kPlainWidth, ParseNothing, FormatNothing, AlwaysEqual}},
-    {19, 19, {0, kTextWidth, nullptr, FormatText, CompareTexts}},
-    {20, 20, {1, kPlainWidth, ParseBoolean, FormatBoolean, CompareAs<std::int8_t>}},
-    {21, 21, {sizeof(char*), kTextWidth, nullptr, FormatText, CompareTexts}},
-    {22, 22, {6, kDateWidth, ParseFields<kDateFields>, FormatFields<kDateFields>, CompareWords<3>}},
-    {23, 23, {6, kDateWidth, ParseFields<kTimeFields>, FormatFields<kTimeFields>, CompareWords<3>}},
-    {24, 24, {16, kDateWidth, ParseTimeStamp, FormatTimeStamp, CompareTimeStamps}},
-    {25, 25, {sizeof(void*), kPointerWidth, ParseNothing, FormatNothing, CompareAs<std::uintptr_t>}},
-    {26, 26, {4, kWordWidth, ParseNothing, FormatNothing, AlwaysEqual}},
+    // codes size parse format order
+    {0, 2, {1, ParseCharacter, FormatCharacter, kIntegers<std::int8_t>}},
+    {3, 4, {1, ParseSigned<std::int8_t>, FormatCharacter, kIntegers<std::int8_t>}},
+    {5, 5, {1, ParseUnsigned<std::uint8_t>, FormatCharacter, kIntegers<std::int8_t>}},
+    {6, 7, {2, ParseSigned<std::int16_t>, FormatInteger<std::int16_t>, kIntegers<std::int16_t>}},
+    {8, 8, {2, ParseUnsigned<std::uint16_t>, FormatInteger<std::uint16_t>, kIntegers<std::int16_t>}},
+    {9, 10, {4, ParseSigned<std::int32_t>, FormatInteger<std::int32_t>, kIntegers<std::int32_t>}},
+    {11, 11, {4, ParseUnsigned<std::uint32_t>, FormatInteger<std::uint32_t>, kIntegers<std::int32_t>}},
+    {12, 13, {4, ParseSigned<std::int32_t>, FormatInteger<std::int32_t>, kIntegers<std::int32_t>}},
+    {14, 14, {4, ParseUnsigned<std::uint32_t>, FormatInteger<std::uint32_t>, kIntegers<std::int32_t>}},
+    {15, 15, {4, ParseSmallReal, FormatReal<float>, kReals<float>}},
+    {16, 17, {8, ParseReal, FormatReal<double>, kReals<double>}},
+    {18, 18, {8, ParseNothing, FormatNothing, kAllEqual}},
+    {19, 19, {0, nullptr, FormatText, kTexts}},
+    {20, 20, {1, ParseBoolean, FormatBoolean, kIntegers<std::int8_t>}},
+    {21, 21, {sizeof(char*), nullptr, FormatText, kTexts}},
+    {22, 22, {6, ParseFields<kDateFields>, FormatFields<kDateFields>, kThreeWords}},
+    {23, 23, {6, ParseFields<kTimeFields>, FormatFields<kTimeFields>, kThreeWords}},
+    {24, 24, {16, ParseTimeStamp, FormatTimeStamp, kTimeStamps}},
+    {25, 25, {sizeof(void*), ParseNothing, FormatNothing, kIntegers<std::uintptr_t>}},
+    {26, 26, {4, ParseNothing, FormatNothing, kAllEqual}},
 };
 
 static_assert(std::all_of(std::begin(kColumnTypes), std::end(kColumnTypes),
                           [](auto const& row) { return row.type.atomSize <= kLargestParsedAtom; }));
 
-constexpr SQMColumnType kOtherType{1, kPlainWidth, ParseNothing, FormatNothing, AlwaysEqual};
+constexpr SQMColumnType kOtherType{1, ParseNothing, FormatNothing, kAllEqual};
 
 }  // namespace
 

@@ -10,20 +10,6 @@
 
 namespace qumel {
 
-struct CQMDataSpace::SQMChunk {
-  long size = 0;
-  std::int64_t offset = 0;
-  bool hasPlace = false;  // in the scratch file, at offset
-  bool isFree = false;
-  bool keepInRAM = true;
-  bool needsFlush = false;
-  bool isListed = false;
-  std::uint32_t writeCount = 0;
-  std::uint32_t readCount = 0;
-  std::unique_ptr<std::byte[]> memory;
-  std::list<long>::iterator listed;  // its entry in the memory list
-};
-
 CQMDataSpace::CQMDataSpace(char const* directory)
     : m_directory(directory != nullptr ? directory : ""),
       m_fileNumber(static_cast<long>(std::time(nullptr))) {
@@ -43,7 +29,7 @@ CQMDataSpace::SQMChunk* CQMDataSpace::FindInUse(long chunk) {
   return IsKnown(chunk) && !At(chunk).isFree ? &At(chunk) : nullptr;
 }
 
-long CQMDataSpace::AssignChunk(long size, EQMChunkMemory memory) {
+long CQMDataSpace::AssignChunk(long size) {
   if (size < 1) return kNoChunk;
   std::scoped_lock const lock(m_mutex);
   long chunk = TakeFreeChunk(size);
@@ -51,7 +37,7 @@ long CQMDataSpace::AssignChunk(long size, EQMChunkMemory memory) {
   if (isNew) chunk = MakeRecord(size);
   if (chunk == kNoChunk) return kNoChunk;
   m_bytesInUse += size;
-  if (Prepare(At(chunk), chunk, isNew, memory)) return chunk;
+  if (Prepare(At(chunk), chunk, isNew)) return chunk;
   AddToFreeList(chunk);
   return kNoChunk;
 }
@@ -66,10 +52,10 @@ long CQMDataSpace::TakeFreeChunk(long size) {
     At(found).isFree = false;
     return found;
   }
-  if (!MakeRoomForRecord()) return kNoChunk;
+  long const chunk = AddRecord(size);
+  if (chunk == kNoChunk) return kNoChunk;
   SQMChunk& rest = At(found);
-  SQMChunk& front = AddRecord();
-  front.size = size;
+  SQMChunk& front = At(chunk);
   front.offset = rest.offset;
   front.hasPlace = rest.hasPlace;
   rest.size -= size;
@@ -77,29 +63,37 @@ long CQMDataSpace::TakeFreeChunk(long size) {
   auto node = m_freeList.extract(fitting);
   node.value() = FreeKey{rest.size, order, found};
   m_freeList.insert(std::move(node));
-  return m_recordCount - 1;
+  return chunk;
 }
 
 /** A new chunk, with a place at the end of the scratch file when there is a file and it has room. */
 long CQMDataSpace::MakeRecord(long size) {
-  if (!MakeRoomForRecord()) return kNoChunk;
-  SQMChunk& record = AddRecord();
-  record.size = size;
+  long const chunk = AddRecord(size);
+  if (chunk == kNoChunk) return kNoChunk;
+  SQMChunk& record = At(chunk);
   record.offset = m_endOfFile;
   record.hasPlace = HasFile() && size <= std::numeric_limits<std::int32_t>::max() - m_endOfFile;
   m_endOfFile += record.hasPlace ? static_cast<std::int32_t>(size) : 0;
-  return m_recordCount - 1;
+  return chunk;
 }
 
-CQMDataSpace::SQMChunk& CQMDataSpace::AddRecord() { return At(m_recordCount++); }
+long CQMDataSpace::AddRecord(long size) {
+  try {
+    if (m_recordCount == static_cast<long>(m_masterList.size()) * kMasterListBlock)
+      m_masterList.push_back(std::make_unique<SQMChunk[]>(kMasterListBlock));
+  } catch (std::bad_alloc const&) {
+    return kNoChunk;
+  }
+  At(m_recordCount).size = size;
+  return m_recordCount++;
+}
 
 /** Readies a chunk for its new owner. */
-bool CQMDataSpace::Prepare(SQMChunk& record, long chunk, bool isNew, EQMChunkMemory memory) {
+bool CQMDataSpace::Prepare(SQMChunk& record, long chunk, bool isNew) {
   record.keepInRAM = !record.hasPlace;
   record.needsFlush = false;
   record.writeCount = 0;
   record.readCount = 0;
-  if (record.keepInRAM && memory == EQMChunkMemory::AtFirstUse) return true;
   try {
     record.memory = std::make_unique<std::byte[]>(static_cast<std::size_t>(record.size));
     if (record.keepInRAM) return true;
@@ -153,21 +147,6 @@ void CQMDataSpace::SetKeepInRAM(long chunk, bool keep) {
     } catch (std::bad_alloc const&) {
     }
   }
-}
-
-bool CQMDataSpace::ExtendMasterList() {
-  std::scoped_lock const lock(m_mutex);
-  return MakeRoomForRecord();
-}
-
-bool CQMDataSpace::MakeRoomForRecord() {
-  if (m_recordCount < static_cast<long>(m_masterList.size()) * kMasterListBlock) return true;
-  try {
-    m_masterList.push_back(std::make_unique<SQMChunk[]>(kMasterListBlock));
-  } catch (std::bad_alloc const&) {
-    return false;
-  }
-  return true;
 }
 
 // ---- between memory and file ----
@@ -228,12 +207,7 @@ bool CQMDataSpace::BringToRAM(long chunk) {
   if (record == nullptr) return false;
   if (record->memory != nullptr) return true;
   try {
-    if (record->hasPlace) {
-      if (!ReadChunk(*record)) return false;
-    } else {
-      record->memory = std::make_unique<std::byte[]>(static_cast<std::size_t>(record->size));
-    }
-    if (!record->keepInRAM) AddToMemoryList(chunk);
+    if (ReadChunk(*record) && !record->keepInRAM) AddToMemoryList(chunk);
   } catch (std::bad_alloc const&) {
   }
   return record->memory != nullptr;

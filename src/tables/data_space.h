@@ -29,9 +29,6 @@ struct SQMChunkInfo {
   long readCount;
 };
 
-/** When a chunk that stays in memory gets it. */
-enum class EQMChunkMemory { Now, AtFirstUse };
-
 /** By default every chunk stays in memory at one address until it is freed. A file-backed space keeps at most
  *  kMemoryLimit chunks in memory and moves the others to a scratch file, so the address of a chunk holds only
  * until the next chunk is looked for. Each operation is safe against other threads; what is done through the
@@ -39,7 +36,7 @@ enum class EQMChunkMemory { Now, AtFirstUse };
 class CQMDataSpace : public CQMObject {
  public:
   static constexpr long kMemoryLimit = 128;
-  static constexpr long kMasterListBlock = 128;
+  static constexpr long kMasterListBlock = 4;  // records that are made at a time
   static constexpr long kNoChunk = -1;
 
   /** directory: where the scratch file goes; null or empty is the working folder. No file is made before the
@@ -53,7 +50,7 @@ class CQMDataSpace : public CQMObject {
   bool IsFileBacked() const;
 
   /** A chunk of size bytes, all 0; kNoChunk for a size below 1 or without memory. */
-  long AssignChunk(long size, EQMChunkMemory memory = EQMChunkMemory::Now);
+  long AssignChunk(long size);
   /** The chunk's memory, read from the file when it is not there; null for a free or unknown chunk or when it
    * cannot be read. */
   std::byte* FindChunk(long chunk);
@@ -69,8 +66,6 @@ class CQMDataSpace : public CQMObject {
   long ScramRAM();
   bool CopyChunkToDisk(long chunk, bool force);
   bool CopyChunkToRAM(long chunk);
-  /** Makes room for more chunk records when the master list is full. */
-  bool ExtendMasterList();
 
   /** Only a file-backed space has a file; true when it is open afterwards. */
   bool OpenDataSpaceFile();
@@ -86,7 +81,19 @@ class CQMDataSpace : public CQMObject {
   std::string GetFilePath() const;
 
  private:
-  struct SQMChunk;
+  struct SQMChunk {
+    long size = 0;
+    std::int64_t offset = 0;
+    std::unique_ptr<std::byte[]> memory;
+    std::list<long>::iterator listed;  // its entry in the memory list
+    std::uint32_t writeCount = 0;
+    std::uint32_t readCount = 0;
+    bool hasPlace = false;  // in the scratch file, at offset
+    bool isFree = false;
+    bool keepInRAM = true;
+    bool needsFlush = false;
+    bool isListed = false;
+  };
   struct SQMFileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
@@ -98,11 +105,11 @@ class CQMDataSpace : public CQMObject {
   bool IsKnown(long chunk) const { return chunk >= 0 && chunk < m_recordCount; }
   SQMChunk* FindInUse(long chunk);
   bool HasFile() const { return m_file != nullptr; }
-  bool MakeRoomForRecord();
   long TakeFreeChunk(long size);
   long MakeRecord(long size);
-  SQMChunk& AddRecord();
-  bool Prepare(SQMChunk& record, long chunk, bool isNew, EQMChunkMemory memory);
+  /** kNoChunk without memory. */
+  long AddRecord(long size);
+  bool Prepare(SQMChunk& record, long chunk, bool isNew);
   void AddToFreeList(long chunk);
   void AddToMemoryList(long chunk);
   void LeaveMemoryList(SQMChunk& record);

@@ -10,80 +10,76 @@
 
 namespace qumel {
 
-CQMDataSpaceRegion::CQMDataSpaceRegion(long atomSize, CQMDataSpace* space) {
+CQMDataSpaceRegion::CQMDataSpaceRegion(long atomSize, CQMDataSpace* space)
+    : m_space(space != nullptr ? space : CQMLinkedObject::GetDataSpace()),
+      m_atomSize(std::clamp(atomSize, 1L, kMaxAtomSize)) {
   SetTypeTag(TypeTag::kDataSpaceRegion);
-  SetRegionAttributes(atomSize, space);
-  ExtendRegion(0);
+  if (m_space == nullptr) {
+    m_ownSpace = std::make_unique<CQMDataSpace>();
+    m_space = m_ownSpace.get();
+  }
+  m_movable = m_space->IsFileBacked();
+  m_atomsPerChunk = static_cast<std::uint32_t>(std::clamp(kChunkBytes / m_atomSize, 1L, kMaxAtomsPerChunk));
+  auto const firstAtoms = std::bit_floor(
+      std::min(m_atomsPerChunk, static_cast<std::uint32_t>(std::max(kFirstChunkBytes / m_atomSize, 1L))));
+  m_doubledAtoms = std::bit_floor(m_atomsPerChunk);
+  m_firstMask = 2 * firstAtoms - 1;
+  m_firstWidth = static_cast<std::uint32_t>(std::bit_width(m_firstMask));
+  m_doubledSlots = static_cast<std::uint32_t>(std::bit_width(m_doubledAtoms / firstAtoms));
 }
 
 CQMDataSpaceRegion::~CQMDataSpaceRegion() { ReleaseRegion(); }
 
-void CQMDataSpaceRegion::SetRegionAttributes(long atomSize, CQMDataSpace* space) {
-  if (space == nullptr) space = CQMLinkedObject::GetDataSpace();
-  if (space == nullptr) {
-    if (m_ownSpace == nullptr) m_ownSpace = std::make_unique<CQMDataSpace>();
-    space = m_ownSpace.get();
-  }
-  ReleaseRegion();
-  m_space = space;
-  m_movable = space->IsFileBacked();
-  m_atomSize = std::clamp(atomSize, 1L, kMaxAtomSize);
-  m_atomsPerChunk = std::clamp(kChunkBytes / m_atomSize, 1L, kMaxAtomsPerChunk);
-  m_divisor = static_cast<std::uint32_t>(m_atomsPerChunk);
-  m_flagOffset = m_atomSize * m_atomsPerChunk;
-  m_chunkSize = m_flagOffset + m_atomsPerChunk;
+/** How many atoms the chunk of a slot has room for. */
+long CQMDataSpaceRegion::CapacityOf(std::size_t slot) const {
+  if (slot >= m_doubledSlots) return m_atomsPerChunk;
+  std::uint32_t const firstAtoms = (m_firstMask + 1) / 2;
+  return slot == 0 ? firstAtoms : firstAtoms << (slot - 1);
 }
 
-long CQMDataSpaceRegion::ExtendRegion(long count) {
-  if (count < 0) return 0;
-  long const last = m_atomCount - 1;
-  // The quotients truncate toward zero: the first atom uses the chunk made at construction.
-  if (count > 0 &&
-      last / m_atomsPerChunk == static_cast<long>((std::int64_t{last} + count) / m_atomsPerChunk))
-    return 0;
-  auto const slot = static_cast<std::size_t>(m_currentSlot + 1);
+/** Takes one more chunk. */
+bool CQMDataSpaceRegion::ExtendRegion() {
   try {
-    if (slot == m_slots.size()) m_slots.resize(slot + kSlotBlock, SQMSlot{CQMDataSpace::kNoChunk, nullptr});
+    SQMSlot& slot = m_slots.emplace_back();
+    slot.first = static_cast<std::uint32_t>(m_atomCount);
   } catch (std::bad_alloc const&) {
-    return -1;
+    return false;
   }
-  // An empty table costs no memory: most of those that a short evaluation makes stay empty.
-  long const chunk = m_space->AssignChunk(m_chunkSize, EQMChunkMemory::AtFirstUse);
-  if (chunk == CQMDataSpace::kNoChunk) return -1;
-  m_slots[slot] = {chunk, nullptr};
-  ++m_currentSlot;
-  return 0;
+  long const chunk = m_space->AssignChunk(m_atomSize * CapacityOf(m_slots.size() - 1));
+  std::byte* const memory =
+      chunk != CQMDataSpace::kNoChunk && !m_movable ? m_space->FindChunk(chunk) : nullptr;
+  if (chunk == CQMDataSpace::kNoChunk) {
+    m_slots.pop_back();
+    return false;
+  }
+  m_slots.back().chunk = static_cast<std::int32_t>(chunk);
+  m_slots.back().memory = memory;
+  return true;
 }
 
 long CQMDataSpaceRegion::AppendAtom() {
   if (m_atomCount == kMaxAtoms) return 0;
-  long const number = m_atomCount / m_atomsPerChunk;
-  if (number > m_currentSlot && ExtendRegion(number == 0 ? 0 : 1) != 0) return 0;
-  SQMSlot& slot = m_slots[static_cast<std::size_t>(number)];
-  if (m_movable) {
-    m_space->SetNeedsFlush(slot.chunk);
-  } else if (slot.memory == nullptr) {
-    slot.memory = m_space->FindChunk(slot.chunk);
-    if (slot.memory == nullptr) return 0;
-  }
-  m_bytesUsed += m_atomSize;
+  std::size_t const slot = SlotOf(m_atomCount + 1);
+  if (slot == m_slots.size() && !ExtendRegion()) return 0;
+  if (m_movable) m_space->SetNeedsFlush(m_slots[slot].chunk);
   return ++m_atomCount;
 }
 
 void CQMDataSpaceRegion::ReleaseRegion() {
-  for (long i = 0; i <= m_currentSlot; ++i) m_space->FreeChunk(m_slots[static_cast<std::size_t>(i)].chunk);
-  m_slots = {};
-  m_currentSlot = -1;
+  DropSlotsFrom(0);
   m_atomCount = 0;
-  m_bytesUsed = 0;
+}
+
+void CQMDataSpaceRegion::DropSlotsFrom(std::size_t slot) {
+  for (std::size_t i = slot; i < m_slots.size(); ++i) m_space->FreeChunk(m_slots[i].chunk);
+  m_slots.resize(std::min(slot, m_slots.size()));
 }
 
 std::byte* CQMDataSpaceRegion::LookForChunk(long chunk) const { return m_space->FindChunk(chunk); }
 
 void CQMDataSpaceRegion::SetFlushFlag(long atom) {
   // Where nothing is ever written out nobody asks.
-  if (m_movable && ValidateItemNumber(atom))
-    m_space->SetNeedsFlush(m_slots[static_cast<std::size_t>(SlotOf(atom))].chunk);
+  if (m_movable && ValidateItemNumber(atom)) m_space->SetNeedsFlush(m_slots[SlotOf(atom)].chunk);
 }
 
 // ---- moving ----
@@ -93,13 +89,15 @@ bool CQMDataSpaceRegion::MoveAtoms(long first, long target, long count) {
   if (!ValidateItemNumber(first) || !ValidateItemNumber(target)) return false;
   if (count - 1 > m_atomCount - std::max(first, target)) return false;
   bool const isUpwards = target > first;
+  auto const before = [this](long atom) { return PlaceIn(m_slots[SlotOf(atom)], atom); };
+  auto const behind = [this, before](long atom) { return CapacityOf(SlotOf(atom)) - before(atom); };
   while (count > 0) {
     long run;
     if (isUpwards) {  // from the last atom down, so that none is overwritten before it has moved
-      run = std::min({count, PlaceOf(first + count - 1) + 1, PlaceOf(target + count - 1) + 1});
+      run = std::min({count, before(first + count - 1) + 1, before(target + count - 1) + 1});
       if (!MoveRun(first + count - run, target + count - run, run)) return false;
     } else {
-      run = std::min({count, m_atomsPerChunk - PlaceOf(first), m_atomsPerChunk - PlaceOf(target)});
+      run = std::min({count, behind(first), behind(target)});
       if (!MoveRun(first, target, run)) return false;
       first += run;
       target += run;
@@ -129,31 +127,19 @@ bool CQMDataSpaceRegion::MoveRun(long first, long target, long count) {
   return true;
 }
 
-// ---- flags ----
-
-std::byte* CQMDataSpaceRegion::FlagOf(long atom) const {
-  if (!ValidateItemNumber(atom)) return nullptr;
-  std::byte* const chunk = ChunkMemory(SlotOf(atom));
-  return chunk != nullptr ? chunk + m_flagOffset + PlaceOf(atom) : nullptr;
-}
-
-void CQMDataSpaceRegion::SetAtomFlags(long atom, std::uint8_t flags) {
-  std::byte* const flag = FlagOf(atom);
-  if (flag == nullptr) return;
-  *flag |= std::byte{flags};
-  SetFlushFlag(atom);
-}
-
-void CQMDataSpaceRegion::ClearAtomFlags(long atom, std::uint8_t flags) {
-  std::byte* const flag = FlagOf(atom);
-  if (flag == nullptr) return;
-  *flag &= ~std::byte{flags};
-  SetFlushFlag(atom);
-}
-
-bool CQMDataSpaceRegion::TestAtomFlags(long atom, std::uint8_t flags) const {
-  std::byte const* const flag = FlagOf(atom);
-  return flag != nullptr && (*flag & std::byte{flags}) != std::byte{0};
+void CQMDataSpaceRegion::KeepAtoms(std::span<std::int32_t const> atoms) {
+  auto const size = static_cast<std::size_t>(m_atomSize);
+  long kept = 0;
+  for (std::int32_t const atom : atoms) {
+    if (!ValidateItemNumber(atom)) break;
+    if (++kept == atom) continue;
+    std::memcpy(GetAtomPtr(kept), GetAtomPtr(atom), size);
+  }
+  for (long atom = kept + 1; atom <= m_atomCount && SlotOf(atom) == SlotOf(kept + 1); ++atom) {
+    std::memset(GetAtomPtr(atom), 0, size);
+  }
+  m_atomCount = kept;
+  DropSlotsFrom(kept > 0 ? SlotOf(kept) + 1 : 0);
 }
 
 }  // namespace qumel

@@ -1,259 +1,57 @@
 // Entering, finding and deleting symbols.
 #include "tables/symbol_table.h"
 
-#include <algorithm>
-#include <atomic>
 #include <cstdint>
-#include <cstring>
-#include <mutex>
 #include <new>
-#include <shared_mutex>
-#include <string>
-#include <unordered_map>
-#include <utility>
-#include <vector>
-
-#include "tables/table.h"
 
 namespace qumel {
 
-namespace {
+CQMSymbolTable::CQMSymbolTable(SQMVariableTraits const* variables, bool shared)
+    : m_variables(variables), m_shared(shared) {
+  SetTypeTag(kTypeTag);
+  bool const isMade = m_table.AppendColumn("name", EQMDataType::String, kLongestName) == TableResult::Done &&
+                      m_table.AppendColumn("serialno", EQMDataType::RowNumber) == TableResult::Done &&
+                      m_table.AppendColumn("object", EQMDataType::Pointer) == TableResult::Done &&
+                      m_table.DefineIndex("name", {{"name"}}) == TableResult::Done &&
+                      m_table.DefineIndex("serialno", {{"serialno"}}) == TableResult::Done;
+  if (!isMade) throw std::bad_alloc();
+  m_objects = m_table.GetColumn(kObjectColumn)->GetRegion();
+}
 
-struct SQMSymbolEntry {
-  CQMObject* object;
-  std::string const* name;  // as it was entered; the object may be renamed
-  long slot;                // of the table's row: does not change when other rows go
-};
-
-/** Entries by key. Those of one key stand in the order in which they were entered. */
-template <class Key, class Hash = std::hash<Key>>
-class EntryMap {
- public:
-  template <class View>
-  SQMSymbolEntry const* FindFirst(View const& key) const {
-    auto const found = m_chains.find(key);
-    return found != m_chains.end() ? &found->second.first : nullptr;
+CQMSymbolTable::~CQMSymbolTable() {
+  m_count.store(0, std::memory_order_release);  // what goes is not found any more
+  for (long row = m_table.GetLastRow(); row > 0; --row) {
+    std::unique_ptr<CQMObject>{ObjectAt(m_table.GetColumnRowNumber(row))};
   }
-  template <class View>
-  bool Holds(View const& key, CQMObject const* object) const {
-    auto const found = m_chains.find(key);
-    if (found == m_chains.end()) return false;
-    SQMChain const& chain = found->second;
-    return chain.first.object == object ||
-           std::any_of(chain.later.begin(), chain.later.end(),
-                       [object](auto const& e) { return e.object == object; });
-  }
-  /** Where the key and the entry are kept; the key stays there as long as it has an entry. */
-  std::pair<Key const*, SQMSymbolEntry*> Add(Key key, SQMSymbolEntry const& entry) {
-    auto const [place, isNew] = m_chains.try_emplace(std::move(key), SQMChain{entry, {}});
-    auto& [first, later] = place->second;
-    return {&place->first, isNew ? &first : &later.emplace_back(entry)};
-  }
-  template <class View>
-  void Remove(View const& key, long slot) {
-    auto const found = m_chains.find(key);
-    if (found == m_chains.end()) return;
-    auto& [first, later] = found->second;
-    if (first.slot != slot) {
-      std::erase_if(later, [slot](auto const& entry) { return entry.slot == slot; });
-    } else if (later.empty()) {
-      m_chains.erase(found);
-    } else {
-      first = later.front();
-      later.erase(later.begin());
-    }
-  }
-  template <class Action>
-  void ForEach(Action action) {
-    for (auto& [key, chain] : m_chains) {
-      action(chain.first);
-      std::for_each(chain.later.begin(), chain.later.end(), action);
-    }
-  }
+}
 
- private:
-  struct SQMChain {
-    SQMSymbolEntry first;
-    std::vector<SQMSymbolEntry> later;  // nearly always empty
-  };
-  std::unordered_map<Key, SQMChain, Hash, std::equal_to<>> m_chains;
-};
+long CQMSymbolTable::FindSlot(long serialNumber) const {
+  auto const number = static_cast<std::int32_t>(serialNumber);
+  return m_table.FindSlotByKey(kSerialIndex, {&number});
+}
 
-struct NameHash {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>{}(name); }
-};
-
-}  // namespace
-
-// ---- rows ----
-
-/** The rows of the table, and the look-aside maps that find them: the first entry of a key in a map is the
- * first living row that the sorted index of the table gives, without a sort after every change. */
-class CQMSymbolTable::Rows {
- public:
-  using ReadLock = std::shared_lock<std::shared_mutex>;
-  using ChangeLock = std::unique_lock<std::shared_mutex>;
-
-  explicit Rows(bool shared) : m_shared(shared) {}
-
-  long Count() const { return m_count.load(std::memory_order_acquire); }
-  ReadLock LockForReading() { return m_shared ? ReadLock(m_mutex) : ReadLock(); }
-  ChangeLock LockForChange() { return m_shared ? ChangeLock(m_mutex) : ChangeLock(); }
-
-  SQMSymbolEntry const* FindFirst(std::string_view name) const { return m_byName.FindFirst(name); }
-  SQMSymbolEntry const* FindFirst(long serialNumber) const { return m_bySerial.FindFirst(serialNumber); }
-
-  long Add(CQMObject& object);
-  void Remove(SQMSymbolEntry const& entry);
-  void DestroyObjects();
-
- private:
-  static constexpr long kNameColumn = 1, kSerialColumn = 2, kObjectColumn = 3;
-  static constexpr long kNoSlot = 0;
-  static constexpr long kSparedRows = 1000;  // dead ones in a small table are not worth a new table
-
-  static std::unique_ptr<CQMTable> MakeTable();
-  static long AppendRow(CQMTable& table, char const* name, std::int32_t serialNumber, CQMObject* object);
-  template <class Value>
-  Value ValueOfRow(long column, long row);
-  void KillRow(long slot);
-  void DropDeadRows();
-
-  bool const m_shared;
-  std::shared_mutex m_mutex;
-  std::atomic<long> m_count{0};
-  std::unique_ptr<CQMTable> m_table;  // made with the first row; rows without an object are dead
-  EntryMap<std::string, NameHash> m_byName;
-  EntryMap<long> m_bySerial;
-};
-
-long CQMSymbolTable::Rows::Add(CQMObject& object) {
+long CQMSymbolTable::Add(CQMObject& object) {
   if (object.Name().size() > static_cast<std::size_t>(kLongestName)) return Error::Overflow;
-  if (m_bySerial.Holds(object.GetSerialNumber(), &object)) return Error::None;
-  SQMSymbolEntry entry{&object, nullptr, kNoSlot};
-  try {
-    if (m_table == nullptr) m_table = MakeTable();
-    if (m_table == nullptr) return Error::OutOfMemory;
-    entry.slot = AppendRow(*m_table, object.Name().data(),
-                           static_cast<std::int32_t>(object.GetSerialNumber()), &object);
-    if (entry.slot == kNoSlot) return Error::OutOfMemory;
-    auto const [name, named] = m_byName.Add(std::string(object.Name()), entry);
-    entry.name = named->name = name;
-    m_bySerial.Add(object.GetSerialNumber(), entry);
-  } catch (std::bad_alloc const&) {
-    if (entry.name != nullptr) m_byName.Remove(*entry.name, entry.slot);
-    if (entry.slot != kNoSlot) KillRow(entry.slot);
-    return Error::OutOfMemory;
-  }
+  long const known = FindSlot(object.GetSerialNumber());
+  if (known != 0 && ObjectAt(known) == &object) return Error::None;
+  auto const serialNumber = static_cast<std::int32_t>(object.GetSerialNumber());
+  CQMObject* const address = &object;
+  if (m_table.AppendRow({object.Name().data(), &serialNumber, &address}) <= 0) return Error::OutOfMemory;
   m_count.fetch_add(1, std::memory_order_release);
   return Error::None;
 }
 
-void CQMSymbolTable::Rows::Remove(SQMSymbolEntry const& entry) {
-  KillRow(entry.slot);
-  m_bySerial.Remove(entry.object->GetSerialNumber(), entry.slot);
-  m_byName.Remove(*entry.name, entry.slot);
-  m_count.fetch_sub(1, std::memory_order_release);
-  if (m_table->GetRowCount() > kSparedRows + 2 * Count()) DropDeadRows();
-}
-
-std::unique_ptr<CQMTable> CQMSymbolTable::Rows::MakeTable() {
-  auto table = std::make_unique<CQMTable>();
-  bool const isMade = table->GetIndexCount() > 0 &&  // a table without its row map takes no row, ever
-                      table->AppendColumn("name", EQMDataType::String, kLongestName) == TableResult::Done &&
-                      table->AppendColumn("serialno", EQMDataType::RowNumber) == TableResult::Done &&
-                      table->AppendColumn("object", EQMDataType::Pointer) == TableResult::Done &&
-                      table->DefineIndex("name", {{"name"}}) == TableResult::Done &&
-                      table->DefineIndex("serialno", {{"serialno"}}) == TableResult::Done;
-  return isMade ? std::move(table) : nullptr;
-}
-
-/** The slot of the new row, or kNoSlot without memory. */
-long CQMSymbolTable::Rows::AppendRow(CQMTable& table, char const* name, std::int32_t serialNumber,
-                                     CQMObject* object) {
-  long const slot = table.AppendRow();
-  if (slot <= kNoSlot) return kNoSlot;
-  bool const isSet =
-      table.SetValue(kNameColumn, static_cast<void const*>(name)) == TableResult::Done &&
-      table.SetValue(kSerialColumn, static_cast<void const*>(&serialNumber)) == TableResult::Done &&
-      table.SetValue(kObjectColumn, static_cast<void const*>(&object)) == TableResult::Done;
-  if (isSet) return slot;
-  table.DeleteRow();
-  return kNoSlot;
-}
-
-template <class Value>
-Value CQMSymbolTable::Rows::ValueOfRow(long column, long row) {
-  Value result{};
-  if (void const* const value = m_table->GetValueByRowNumber(column, row))
-    std::memcpy(&result, value, sizeof result);
-  return result;
-}
-
-void CQMSymbolTable::Rows::DestroyObjects() {
-  if (m_table == nullptr) return;
-  m_count.store(0, std::memory_order_release);  // what goes is not found any more
-  m_table->SelectIndex(nullptr);
-  for (long row = m_table->GetLastRow(); row > 0; --row) {
-    std::unique_ptr<CQMObject>{ValueOfRow<CQMObject*>(kObjectColumn, row)};
-  }
-}
-
-/** The row itself stays: to take out one row moves all behind it. */
-void CQMSymbolTable::Rows::KillRow(long slot) {
-  m_table->GetColumn(kObjectColumn)->SetColumnValue(slot, static_cast<void const*>(nullptr));
-}
-
-/** When most rows are dead, the others move to a new table, so that variables that come and go take no memory
- * for good. */
-void CQMSymbolTable::Rows::DropDeadRows() {
-  try {
-    std::unique_ptr<CQMTable> table = MakeTable();
-    if (table == nullptr) return;
-    m_table->SelectIndex(nullptr);
-    long const rows = m_table->GetLastRow();
-    std::vector<long> slots;  // those of living rows until now; in the new table a row's slot is its number
-    for (long row = 1; row <= rows; ++row) {
-      auto* const object = ValueOfRow<CQMObject*>(kObjectColumn, row);
-      if (object == nullptr) continue;
-      slots.push_back(m_table->GetColumnRowNumber(row));
-      void const* const name = m_table->GetValueByRowNumber(kNameColumn, row);
-      std::string const nameCopy(name != nullptr ? static_cast<char const*>(name) : "");
-      auto const serialNumber = ValueOfRow<std::int32_t>(kSerialColumn, row);
-      if (AppendRow(*table, nameCopy.c_str(), serialNumber, object) != static_cast<long>(slots.size()))
-        return;
-    }
-    auto const renumber = [&slots](SQMSymbolEntry& entry) {
-      entry.slot = std::lower_bound(slots.begin(), slots.end(), entry.slot) - slots.begin() + 1;
-    };
-    m_byName.ForEach(renumber);
-    m_bySerial.ForEach(renumber);
-    m_table = std::move(table);
-  } catch (std::bad_alloc const&) {  // later, then
-  }
-}
-
-// ---- the table ----
-
-CQMSymbolTable::CQMSymbolTable(SQMVariableTraits const* variables, bool shared)
-    : m_rows(std::make_unique<Rows>(shared)), m_variables(variables) {
-  SetTypeTag(kTypeTag);
-}
-
-CQMSymbolTable::~CQMSymbolTable() { m_rows->DestroyObjects(); }
-
 long CQMSymbolTable::AddSymbol(CQMObject* object) {
   if (object == nullptr) return Error::None;
-  auto const lock = m_rows->LockForChange();
-  return m_rows->Add(*object);
+  auto const lock = LockForChange();
+  return Add(*object);
 }
 
 long CQMSymbolTable::AddNewSymbol(CQMObject& object) {
-  auto const lock = m_rows->LockForChange();
-  SQMSymbolEntry const* const entry = m_rows->FindFirst(object.Name());
-  if (entry != nullptr && !entry->object->IsMarkedForDeletion()) return Error::AlreadyExists;
-  return m_rows->Add(object);
+  auto const lock = LockForChange();
+  long const slot = FindSlot(object.Name());
+  if (slot != 0 && !ObjectAt(slot)->IsMarkedForDeletion()) return Error::AlreadyExists;
+  return Add(object);
 }
 
 long CQMSymbolTable::AddVariableSymbol(char const* name, EQMDataType type, void const* value) {
@@ -271,36 +69,36 @@ long CQMSymbolTable::AddVariableSymbol(char const* name, EQMDataType type, void 
 
 long CQMSymbolTable::AddConstantSymbol(char const*, EQMDataType, void const*) { return Error::None; }
 
-CQMObject* CQMSymbolTable::GetSymbol(std::string_view name, bool thisTableOnly) {
+CQMObject* CQMSymbolTable::GetSymbol(SQMHashedText const& name, bool thisTableOnly) {
   return FindSymbol(name, thisTableOnly);
 }
 CQMObject* CQMSymbolTable::GetSymbol(long serialNumber, bool thisTableOnly) {
   return FindSymbol(serialNumber, thisTableOnly);
 }
-bool CQMSymbolTable::IsSymbol(std::string_view name, bool thisTableOnly) {
+bool CQMSymbolTable::IsSymbol(SQMHashedText const& name, bool thisTableOnly) {
   return WithSymbol(name, thisTableOnly, [](CQMObject*) {});
 }
 bool CQMSymbolTable::IsSymbol(long serialNumber, bool thisTableOnly) {
   return WithSymbol(serialNumber, thisTableOnly, [](CQMObject*) {});
 }
-EQMDataType CQMSymbolTable::GetSymbolType(std::string_view name, bool thisTableOnly) {
+EQMDataType CQMSymbolTable::GetSymbolType(SQMHashedText const& name, bool thisTableOnly) {
   return FindSymbolType(name, thisTableOnly);
 }
 EQMDataType CQMSymbolTable::GetSymbolType(long serialNumber, bool thisTableOnly) {
   return FindSymbolType(serialNumber, thisTableOnly);
 }
-long CQMSymbolTable::DeleteSymbol(std::string_view name, bool destroy) {
+long CQMSymbolTable::DeleteSymbol(SQMHashedText const& name, bool destroy) {
   return DeleteSymbolOf(name, destroy);
 }
 long CQMSymbolTable::DeleteSymbol(long serialNumber, bool destroy) {
   return DeleteSymbolOf(serialNumber, destroy);
 }
 
-long CQMSymbolTable::TakeSymbol(std::string_view name, std::unique_ptr<CQMObject>& taken) {
+long CQMSymbolTable::TakeSymbol(SQMHashedText const& name, std::unique_ptr<CQMObject>& taken) {
   return TakeSymbolOf(name, taken);
 }
 
-CQMObject* CQMSymbolTable::ReserveSymbol(std::string_view name, bool thisTableOnly) {
+CQMObject* CQMSymbolTable::ReserveSymbol(SQMHashedText const& name, bool thisTableOnly) {
   CQMObject* found = nullptr;
   WithSymbol(name, thisTableOnly, [&found](CQMObject* object) {
     if (object->IsMarkedForDeletion()) return;
@@ -310,29 +108,34 @@ CQMObject* CQMSymbolTable::ReserveSymbol(std::string_view name, bool thisTableOn
   return found;
 }
 
-long CQMSymbolTable::GetSymbolCount() const { return m_rows->Count(); }
-
 CQMSymbolTable* CQMSymbolTable::GetParentTable() const {
   CQMLinkedObject* const parent = GetParentObject();
   return parent != nullptr && parent->HasTypeTag(kTypeTag) ? static_cast<CQMSymbolTable*>(parent) : nullptr;
 }
 
 template <class Key, class Action>
-bool CQMSymbolTable::WithSymbol(Key key, bool thisTableOnly, Action action) {
-  for (CQMSymbolTable* table = this; table != nullptr;
-       table = thisTableOnly ? nullptr : table->GetParentTable()) {
-    if (table->m_rows->Count() == 0) continue;
-    auto const lock = table->m_rows->LockForReading();
-    if (SQMSymbolEntry const* const entry = table->m_rows->FindFirst(key); entry != nullptr) {
-      action(entry->object);
-      return true;
-    }
-  }
-  return false;
+bool CQMSymbolTable::WithOwnSymbol(Key const& key, Action action) {
+  long const slot = FindSlot(key);
+  if (slot != 0) action(ObjectAt(slot));
+  return slot != 0;
+}
+
+template <class Key, class Action>
+bool CQMSymbolTable::WithSharedSymbol(Key const& key, Action action) {
+  if (GetSymbolCount() == 0) return false;
+  std::shared_lock<std::shared_mutex> const lock(m_mutex);
+  return WithOwnSymbol(key, action);
+}
+
+template <class Key, class Action>
+bool CQMSymbolTable::WithSymbol(Key const& key, bool thisTableOnly, Action action) {
+  if (m_shared ? WithSharedSymbol(key, action) : WithOwnSymbol(key, action)) return true;
+  CQMSymbolTable* const parent = thisTableOnly ? nullptr : GetParentTable();
+  return parent != nullptr && parent->WithSymbol(key, thisTableOnly, action);
 }
 
 template <class Key>
-CQMObject* CQMSymbolTable::FindSymbol(Key key, bool thisTableOnly) {
+CQMObject* CQMSymbolTable::FindSymbol(Key const& key, bool thisTableOnly) {
   CQMObject* found = nullptr;
   WithSymbol(key, thisTableOnly, [&found](CQMObject* object) {
     if (!object->IsMarkedForDeletion()) found = object;
@@ -341,7 +144,7 @@ CQMObject* CQMSymbolTable::FindSymbol(Key key, bool thisTableOnly) {
 }
 
 template <class Key>
-EQMDataType CQMSymbolTable::FindSymbolType(Key key, bool thisTableOnly) {
+EQMDataType CQMSymbolTable::FindSymbolType(Key const& key, bool thisTableOnly) {
   EQMDataType type = EQMDataType::Undefined;
   WithSymbol(key, thisTableOnly, [this, &type](CQMObject* object) {
     if (m_variables != nullptr && !object->IsMarkedForDeletion()) type = m_variables->typeOf(*object);
@@ -350,7 +153,7 @@ EQMDataType CQMSymbolTable::FindSymbolType(Key key, bool thisTableOnly) {
 }
 
 template <class Key>
-long CQMSymbolTable::DeleteSymbolOf(Key key, bool destroy) {
+long CQMSymbolTable::DeleteSymbolOf(Key const& key, bool destroy) {
   std::unique_ptr<CQMObject> object;
   long const code = TakeSymbolOf(key, object);
   if (!destroy) static_cast<void>(object.release());
@@ -358,13 +161,14 @@ long CQMSymbolTable::DeleteSymbolOf(Key key, bool destroy) {
 }
 
 template <class Key>
-long CQMSymbolTable::TakeSymbolOf(Key key, std::unique_ptr<CQMObject>& taken) {
-  auto const lock = m_rows->LockForChange();
-  SQMSymbolEntry const* const entry = m_rows->FindFirst(key);
-  if (entry == nullptr || entry->object->IsMarkedForDeletion()) return Error::NotFound;
-  if (entry->object->GetRefCount() != 0) return Error::VariableInUse;
-  taken.reset(entry->object);
-  m_rows->Remove(SQMSymbolEntry(*entry));
+long CQMSymbolTable::TakeSymbolOf(Key const& key, std::unique_ptr<CQMObject>& taken) {
+  auto const lock = LockForChange();
+  long const slot = FindSlot(key);
+  if (slot == 0 || ObjectAt(slot)->IsMarkedForDeletion()) return Error::NotFound;
+  if (ObjectAt(slot)->GetRefCount() != 0) return Error::VariableInUse;
+  taken.reset(ObjectAt(slot));
+  m_table.DeleteSlot(slot);
+  m_count.fetch_sub(1, std::memory_order_release);
   return Error::None;
 }
 

@@ -1,7 +1,7 @@
-// A relational table in memory: typed columns, rows, a current row, and sorted indexes that are kept lazily.
+// A relational table in memory: typed columns, rows, a current row, and indexes that find rows by a hash of
+// their keys at once and are sorted lazily.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <initializer_list>
@@ -13,6 +13,8 @@
 
 #include "objects/object.h"
 #include "tables/column.h"
+#include "tables/row_hash.h"
+#include "tables/text_hash.h"
 
 namespace qumel {
 
@@ -50,40 +52,46 @@ struct SQMIndexKey {
   char direction = SortDirection::kAscending;
 };
 
-/** An index: positions in sort order, each holding a logical row number. */
+/** An index: positions in sort order, each holding a logical row number, and slots by the hash of their keys.
+ */
 struct SQMTableIndex {
   static constexpr long kLongestName = 63;
   struct SQMKey {
     CQMColumn* column;
     char direction;
-    std::uint32_t seenChanges;  // the column's change counter at the last update
+    std::uint32_t seenChanges;  // the column's change counter when the index was last sorted
   };
   std::string name;
   std::vector<SQMKey> keys;
-  std::unique_ptr<CQMColumn> rows;
-  long seenRowCount = -1;  // at the last update; a new index is stale
+  std::unique_ptr<CQMColumn> rows;  // made when the index is sorted first
+  long seenRowCount = -1;           // when it was last sorted; a new index is stale
   std::uint32_t seenChangeCount = 0;
+  CQMRowHash slots;
+  bool isHashed = false;  // whether slots holds all rows
+
+  bool HasKey(CQMColumn const& column) const;
 };
 
 /** Every value is addressed by column and row. A row number counts in the order of the current index (the row
  * map gives the order of the rows themselves); 0 stands for the current row, and a row that is given becomes
  * the current one. Results are those of TableResult, or as told. Indexes are sorted by keyed lookups only,
  * when rows have come or gone and the key columns have changed since; a key value set since the last lookup
- * does not alone make an index stale. A table belongs to one thread at a time; const operations may run in
- * any number of threads meanwhile none changes the table. */
+ * does not alone make an index stale. Slots are found by their keys without sorting. A table belongs to one
+ * thread at a time; const operations may run in any number of threads meanwhile none changes the table. */
 class CQMTable : public CQMObject {
  public:
   static constexpr long kIndexSlots = 32;  // the row map's included
   static constexpr char const* kRowMapName = "*ROW_MAP";
 
-  /** space holds the values: null is the library's shared data space. */
-  explicit CQMTable(long owner = 0, CQMDataSpace* space = nullptr);
+  /** space holds the values: null is the library's shared data space. Throws where there is no memory. */
+  explicit CQMTable(CQMDataSpace* space = nullptr);
   ~CQMTable() override;
 
   // Columns.
   long AppendColumn(std::unique_ptr<CQMColumn> column);
   long AppendColumn(char const* name, EQMDataType type, long declaredLength = 0);
-  CQMColumn* GetColumn(SQMColumnKey column) const;
+  /** Values are changed through the table only, which keeps its indexes in step. */
+  CQMColumn const* GetColumn(SQMColumnKey column) const;
   long GetColumnNumber(char const* name) const;
   char const* GetColumnName(long position) const;
   /** Indexes that sort by the column go with it. */
@@ -102,6 +110,9 @@ class CQMTable : public CQMObject {
   // Rows.
   /** Returns the new row's physical slot, or OutOfMemory. Makes the row map current. */
   long AppendRow();
+  /** The same with a value for each column, in the column's own form; where one cannot be kept there is no
+   * row. */
+  long AppendRow(std::initializer_list<void const*> values);
   /** Inserts before row, which must exist. Makes the row map current. */
   long InsertRow(long row);
   long DeleteRow() { return DeleteRowByRowNumber(0); }
@@ -127,7 +138,21 @@ class CQMTable : public CQMObject {
 
   // Physical slots: the row numbers of the columns.
   /** The slot of a row number in the order of the current index; 0 when there is none. */
-  long GetColumnRowNumber(long row) const;
+  long GetColumnRowNumber(long row);
+  /** The slot of the first row, in the order of the rows, that has these keys in the index of a number; 0
+   * when there is none. Takes one step where values are set through the table and rows are appended, not
+   * inserted; real numbers are searched from the first row on. Neither the current row nor the current index
+   * matters. */
+  long FindSlotByKey(long index, SQMKeyValues keys) const;
+  /** The same for an index of one column of texts. */
+  long FindSlotByText(long index, SQMHashedText const& key) const {
+    SQMTableIndex const& searched = *m_indexes[static_cast<std::size_t>(index)];
+    long const slot = searched.slots.FindFirst(key.word);
+    return searched.isHashed && (slot == 0 || IsExact(key.word)) ? slot : FindText(searched, slot, key.text);
+  }
+  /** Deletes the row of a slot at the price of one step; no row is current then. When most slots are dead,
+   * the others are numbered anew, from 1 in the order of the rows. */
+  void DeleteSlot(long slot);
 
   // Values: null or a result code when the column, row or key is not found.
   void const* GetValue(SQMColumnKey column) { return GetValueByRowNumber(column, 0); }
@@ -165,15 +190,10 @@ class CQMTable : public CQMObject {
   /** Sorts the current index's column as it stands. */
   long SortTable();
   long GetIndexCount() const { return m_indexCount; }
-  long GetCurrentIndex() const { return m_currentIndex; }
-  /** How many rows a keyed lookup looks at before it gives up. */
-  long GetProbeLimit() const;
 
   /** Writes "table_NUMBER_DUMP_LABEL.txt", or without the label for null, into the working folder: every
    * physical slot, deleted rows included. A file that cannot be opened is not written. */
   void DumpTable(char const* label) const;
-
-  long GetOwner() const { return m_owner; }
 
  private:
   static std::atomic<long> sm_lDumpID;  // of the next dump of any table
@@ -181,16 +201,22 @@ class CQMTable : public CQMObject {
   using Columns = std::vector<std::unique_ptr<CQMColumn>>;
 
   Columns::const_iterator Locate(SQMColumnKey key) const;
-  void LinkColumns();
+  CQMColumn* FindColumn(SQMColumnKey key) const;
   template <class Value>
   long InitializeColumnWith(SQMColumnKey key, Value value);
-  long DefineRowMap();
   SQMTableIndex const& CurrentIndex() const { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
   SQMTableIndex& CurrentIndex() { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
-  CQMColumn* RowMap() const { return m_indexes[0] != nullptr ? m_indexes[0]->rows.get() : nullptr; }
+  /** The slots of the rows; negative ones were deleted, and stay until CloseGaps takes them out. */
+  CQMColumn& RowMap() const { return *m_indexes[0]->rows; }
+  long RowMapLength() const { return m_rowCount + m_gaps; }
+  long PlaceInRowMap(long slot) const;
+  void CloseGaps();
+  void CountOut(long slot);
+  void DropDeadSlots();
   long LogicalRow(long position) const;
   long SlotOfLogicalRow(long row) const;
   bool SetSlotOfLogicalRow(long row, long slot);
+  bool HasLateColumn() const;
   long AppendAtoms(long slot);
   /** Makes a row at a row number, which may be one beyond the last; its slot, or 0 without memory. */
   long TakeSlot(long row);
@@ -200,6 +226,8 @@ class CQMTable : public CQMObject {
   long AtRow(SQMColumnKey column, long row, Action action);
   template <class Action>
   long AtKey(SQMKeyValues keys, Action action);
+  template <class Value>
+  long SetInSlot(CQMColumn& column, long slot, Value const* value);
   template <class Value>
   long SetHeldValue(SQMColumnKey column, Value const* value, long row);
   template <class Value>
@@ -211,19 +239,35 @@ class CQMTable : public CQMObject {
   bool HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const;
   long FindIndex(std::string_view name) const;
   void DropIndex(long number);
+  /** How many rows a keyed lookup looks at before it gives up. */
+  long GetProbeLimit() const;
+  template <class Action>
+  void ForEachIndex(Action action) {  // but the row map
+    for (std::size_t i = 1; i < m_indexes.size(); ++i) {
+      if (m_indexes[i] != nullptr) action(*m_indexes[i]);
+    }
+  }
+  void EnterAll(SQMTableIndex& index);
+  void Enter(SQMTableIndex& index, long slot);
+  void EnterColumnAnew(CQMColumn const& column);
+  template <class Test>
+  long FirstSlotWhere(Test test) const;
+  long FindText(SQMTableIndex const& index, long slot, std::string_view text) const;
   int CompareKeys(SQMKeyValues keys, long position) const;
   bool HasEqualKeys(long positionA, long positionB) const;
 
-  long m_owner;
   CQMDataSpace* m_space;
   Columns m_columns;
   long m_rowCount = 0;
   long m_currentRow = 0;
   std::int32_t m_nextSerial = 1;  // the physical slot of the next row
   std::uint32_t m_changeCount = 0;
-  std::array<std::unique_ptr<SQMTableIndex>, kIndexSlots> m_indexes;
-  long m_indexCount = 0;
+  std::vector<std::unique_ptr<SQMTableIndex>>
+      m_indexes;  // null where one was deleted; the first is the row map
+  long m_indexCount = 1;
   long m_currentIndex = 0;
+  bool m_isInSlotOrder = true;  // no row was inserted before another
+  long m_gaps = 0;              // negative slots in the row map
 };
 
 }  // namespace qumel

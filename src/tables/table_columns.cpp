@@ -17,9 +17,13 @@ bool NamesColumn(std::string_view name, CQMColumn const& column) {
 
 }  // namespace
 
-CQMTable::CQMTable(long owner, CQMDataSpace* space) : m_owner(owner), m_space(space) {
+CQMTable::CQMTable(CQMDataSpace* space) : m_space(space) {
   SetTypeTag(TypeTag::kTable);
-  DefineRowMap();
+  auto map = std::make_unique<SQMTableIndex>();
+  map->name = kRowMapName;
+  map->rows = std::make_unique<CQMColumn>(kRowMapName, EQMDataType::RowNumber, 0, m_space);
+  if (map->rows->GetRegion() == nullptr) throw std::bad_alloc();
+  m_indexes.push_back(std::move(map));
 }
 
 CQMTable::~CQMTable() = default;
@@ -36,10 +40,12 @@ CQMTable::Columns::const_iterator CQMTable::Locate(SQMColumnKey key) const {
                       [name = key.Name()](auto const& column) { return NamesColumn(name, *column); });
 }
 
-CQMColumn* CQMTable::GetColumn(SQMColumnKey column) const {
-  auto const found = Locate(column);
+CQMColumn* CQMTable::FindColumn(SQMColumnKey key) const {
+  auto const found = Locate(key);
   return found != m_columns.end() ? found->get() : nullptr;
 }
+
+CQMColumn const* CQMTable::GetColumn(SQMColumnKey column) const { return FindColumn(column); }
 
 long CQMTable::GetColumnNumber(char const* name) const {
   auto const found = Locate(name);
@@ -48,8 +54,8 @@ long CQMTable::GetColumnNumber(char const* name) const {
 }
 
 char const* CQMTable::GetColumnName(long position) const {
-  CQMColumn* const column = GetColumn(position);
-  return column != nullptr ? column->GetObjectName() : nullptr;
+  CQMColumn const* const column = GetColumn(position);
+  return column != nullptr ? column->Name().data() : nullptr;
 }
 
 long CQMTable::VerifyColumn(SQMColumnKey column) const {
@@ -71,7 +77,6 @@ long CQMTable::AppendColumn(std::unique_ptr<CQMColumn> column) {
   } catch (std::bad_alloc const&) {
     return TableResult::OutOfMemory;
   }
-  LinkColumns();
   return TableResult::Done;
 }
 
@@ -85,17 +90,6 @@ long CQMTable::AppendColumn(char const* name, EQMDataType type, long declaredLen
   }
 }
 
-/** The sibling links of the columns follow their order. */
-void CQMTable::LinkColumns() {
-  CQMColumn* previous = nullptr;
-  for (auto const& column : m_columns) {
-    column->SetPreviousObject(previous);
-    column->SetNextObject(nullptr);
-    if (previous != nullptr) previous->SetNextObject(column.get());
-    previous = column.get();
-  }
-}
-
 long CQMTable::DeleteColumn(SQMColumnKey column) {
   return ExtractColumn(column) != nullptr ? TableResult::Done : TableResult::NameNotFound;
 }
@@ -106,15 +100,8 @@ std::unique_ptr<CQMColumn> CQMTable::ExtractColumn(SQMColumnKey column) {
   auto const place = m_columns.begin() + (found - m_columns.cbegin());
   std::unique_ptr<CQMColumn> extracted = std::move(*place);
   m_columns.erase(place);
-  LinkColumns();
-  extracted->SetPreviousObject(nullptr);
-  extracted->SetNextObject(nullptr);
-  for (long i = 1; i < kIndexSlots; ++i) {
-    if (m_indexes[static_cast<std::size_t>(i)] == nullptr) continue;
-    auto const& keys = m_indexes[static_cast<std::size_t>(i)]->keys;
-    bool const usesIt = std::any_of(keys.begin(), keys.end(),
-                                    [&extracted](auto const& key) { return key.column == extracted.get(); });
-    if (usesIt) DropIndex(i);
+  for (std::size_t i = 1; i < m_indexes.size(); ++i) {
+    if (m_indexes[i] != nullptr && m_indexes[i]->HasKey(*extracted)) DropIndex(static_cast<long>(i));
   }
   return extracted;
 }
@@ -123,10 +110,12 @@ std::unique_ptr<CQMColumn> CQMTable::ExtractColumn(SQMColumnKey column) {
 
 template <class Value>
 long CQMTable::InitializeColumnWith(SQMColumnKey key, Value value) {
-  CQMColumn* const column = GetColumn(key);
+  CQMColumn* const column = FindColumn(key);
   if (column == nullptr) return TableResult::NameNotFound;
-  return column->InflateColumn(m_nextSerial - 1,
-                               value);  // slots of deleted rows too, to keep the others in step
+  // slots of deleted rows too, to keep the others in step
+  long const result = column->InflateColumn(m_nextSerial - 1, value);
+  EnterColumnAnew(*column);
+  return result;
 }
 
 long CQMTable::InitializeColumn(SQMColumnKey column, char const* text) {

@@ -17,7 +17,7 @@ void CQMTable::DumpTable(char const* label) const {
     CQMDumpFile file(name + ".txt");
 
     std::vector<CQMColumn const*> columns;
-    if (m_currentIndex != 0) columns.push_back(CurrentIndex().rows.get());
+    if (CurrentIndex().rows != nullptr && m_currentIndex != 0) columns.push_back(CurrentIndex().rows.get());
     for (auto const& column : m_columns) columns.push_back(column.get());
 
     std::string text = "Total rows: " + std::to_string(m_rowCount) +

@@ -1,5 +1,6 @@
 // The indexes of a table: defining, sorting, and finding rows by their keys.
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -9,20 +10,6 @@
 namespace qumel {
 
 // ---- defining and selecting ----
-
-long CQMTable::DefineRowMap() {
-  try {
-    auto map = std::make_unique<SQMTableIndex>();
-    map->name = kRowMapName;
-    map->rows = std::make_unique<CQMColumn>(kRowMapName, EQMDataType::RowNumber, 0, m_space);
-    if (map->rows->GetRegion() == nullptr) return TableResult::NameNotFound;
-    m_indexes[0] = std::move(map);
-  } catch (std::bad_alloc const&) {
-    return TableResult::NameNotFound;
-  }
-  m_indexCount = 1;
-  return TableResult::Done;
-}
 
 long CQMTable::FindIndex(std::string_view name) const {
   auto const found = std::find_if(m_indexes.begin(), m_indexes.end(), [name](auto const& index) {
@@ -35,30 +22,29 @@ long CQMTable::DefineIndex(char const* name, std::span<SQMIndexKey const> keys) 
   std::string_view const wanted = name != nullptr ? name : "";
   if (wanted.empty() || wanted.size() > SQMTableIndex::kLongestName || wanted == kRowMapName)
     return TableResult::NameNotFound;
-  long number = FindIndex(wanted);
-  bool const isNew = number < 0;
-  if (isNew) {
-    auto const end = m_indexes.end();
-    auto const empty = std::find(m_indexes.begin() + 1, end, nullptr);
-    if (empty == end) return TableResult::OutOfMemory;
-    number = static_cast<long>(empty - m_indexes.begin());
-  }
+  long const known = FindIndex(wanted);
+  bool const isNew = known < 0;
   try {
     auto index = std::make_unique<SQMTableIndex>();
     index->name = wanted;
+    index->keys.reserve(keys.size());
     for (auto const& [columnName, direction] : keys) {
-      CQMColumn* const column = GetColumn(columnName);
+      CQMColumn* const column = FindColumn(columnName);
       if (column == nullptr) return TableResult::NameNotFound;
       index->keys.push_back({column, direction, column->GetChangeCount()});
     }
-    index->rows = std::make_unique<CQMColumn>(name, EQMDataType::RowNumber, 0, m_space);
-    if (index->rows->GetRegion() == nullptr) return TableResult::OutOfMemory;
-    m_indexes[static_cast<std::size_t>(number)] = std::move(index);
+    EnterAll(*index);
+    auto place = isNew ? std::find(m_indexes.begin(), m_indexes.end(), nullptr) : m_indexes.begin() + known;
+    if (place == m_indexes.end()) {
+      if (m_indexes.size() == kIndexSlots) return TableResult::OutOfMemory;
+      place = m_indexes.emplace(place);
+    }
+    *place = std::move(index);
   } catch (std::bad_alloc const&) {
     return TableResult::OutOfMemory;
   }
   if (isNew) ++m_indexCount;
-  else m_currentIndex = number;
+  else m_currentIndex = known;
   return TableResult::Done;
 }
 
@@ -70,8 +56,9 @@ long CQMTable::SelectIndex(char const* name) {
 }
 
 void CQMTable::SwitchIndex(long number) {
-  if (number >= 0 && number < kIndexSlots && m_indexes[static_cast<std::size_t>(number)] != nullptr)
-    m_currentIndex = number;
+  bool const exists = number >= 0 && static_cast<std::size_t>(number) < m_indexes.size() &&
+                      m_indexes[static_cast<std::size_t>(number)] != nullptr;
+  if (exists) m_currentIndex = number;
 }
 
 long CQMTable::DeleteIndex(char const* name) {
@@ -101,6 +88,13 @@ bool CQMTable::IndexIsStale() const {
 long CQMTable::UpdateIndex() {
   if (m_currentIndex == 0) return TableResult::Done;
   SQMTableIndex& index = CurrentIndex();
+  if (index.rows == nullptr) {
+    try {
+      index.rows = std::make_unique<CQMColumn>(index.name.c_str(), EQMDataType::RowNumber, 0, m_space);
+    } catch (std::bad_alloc const&) {
+      return TableResult::OutOfMemory;
+    }
+  }
   index.seenRowCount = m_rowCount;
   index.seenChangeCount = m_changeCount;
   for (auto& key : index.keys) key.seenChanges = key.column->GetChangeCount();
@@ -111,7 +105,8 @@ long CQMTable::UpdateIndex() {
 }
 
 long CQMTable::SortTable() {
-  if (m_currentIndex == 0) return TableResult::Done;
+  if (m_currentIndex == 0 || CurrentIndex().rows == nullptr) return TableResult::Done;
+  CloseGaps();
   SQMTableIndex& index = CurrentIndex();
   struct SQMEntry {
     std::int32_t row;
@@ -158,6 +153,91 @@ long CQMTable::SortTable() {
   return TableResult::Done;
 }
 
+// ---- words ----
+
+namespace {
+
+/** The word for the values that value gives for each key column. */
+template <class ValueOf>
+std::uint64_t WordForKeys(SQMTableIndex const& index, ValueOf valueOf) {
+  constexpr int kTurn = 5;
+  std::uint64_t word = 0;
+  for (auto const& key : index.keys)
+    word = std::rotl(word, kTurn) ^ key.column->WordFor(valueOf(*key.column));
+  return word;
+}
+
+}  // namespace
+
+template <class Test>
+long CQMTable::FirstSlotWhere(Test test) const {
+  for (long position = 1; position <= RowMapLength(); ++position) {
+    long const slot = SlotOfLogicalRow(position);
+    if (slot > 0 && test(slot)) return slot;
+  }
+  return 0;
+}
+
+bool SQMTableIndex::HasKey(CQMColumn const& column) const {
+  return std::any_of(keys.begin(), keys.end(), [&column](auto const& key) { return key.column == &column; });
+}
+
+/** Where rows have another order than their slots, or values no words, the index finds none by their words.
+ */
+void CQMTable::EnterAll(SQMTableIndex& index) {
+  index.slots.Clear();
+  index.isHashed = m_isInSlotOrder && std::all_of(index.keys.begin(), index.keys.end(),
+                                                  [](auto const& key) { return key.column->HasWords(); });
+  FirstSlotWhere([this, &index](long slot) {
+    Enter(index, slot);
+    return !index.isHashed;
+  });
+}
+
+void CQMTable::Enter(SQMTableIndex& index, long slot) {
+  if (!index.isHashed) return;
+  try {
+    index.slots.Insert(slot,
+                       WordForKeys(index, [slot](CQMColumn const& column) { return column.Operand(slot); }));
+  } catch (std::bad_alloc const&) {  // slower, then
+    index.slots.Clear();
+    index.isHashed = false;
+  }
+}
+
+void CQMTable::EnterColumnAnew(CQMColumn const& column) {
+  ForEachIndex([this, &column](SQMTableIndex& index) {
+    if (index.HasKey(column)) EnterAll(index);
+  });
+}
+
+/** From slot on, the first row with the word of text. */
+long CQMTable::FindText(SQMTableIndex const& index, long slot, std::string_view text) const {
+  auto const fits = [&index, text](long candidate) {
+    auto const* const held = static_cast<char const*>(index.keys.front().column->Operand(candidate));
+    return held != nullptr && held == text;
+  };
+  if (!index.isHashed) return FirstSlotWhere(fits);
+  while (slot != 0 && !fits(slot)) slot = index.slots.FindNext(slot);
+  return slot;
+}
+
+long CQMTable::FindSlotByKey(long number, SQMKeyValues keys) const {
+  SQMTableIndex const& index = *m_indexes[static_cast<std::size_t>(number)];
+  if (keys.size() < index.keys.size()) return 0;
+  auto const fits = [&index, keys](long slot) {
+    auto value = keys.begin();
+    return std::all_of(index.keys.begin(), index.keys.end(), [&value, slot](auto const& key) {
+      return key.column->CompareValue(*value++, slot) == 0;
+    });
+  };
+  if (!index.isHashed) return FirstSlotWhere(fits);
+  auto value = keys.begin();
+  long slot = index.slots.FindFirst(WordForKeys(index, [&value](CQMColumn const&) { return *value++; }));
+  while (slot != 0 && !fits(slot)) slot = index.slots.FindNext(slot);
+  return slot;
+}
+
 // ---- looking up ----
 
 long CQMTable::GetProbeLimit() const {
@@ -168,7 +248,7 @@ long CQMTable::GetProbeLimit() const {
 
 /** Above 0 when the keys come behind the row at position, 0 when they are its keys. */
 int CQMTable::CompareKeys(SQMKeyValues keys, long position) const {
-  long const slot = GetColumnRowNumber(position);
+  long const slot = SlotOfLogicalRow(LogicalRow(position));
   auto value = keys.begin();
   for (auto const& key : CurrentIndex().keys) {
     int const order = key.column->CompareValue(*value++, slot);
@@ -200,7 +280,8 @@ bool CQMTable::HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const {
 
 long CQMTable::GetRowNumberByKey(SQMKeyValues keys) {
   m_currentRow = 0;
-  if (RowMap() == nullptr || keys.size() < CurrentIndex().keys.size()) return TableResult::KeyNotFound;
+  if (keys.size() < CurrentIndex().keys.size()) return TableResult::KeyNotFound;
+  CloseGaps();
   SQMHeldKeys held;
   if (!HoldStill(keys, held)) return TableResult::OutOfMemory;
   if (IndexIsStale()) {
@@ -229,8 +310,8 @@ long CQMTable::GetRowNumberByKey(SQMKeyValues keys) {
 }
 
 bool CQMTable::HasEqualKeys(long positionA, long positionB) const {
-  long const slotA = GetColumnRowNumber(positionA);
-  long const slotB = GetColumnRowNumber(positionB);
+  long const slotA = SlotOfLogicalRow(LogicalRow(positionA));
+  long const slotB = SlotOfLogicalRow(LogicalRow(positionB));
   auto const& keys = CurrentIndex().keys;
   return std::all_of(keys.begin(), keys.end(),
                      [=](auto const& key) { return key.column->CompareValue(slotA, slotB) == 0; });
@@ -238,6 +319,7 @@ bool CQMTable::HasEqualKeys(long positionA, long positionB) const {
 
 long CQMTable::GetNextEqualRow() {
   if (m_currentRow < 1 || m_currentRow >= m_rowCount) return TableResult::KeyNotFound;
+  CloseGaps();
   if (HasEqualKeys(m_currentRow, m_currentRow + 1)) return ++m_currentRow;
   m_currentRow = 0;
   return TableResult::KeyNotFound;

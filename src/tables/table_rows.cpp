@@ -1,5 +1,6 @@
 // The rows of a table, the current row, and the values in them.
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -12,8 +13,8 @@ namespace qumel {
 namespace {
 
 /** A row number kept in a column of row numbers; 0 when there is none. */
-long NumberAt(CQMColumn const* column, long position) {
-  std::byte const* const atom = column != nullptr ? column->GetColumnValueLocation(position) : nullptr;
+long NumberAt(CQMColumn const& column, long position) {
+  std::byte const* const atom = column.GetColumnValueLocation(position);
   if (atom == nullptr) return 0;
   std::int32_t number;
   std::memcpy(&number, atom, sizeof number);
@@ -25,7 +26,8 @@ long NumberAt(CQMColumn const* column, long position) {
 long CQMTable::LogicalRow(long position) const {
   if (position < 1 || position > m_rowCount) return 0;
   if (m_currentIndex == 0) return position;
-  long const row = NumberAt(CurrentIndex().rows.get(), position);
+  CQMColumn const* const rows = CurrentIndex().rows.get();
+  long const row = rows != nullptr ? NumberAt(*rows, position) : 0;
   return row >= 1 && row <= m_rowCount
              ? row
              : 0;  // an index that was not sorted lately may name a row that is gone
@@ -33,21 +35,51 @@ long CQMTable::LogicalRow(long position) const {
 
 long CQMTable::SlotOfLogicalRow(long row) const { return NumberAt(RowMap(), row); }
 
-long CQMTable::GetColumnRowNumber(long row) const {
+long CQMTable::GetColumnRowNumber(long row) {
+  CloseGaps();
   long const logical = LogicalRow(row);
   return logical != 0 ? SlotOfLogicalRow(logical) : 0;
 }
 
 /** Rows beyond the last are appended to the row map, where room is left of deleted ones or not. */
 bool CQMTable::SetSlotOfLogicalRow(long row, long slot) {
-  CQMColumn* const map = RowMap();
-  if (map == nullptr) return false;
-  if (row > map->GetAtomsInColumn() && map->AppendValue() != TableResult::Done) return false;
+  CQMColumn& map = RowMap();
+  if (row > map.GetAtomsInColumn() && map.AppendValue() != TableResult::Done) return false;
   auto const number = static_cast<std::int32_t>(slot);
-  return map->SetColumnValue(row, static_cast<void const*>(&number)) == TableResult::Done;
+  return map.SetColumnValue(row, static_cast<void const*>(&number)) == TableResult::Done;
+}
+
+/** Where a living slot stands; 0 where it does not. */
+long CQMTable::PlaceInRowMap(long slot) const {
+  long first = 1;
+  if (RowMapLength() == 0) return 0;
+  if (m_isInSlotOrder) {
+    for (long behind = RowMapLength() + 1; behind - first > 1;) {
+      long const middle = (first + behind) / 2;
+      (std::abs(SlotOfLogicalRow(middle)) <= slot ? first : behind) = middle;
+    }
+    return SlotOfLogicalRow(first) == slot ? first : 0;
+  }
+  while (first <= RowMapLength() && SlotOfLogicalRow(first) != slot) ++first;
+  return first <= RowMapLength() ? first : 0;
+}
+
+void CQMTable::CloseGaps() {
+  if (m_gaps == 0) return;
+  long kept = 0;
+  for (long position = 1; position <= RowMapLength(); ++position) {
+    if (long const slot = SlotOfLogicalRow(position); slot > 0) SetSlotOfLogicalRow(++kept, slot);
+  }
+  m_gaps = 0;
 }
 
 // ---- rows ----
+
+/** Whether a column has no values for rows that were there before it. */
+bool CQMTable::HasLateColumn() const {
+  return std::any_of(m_columns.begin(), m_columns.end(),
+                     [this](auto const& column) { return column->GetAtomsInColumn() < m_nextSerial - 1; });
+}
 
 /** Appends zeros to every column up to slot, so that a column that came late is in step from here on. */
 long CQMTable::AppendAtoms(long slot) {
@@ -60,14 +92,15 @@ long CQMTable::AppendAtoms(long slot) {
 }
 
 long CQMTable::TakeSlot(long row) {
-  if (RowMap() == nullptr || m_nextSerial == std::numeric_limits<std::int32_t>::max()) return 0;
+  if (m_nextSerial == std::numeric_limits<std::int32_t>::max()) return 0;
   long const slot = m_nextSerial++;
   SwitchIndex(0);
   // The columns first: without memory the row map stays as it is, and the slot is never used.
-  if (AppendAtoms(slot) != TableResult::Done || !SetSlotOfLogicalRow(m_rowCount + 1, slot)) return 0;
+  if (AppendAtoms(slot) != TableResult::Done || !SetSlotOfLogicalRow(RowMapLength() + 1, slot)) return 0;
   if (row <= m_rowCount) {
-    if (!RowMap()->GetRegion()->MoveAtoms(row, row + 1, m_rowCount - row + 1)) return 0;
+    if (!RowMap().GetRegion()->MoveAtoms(row, row + 1, m_rowCount - row + 1)) return 0;
     SetSlotOfLogicalRow(row, slot);
+    m_isInSlotOrder = false;
   }
   ++m_changeCount;
   ++m_rowCount;
@@ -75,27 +108,81 @@ long CQMTable::TakeSlot(long row) {
   return slot;
 }
 
-long CQMTable::AppendRow() {
+long CQMTable::AppendRow() { return AppendRow({}); }
+
+long CQMTable::AppendRow(std::initializer_list<void const*> values) {
+  bool const hadLateColumn = HasLateColumn();
   long const slot = TakeSlot(m_rowCount + 1);
-  return slot != 0 ? slot : TableResult::OutOfMemory;
+  if (slot == 0) return TableResult::OutOfMemory;
+  auto column = m_columns.begin();
+  for (void const* const value : values) {
+    if ((*column++)->SetColumnValue(slot, value) != TableResult::Done) {
+      DeleteSlot(slot);
+      return TableResult::OutOfMemory;
+    }
+  }
+  ForEachIndex([this, slot, hadLateColumn](SQMTableIndex& index) {
+    hadLateColumn ? EnterAll(index) : Enter(index, slot);
+  });
+  return slot;
 }
 
 long CQMTable::InsertRow(long row) {
   if (row < 1 || row > m_rowCount) return TableResult::RowOutOfRange;
-  return TakeSlot(row) != 0 ? TableResult::Done : TableResult::OutOfMemory;
+  CloseGaps();
+  long const slot = TakeSlot(row);
+  ForEachIndex([this](SQMTableIndex& index) { EnterAll(index); });
+  return slot != 0 ? TableResult::Done : TableResult::OutOfMemory;
 }
 
 long CQMTable::DeleteRowByRowNumber(long row) {
   if (row == 0) row = m_currentRow;
+  CloseGaps();
   long const logical = LogicalRow(row);
   if (logical == 0) return TableResult::RowOutOfRange;
-  if (!RowMap()->GetRegion()->MoveAtoms(logical + 1, logical, m_rowCount - logical))
+  long const slot = SlotOfLogicalRow(logical);
+  if (!RowMap().GetRegion()->MoveAtoms(logical + 1, logical, m_rowCount - logical))
     return TableResult::OutOfMemory;
-  --m_rowCount;
+  CountOut(slot);
   m_currentRow = std::min(row, m_rowCount);
-  ++m_changeCount;
-  for (auto const& column : m_columns) column->CountChange();
   return TableResult::Done;
+}
+
+void CQMTable::DeleteSlot(long slot) {
+  long const place = slot > 0 ? PlaceInRowMap(slot) : 0;
+  if (place == 0 || !SetSlotOfLogicalRow(place, -slot)) return;
+  ++m_gaps;
+  CountOut(slot);
+  m_currentRow = 0;
+  DropDeadSlots();
+}
+
+/** What the end of a row changes beside the row map. */
+void CQMTable::CountOut(long slot) {
+  --m_rowCount;
+  ++m_changeCount;
+  for (auto const& column : m_columns) column->CountChange();  // so that every index becomes stale
+  ForEachIndex([slot](SQMTableIndex& index) { index.slots.Remove(slot); });
+}
+
+/** Makes up for the memory that rows which come and go take. */
+void CQMTable::DropDeadSlots() {
+  constexpr long kSpared = 16;  // not worth the work
+  long const dead = m_nextSerial - 1 - m_rowCount;
+  if (dead <= kSpared + 2 * m_rowCount || !m_isInSlotOrder || RowMap().GetRegion()->IsMovable()) return;
+  std::vector<std::int32_t> slots;
+  try {
+    slots.reserve(static_cast<std::size_t>(m_rowCount));
+  } catch (std::bad_alloc const&) {
+    return;  // later, then
+  }
+  CloseGaps();
+  for (long row = 1; row <= m_rowCount; ++row)
+    slots.push_back(static_cast<std::int32_t>(SlotOfLogicalRow(row)));
+  for (auto const& column : m_columns) column->KeepValues(slots);
+  for (long row = 1; row <= m_rowCount; ++row) SetSlotOfLogicalRow(row, row);
+  ForEachIndex([&slots](SQMTableIndex& index) { index.slots.Keep(slots); });
+  m_nextSerial = static_cast<std::int32_t>(m_rowCount + 1);
 }
 
 long CQMTable::DeleteRowByKey(SQMKeyValues keys) {
@@ -134,7 +221,7 @@ long CQMTable::UseRow(long row) {
 
 template <class Action>
 long CQMTable::AtRow(SQMColumnKey key, long row, Action action) {
-  CQMColumn* const column = GetColumn(key);
+  CQMColumn* const column = FindColumn(key);
   if (column == nullptr) return TableResult::NameNotFound;
   long const slot = UseRow(row);
   return slot != 0 && slot <= column->GetAtomsInColumn() ? action(*column, slot) : TableResult::RowOutOfRange;
@@ -168,6 +255,17 @@ long CQMTable::GetFormattedValueByKey(SQMColumnKey column, std::string& buffer, 
   return AtKey(keys, [&] { return GetFormattedValue(column, buffer); });
 }
 
+template <class Value>
+long CQMTable::SetInSlot(CQMColumn& column, long slot, Value const* value) {
+  long const result = column.SetColumnValue(slot, value);
+  ForEachIndex([this, &column, slot](SQMTableIndex& index) {
+    if (!index.HasKey(column)) return;
+    index.slots.Remove(slot);
+    Enter(index, slot);
+  });
+  return result;
+}
+
 /** Looking for the row may take away the value that is to be set. */
 template <class Value>
 long CQMTable::SetHeldValue(SQMColumnKey column, Value const* value, long row) {
@@ -175,7 +273,7 @@ long CQMTable::SetHeldValue(SQMColumnKey column, Value const* value, long row) {
   CQMColumn const* const target = GetColumn(column);
   if (target != nullptr && !target->HoldStill(value, copy)) return TableResult::OutOfMemory;
   return AtRow(column, row,
-               [value](CQMColumn& found, long slot) { return found.SetColumnValue(slot, value); });
+               [this, value](CQMColumn& found, long slot) { return SetInSlot(found, slot, value); });
 }
 
 template <class Value>

@@ -39,7 +39,7 @@ class CQMDialect {
     info->rightAssociative = op.fix == EQMFix::Prefix;
     info->userDefined = true;
     long const id = info->id;
-    list.Load(std::move(info), m_rules.impliedMultiplication);
+    list.Load(std::move(info));
     return id;
   }
 

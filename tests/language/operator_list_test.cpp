@@ -8,7 +8,6 @@
 
 #include "base/operator_ids.h"
 #include "language/dialect.h"
-#include "tables/table.h"
 
 namespace qumel {
 namespace {
@@ -95,7 +94,7 @@ TEST(OperatorList, LetterRuleOfTheSharedListOnly) {
   auto info = std::make_unique<CQMOpInfo>("later");
   info->id = OpId::FirstExternal + 99;
   info->fix = EQMFix::Prefix;
-  dialect.shared.Load(std::move(info), false);
+  dialect.shared.Load(std::move(info));
   EXPECT_EQ(dialect.shared.FindByToken("later")->leftContext, 63);
 }
 
@@ -110,21 +109,6 @@ TEST(OperatorList, RowsOfOneTokenKeepTheirOrder) {
   EXPECT_EQ(dialect.shared.FindByToken("pi"), nullptr);
 }
 
-TEST(OperatorList, TableHoldsEveryRow) {
-  CQMDialect dialect;
-  CQMTable& table = dialect.shared.Table();
-  long const standardRows = table.GetRowCount();
-  long const id = dialect.Define(dialect.shared, {"twice", EQMFix::Prefix, 1});
-  ASSERT_EQ(table.GetRowCount(), standardRows + 1);
-  table.SelectIndex("id");
-  std::string const idText = std::to_string(id);
-  ASSERT_GT(table.SetCurrentRowByKey({idText.c_str()}), 0);
-  EXPECT_STREQ(static_cast<char const*>(table.GetValue("token")), "twice");
-  EXPECT_EQ(*static_cast<CQMOpInfo const* const*>(table.GetValue("info")), dialect.shared.FindById(id).get());
-  EXPECT_EQ(dialect.shared.DeleteDefined("twice"), Error::None);
-  EXPECT_EQ(dialect.shared.Table().GetRowCount(), standardRows);
-}
-
 TEST(OperatorList, Deleting) {
   CQMDialect dialect;
   long const id = dialect.Define(dialect.shared, {"twice", EQMFix::Prefix, 1});
@@ -135,9 +119,6 @@ TEST(OperatorList, Deleting) {
   EXPECT_EQ(dialect.shared.DeleteDefined("twice"), Error::NotFound);
   EXPECT_EQ(dialect.shared.FindById(id), nullptr);
   EXPECT_EQ(held->token, "twice");
-  // frozen rows stay as they are
-  dialect.shared.SetContext(OpId::Sine, 0, 0);
-  EXPECT_EQ(dialect.shared.FindById(OpId::Sine)->rightContext, 118);
 }
 
 TEST(OperatorList, ThreadsConvertWhileAnotherDefines) {

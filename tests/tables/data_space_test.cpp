@@ -244,68 +244,41 @@ TEST(FileBackedDataSpace, ChunksThatCannotBeWrittenStayInMemory) {
 
 // ---- regions ----
 
-TEST(DataSpaceRegion, LaysAtomsAndFlagsOutInChunks) {
+TEST(DataSpaceRegion, ChunksStartSmallAndGrowToTheFullSize) {
   struct Case {
-    long atomSize, atomsPerChunk, chunkSize;
+    long atomSize;
+    std::vector<long> atomsOfChunks;  // up to the second full chunk
   };
-  for (auto const& [atomSize, atomsPerChunk, chunkSize] : {Case{8, 1024, 9216},
-                                                           {1, 1024, 2048},
-                                                           {64, 1024, 66560},
-                                                           {65, 1008, 66528},
-                                                           {129, 508, 66040},
-                                                           {32767, 2, 65536},
-                                                           {65536, 1, 65537},
-                                                           {70000, 1, 70001},
-                                                           {0, 1024, 2048},
-                                                           {-9, 1024, 2048}}) {
+  for (auto const& [atomSize, atomsOfChunks] : {Case{8, {4, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 1024}},
+                                                {1, {32, 32, 64, 128, 256, 512, 1024, 1024}},
+                                                {64, {1, 1, 2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 1024}},
+                                                {129, {1, 1, 2, 4, 8, 16, 32, 64, 128, 508, 508}},
+                                                {32767, {1, 1, 2, 2}},
+                                                {70000, {1, 1, 1}},
+                                                {0, {32, 32, 64}},
+                                                {-9, {32, 32, 64}}}) {
     SCOPED_TRACE(atomSize);
     CQMDataSpace space;
-    CQMDataSpaceRegion const region(atomSize, &space);
-    EXPECT_EQ(region.GetAtomsPerChunk(), atomsPerChunk);
-    EXPECT_EQ(region.GetChunkSize(), chunkSize);
-    EXPECT_EQ(region.GetChunksInUse(), 1);  // from the start
-    EXPECT_EQ(InfoOf(space, 0).size, chunkSize);
+    CQMDataSpaceRegion region(atomSize, &space);
+    EXPECT_EQ(space.GetSize(), 0) << "the first chunk comes with the first atom";
+    long atom = 0, chunk = 0;
+    for (long const atoms : atomsOfChunks) {
+      for (long place = 0; place < atoms; ++place) {
+        ASSERT_EQ(region.AppendAtom(), ++atom);
+        ASSERT_EQ(region.GetAtomPtr(atom), space.FindChunk(chunk) + place * region.GetAtomSize());
+      }
+      ASSERT_EQ(space.GetChunkCount(), ++chunk);
+      ASSERT_EQ(InfoOf(space, chunk - 1).size, atoms * region.GetAtomSize());
+    }
+    EXPECT_EQ(region.GetBytesUsed(), atom * region.GetAtomSize());
+    for (long none : {0L, -1L, atom + 1, std::numeric_limits<long>::max(), std::numeric_limits<long>::min()})
+      EXPECT_EQ(region.GetAtomPtr(none), nullptr);
+    region.ReleaseRegion();
+    EXPECT_EQ(region.GetAtomCount(), 0);
+    EXPECT_EQ(region.GetAtomPtr(1), nullptr);
+    EXPECT_EQ(space.GetSize(), 0);
+    EXPECT_EQ(region.AppendAtom(), 1);
   }
-}
-
-TEST(DataSpaceRegion, TheFirstAtomBeyondAChunkStartsTheNext) {
-  CQMDataSpace space;
-  CQMDataSpaceRegion region(8, &space);
-  EXPECT_FALSE(region.ValidateItemNumber(0));
-  EXPECT_FALSE(region.ValidateItemNumber(1));
-  for (long atom = 1; atom <= 1024; ++atom) ASSERT_EQ(region.AppendAtom(), atom);
-  EXPECT_EQ(region.GetChunksInUse(), 1);
-  EXPECT_EQ(region.AppendAtom(), 1025);
-  EXPECT_EQ(region.GetChunksInUse(), 2);
-  EXPECT_EQ(region.GetAtomPtr(1024), space.FindChunk(0) + 1023 * 8);
-  EXPECT_EQ(region.GetAtomPtr(1025), space.FindChunk(1));
-  EXPECT_EQ(region.GetBytesUsed(), 1025 * 8);
-  for (long atom : {0L, -1L, 1026L, std::numeric_limits<long>::max(), std::numeric_limits<long>::min()})
-    EXPECT_EQ(region.GetAtomPtr(atom), nullptr);
-
-  region.ReleaseRegion();
-  EXPECT_EQ(region.GetAtomCount(), 0);
-  EXPECT_EQ(region.GetChunksInUse(), 0);
-  EXPECT_EQ(region.GetAtomPtr(1), nullptr);
-  EXPECT_EQ(space.GetSize(), 0);
-  EXPECT_EQ(region.AppendAtom(), 1);
-}
-
-TEST(DataSpaceRegion, FlagsBelongToOneAtom) {
-  CQMDataSpaceRegion region(4);
-  for (int i = 0; i < 3; ++i) region.AppendAtom();
-  region.DeleteAtom(2);
-  region.SetAtomFlags(2, AtomFlag::kIncomparable);
-  EXPECT_TRUE(region.TestAtomFlags(2, AtomFlag::kDeleted));
-  EXPECT_TRUE(region.TestAtomFlags(2, AtomFlag::kIncomparable | 4));
-  EXPECT_FALSE(region.TestAtomFlags(1, 0xFF) || region.TestAtomFlags(3, 0xFF) ||
-               region.TestAtomFlags(9, 0xFF));
-  region.ClearAtomFlags(2, AtomFlag::kIncomparable);
-  EXPECT_FALSE(region.TestAtomFlags(2, AtomFlag::kIncomparable));
-  EXPECT_TRUE(region.TestAtomFlags(2, AtomFlag::kDeleted));
-  EXPECT_EQ(std::to_integer<int>(*region.GetAtomPtr(2)), 0);
-  region.SetAtomFlags(0, 1);
-  region.DeleteAtom(4);
 }
 
 class RegionInBothModes : public ::testing::TestWithParam<bool> {
@@ -325,19 +298,17 @@ TEST_P(RegionInBothModes, KeepsManyChunksOfAtomsAndFlags) {
     std::memcpy(region.GetAtomPtr(atom), &atom, sizeof atom);
     region.SetFlushFlag(atom);
   }
-  for (long atom = 7; atom <= kAtoms; atom += 7) region.DeleteAtom(atom);
-  EXPECT_EQ(region.GetChunksInUse(), 200);
-  EXPECT_EQ(CountInMemory(m_space), GetParam() ? CQMDataSpace::kMemoryLimit : 200);
+  EXPECT_EQ(m_space.GetChunkCount(), 204);  // 199 full ones after 1, 1, 2, 4 and 8 atoms
+  EXPECT_EQ(CountInMemory(m_space), GetParam() ? CQMDataSpace::kMemoryLimit : 204);
   for (long atom = 1; atom <= kAtoms; ++atom) {
     long kept = 0;
     std::memcpy(&kept, region.GetAtomPtr(atom), sizeof kept);
     ASSERT_EQ(kept, atom);
-    ASSERT_EQ(region.TestAtomFlags(atom, AtomFlag::kDeleted), atom % 7 == 0);
   }
 }
 
 TEST_P(RegionInBothModes, MovesAtomsAsOneArrayWould) {
-  CQMDataSpaceRegion region(30000, &m_space);  // 2 atoms a chunk
+  CQMDataSpaceRegion region(30000, &m_space);  // 1, 1 and then 2 atoms a chunk
   std::vector<std::byte> model(11);
   for (long atom = 1; atom <= 10; ++atom) {
     region.AppendAtom();
