@@ -28,15 +28,17 @@ namespace {
  */
 constinit std::mutex g_cosmicMutex;
 
-/** The standard operators of the contexts' own lists, without implied multiplication and with it. */
-using LocalDialects = std::array<std::shared_ptr<CQMStandardOperators const>, 2>;
+/** The standard operators of the contexts' own lists, without implied multiplication and with it, as long as
+ * some context uses them. */
+using LocalDialects = std::array<std::weak_ptr<CQMStandardOperators const>, 2>;
 constinit LocalDialects* g_localDialects = nullptr;
 
 std::shared_ptr<CQMStandardOperators const> FindLocalDialect(bool impliedMultiplication) {
   std::scoped_lock const lock(g_cosmicMutex);
-  auto& dialect = (*g_localDialects)[impliedMultiplication ? 1 : 0];
+  auto& shared = (*g_localDialects)[impliedMultiplication ? 1 : 0];
+  auto dialect = shared.lock();
   if (dialect == nullptr)
-    dialect = std::make_shared<CQMStandardOperators const>(false, impliedMultiplication);
+    shared = dialect = std::make_shared<CQMStandardOperators const>(false, impliedMultiplication);
   return dialect;
 }
 

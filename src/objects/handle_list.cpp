@@ -32,7 +32,8 @@ bool CQMHandleList::MarkHandleDeleted(Handle handle) {
   std::scoped_lock const lock(m_mutex);
   if (!ValidateHandle(handle)) return false;
   SQMHandleSlot& slot = *FindSlot(handle);
-  slot.handle = 0;
+  // one that belongs into another place of a cache, so that the caches that know this slot find nothing in it
+  slot.handle = EncodeHandle(DecodeLeft(handle), DecodeRight(handle) ^ 1U);
   slot.object.store(nullptr, std::memory_order_release);
   return true;
 }
