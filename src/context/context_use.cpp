@@ -154,7 +154,7 @@ CQMKeptContext::CQMKeptContext(CQMExecutor* executor) {
 
 namespace {
 
-void DestroyUnusedRecords() {
+[[gnu::noinline, gnu::cold]] void DestroyUnusedRecords() {
   CQMSiblingList<CQMThreadInfo> unused;  // destroyed after the lock is released
   {
     std::scoped_lock const lock(g_library.threadListMutex);
@@ -174,19 +174,20 @@ void DestroyUnusedRecords() {
 
 }  // namespace
 
-CQMRecordUse::CQMRecordUse() {
-  for (;;) {
-    m_caller = FindCaller();
-    if (m_caller != nullptr) {
-      m_caller->usesRecord.store(true, CQMAsymmetricBarrier::kStore);
-      CQMAsymmetricBarrier::Light();
-      if (m_caller->generation == g_library.generation.load()) {
-        m_record = m_caller->record;
-        return;
-      }
-    }
+CQMRecordUse::CQMRecordUse() : m_caller(FindCaller()) {
+  while (m_caller == nullptr || !FindRecord()) {
     if (GetThreadInfo(false) == nullptr) return;
+    m_caller = FindCaller();
   }
+}
+
+/** The thread's record as the thread remembers it, unless records went since. */
+bool CQMRecordUse::FindRecord() {
+  m_caller->usesRecord.store(true, CQMAsymmetricBarrier::kStore);
+  CQMAsymmetricBarrier::Light();
+  bool const isKnown = m_caller->generation == g_library.generation.load(std::memory_order_acquire);
+  if (isKnown) m_record = m_caller->record;
+  return isKnown;
 }
 
 CQMRecordUse::~CQMRecordUse() {
@@ -194,7 +195,7 @@ CQMRecordUse::~CQMRecordUse() {
   m_caller->usesRecord.store(false, CQMAsymmetricBarrier::kStore);
   CQMAsymmetricBarrier::Light();
   // from here on the record may be gone
-  if (g_library.retiredCount.load() != 0) DestroyUnusedRecords();
+  if (g_library.retiredCount.load(CQMAsymmetricBarrier::kLoad) != 0) DestroyUnusedRecords();
 }
 
 std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record) {

@@ -24,11 +24,10 @@ char const* CopyName(std::string_view name, char (&buffer)[kNameSize]) {
   return buffer;
 }
 
-bool IsPrimaryName(char const* name) { return std::strcmp(name, kPrimaryName) == 0; }
+bool IsPrimaryName(std::string_view name) { return name == kPrimaryName; }
 
-Handle HandleOf(CQMExecutor* executor) {
-  return executor != nullptr ? executor->GetObjectHandle(&executor->GetGate()) : 0;
-}
+/** Every context gets its handle when it is made. */
+Handle HandleOf(CQMExecutor const* executor) { return executor != nullptr ? executor->PeekHandle() : 0; }
 
 /** Whether a call may lock and release the context: any but the primary one. */
 bool IsLockable(CQMExecutor const* context) {
@@ -122,10 +121,12 @@ Handle SetContext(char const* name, bool lock) {
     return record->SetExecutor(own, lock) ? HandleOf(own) : 0;
   }
   std::unique_lock listLock(g_library.executorListMutex);
-  CQMKeptContext const target(FindPublicLocked(name));
-  listLock.unlock();  // the wait for the lock may be long
-  if (target.Get() == nullptr) return 0;
-  return record->SetExecutor(target.Get(), lock) ? HandleOf(target.Get()) : 0;
+  CQMExecutor* const found = FindPublicLocked(name);
+  if (found == nullptr) return 0;
+  if (!lock) return record->SetExecutor(found, false) ? HandleOf(found) : 0;
+  CQMKeptContext const target(found);
+  listLock.unlock();  // the wait for the context's lock may be long
+  return record->SetExecutor(found, true) ? HandleOf(found) : 0;
 }
 
 bool SetDefaultContext(char const* name) {

@@ -31,6 +31,8 @@ class CQMLinkedObject : public CQMObject {
   /** Issues the handle at the first call, under the guard of gate; every call takes a reference. 0, and no
    * reference, when no handle can be issued. */
   Handle GetObjectHandle(CQMContextGate* gate = nullptr);
+  /** The handle, if one was issued, without a reference; else 0. */
+  Handle PeekHandle() const { return m_handle.load(std::memory_order_acquire); }
   /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay.
    */
   bool ReleaseObjectHandle();
