@@ -7,6 +7,7 @@
 
 #include "context/context_use.h"
 #include "context/executor.h"
+#include "context/process_state.h"
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
 #include "language/standard_operators.h"
@@ -14,18 +15,7 @@
 
 namespace qumel {
 
-constinit std::atomic<long> CQMExecutor::sm_lExecutorCount{0};
-constinit std::atomic<long> CQMExecutor::sm_lNextExternalOperatorID{OpId::FirstExternal};
-// Bare pointers, not owners that a process exit would destroy: threads may still run then.
-constinit CQMOperatorList* CQMExecutor::sm_pCosmicOperatorList = nullptr;
-constinit CQMSymbolTable* CQMExecutor::sm_pCosmicSymTab = nullptr;
-constinit CQMSymbolTable* CQMExecutor::sm_pCosmicErrTab = nullptr;
-
 namespace {
-
-/** Guards the making and destroying of the process-wide tables and the count of contexts that they live by.
- */
-constinit std::mutex g_cosmicMutex;
 
 /** What symbol tables need to make variables by themselves. */
 constexpr SQMVariableTraits kVariables{
@@ -49,7 +39,7 @@ void Destroy(Object*& place) {
 CQMExecutor::CQMExecutor() : m_gate(CQMContextGate::Open(*this)) {
   SetTypeTag(kTypeTag);
   sem_init(&m_semaphore, 1, 1);
-  std::scoped_lock const lock(g_cosmicMutex);
+  std::scoped_lock const lock(g_process.cosmicMutex);
   ++sm_lExecutorCount;
 }
 
@@ -57,7 +47,7 @@ CQMExecutor::~CQMExecutor() {
   CleanUp();
   DeleteHandle();  // while the gate is still the context's
   sem_destroy(&m_semaphore);
-  std::scoped_lock const lock(g_cosmicMutex);
+  std::scoped_lock const lock(g_process.cosmicMutex);
   if (--sm_lExecutorCount == 0) DestroyCosmicTables();
   m_gate.Recycle();
 }
@@ -122,7 +112,7 @@ void CQMExecutor::CleanUp() {
 }
 
 void CQMExecutor::CreateCosmicTables(bool impliedMultiplication) {
-  std::scoped_lock const lock(g_cosmicMutex);
+  std::scoped_lock const lock(g_process.cosmicMutex);
   if (sm_pCosmicOperatorList == nullptr) {
     auto list = std::make_unique<CQMOperatorList>(true);
     LoadStandardDialect(*list, impliedMultiplication);
