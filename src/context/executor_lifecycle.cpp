@@ -75,15 +75,15 @@ bool CQMExecutor::Initialize() {
 
 void CQMExecutor::BuildTables() {
   CreateCosmicTables(m_settings.allowImpliedMultiplication);
-  m_localOperators = std::make_unique<CQMOperatorList>(false);
-  LoadLocalDialect(*m_localOperators, m_settings.allowImpliedMultiplication);
+  m_globalOperators = std::make_unique<CQMOperatorList>(false);
+  LoadLocalDialect(*m_globalOperators, m_settings.allowImpliedMultiplication);
   m_postFixer = std::make_unique<CQMPostFixer>();
   m_factory = std::make_unique<CQMOperatorFactory>();
   m_globalSymbols = std::make_unique<CQMSymbolTable>(&kVariables);
   m_globalSymbols->SetParentObject(sm_pCosmicSymTab);
   m_errors = std::make_unique<CQMSymbolTable>();
   m_errors->SetParentObject(sm_pCosmicErrTab);
-  m_postFixer->SetOperatorLists(sm_pCosmicOperatorList, m_localOperators.get());
+  m_postFixer->SetOperatorLists(sm_pCosmicOperatorList, m_globalOperators.get());
   bool const hasComma = m_settings.radixMark == RadixMark::kComma;
   m_postFixer->SetReadingRules({
       .caseSensitive = m_settings.caseSensitive,
@@ -105,7 +105,7 @@ void CQMExecutor::CleanUp() {
   m_factory.reset();
   m_globalSymbols.reset();
   m_errors.reset();
-  m_localOperators.reset();
+  m_globalOperators.reset();
   m_conversion = {};
   m_annotation = {};
   m_reversion = {};
