@@ -1,28 +1,26 @@
 // The callers of the process, and the graph of their waits.
 #include "context/caller.h"
 
+#include <pthread.h>
+
 #include <memory>
 #include <mutex>
 #include <thread>
 
 #include "context/context_gate.h"
+#include "context/process_state.h"
 
 namespace qumel {
 
 constinit SQMCaller g_unknownCaller(&g_queuedMark.gate);
 thread_local constinit SQMCaller* t_caller = &g_unknownCaller;
 
-namespace {
-
-constinit std::mutex g_callersMutex;
-/** Only ever grows, at its beginning. */
-constinit std::atomic<SQMCaller*> g_firstCaller{nullptr};
-
-constinit std::mutex g_waitsMutex;
-
-}  // namespace
-
 // ---- callers ----
+
+unsigned long OwnThreadId() {
+  static_assert(sizeof(pthread_t) <= sizeof(unsigned long));
+  return static_cast<unsigned long>(pthread_self());
+}
 
 SQMCaller::SQMCaller(unsigned long id) : current(CQMContextGate::None()), threadId(id) {}
 
@@ -34,18 +32,18 @@ void SQMCaller::Renew() {
   generation = 0;
 }
 
-SQMCaller* FirstCaller() { return g_firstCaller.load(std::memory_order_acquire); }
+SQMCaller* FirstCaller() { return g_process.firstCaller.load(std::memory_order_acquire); }
 
 SQMCaller& ObtainCaller(unsigned long threadId) {
   if (SQMCaller* const known = FindCaller(); known != nullptr) return *known;
-  std::scoped_lock const lock(g_callersMutex);
+  std::scoped_lock const lock(g_process.callersMutex);
   if (FirstCaller() == nullptr) CQMAsymmetricBarrier::Choose();
   SQMCaller* caller = FirstCaller();
   while (caller != nullptr && caller->threadId != threadId) caller = caller->nextCaller;
   if (caller == nullptr) {
     caller = std::make_unique<SQMCaller>(threadId).release();
     caller->nextCaller = FirstCaller();
-    g_firstCaller.store(caller, std::memory_order_release);
+    g_process.firstCaller.store(caller, std::memory_order_release);
   } else {
     caller->Renew();
   }
@@ -63,7 +61,7 @@ void WaitUntilUnused(CQMLinkedObject const& variable) {
 // ---- waits ----
 
 bool CQMWaits::Begin(SQMCaller& caller, std::atomic<SQMCaller*> const& holder) {
-  std::scoped_lock const lock(g_waitsMutex);
+  std::scoped_lock const lock(g_process.waitsMutex);
   SQMCaller const* other = holder.load();
   while (other != nullptr) {
     if (other == &caller) return false;
@@ -74,12 +72,12 @@ bool CQMWaits::Begin(SQMCaller& caller, std::atomic<SQMCaller*> const& holder) {
 }
 
 void CQMWaits::End(SQMCaller& caller) {
-  std::scoped_lock const lock(g_waitsMutex);
+  std::scoped_lock const lock(g_process.waitsMutex);
   caller.awaited = nullptr;
 }
 
 void CQMWaits::HandOver(std::atomic<SQMCaller*>& holder, SQMCaller& caller) {
-  std::scoped_lock const lock(g_waitsMutex);
+  std::scoped_lock const lock(g_process.waitsMutex);
   holder.store(&caller);
   caller.awaited = nullptr;
 }

@@ -53,7 +53,15 @@ struct alignas(kCacheLine) SQMCaller {
 
   unsigned long const threadId;
   SQMCaller* nextCaller = nullptr;
+
+  // ---- names of contexts as the thread was told them, a buffer a function ----
+  static constexpr std::size_t kNameSize = 128;
+  char contextName[kNameSize] = {};
+  char currentName[kNameSize] = {};
 };
+
+/** What identifies the calling thread; never 0. */
+unsigned long OwnThreadId();
 
 /** The record of the calling thread, or the one that stands for every thread that has not called yet; never
  * null. It is the only thread-local variable of its model, initial-exec, which is the fastest: a library that

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "context/executor.h"
+#include "context/process_state.h"
 
 namespace qumel {
 
@@ -17,18 +18,12 @@ CQMContextGate::~CQMContextGate() = default;
 
 // ---- from context to context ----
 
-namespace {
-
-constinit std::mutex g_freeMutex;
-constinit CQMContextGate* g_firstFree = nullptr;
-
-}  // namespace
-
 CQMContextGate& CQMContextGate::Open(CQMExecutor& context) {
   CQMContextGate* gate = nullptr;
   {
-    std::scoped_lock const lock(g_freeMutex);
-    if (g_firstFree != nullptr) gate = std::exchange(g_firstFree, g_firstFree->m_nextFree);
+    std::scoped_lock const lock(g_process.freeGatesMutex);
+    gate = g_process.firstFreeGate;
+    if (gate != nullptr) g_process.firstFreeGate = gate->m_nextFree;
   }
   if (gate == nullptr) gate = std::make_unique<CQMContextGate>(EQMKind::Gate).release();
   std::scoped_lock const lock(gate->m_mutex);
@@ -49,8 +44,8 @@ void CQMContextGate::Recycle() {
     m_context.store(nullptr);
     std::apply([](auto&... caches) { (caches.Clear(), ...); }, m_found);
   }
-  std::scoped_lock const lock(g_freeMutex);
-  m_nextFree = std::exchange(g_firstFree, this);
+  std::scoped_lock const lock(g_process.freeGatesMutex);
+  m_nextFree = std::exchange(g_process.firstFreeGate, this);
 }
 
 // ---- in and out ----

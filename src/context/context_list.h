@@ -1,9 +1,9 @@
 // A list of contexts that are found by their names.
 #pragma once
 
+#include <cstdint>
+#include <cstring>
 #include <memory>
-#include <string_view>
-#include <unordered_map>
 #include <utility>
 
 #include "context/executor.h"
@@ -16,15 +16,23 @@ namespace qumel {
 class CQMContextList {
  public:
   CQMExecutor* Append(std::unique_ptr<CQMExecutor> owner) {
-    if (m_byName == nullptr) m_byName = std::make_unique<Names>().release();
-    m_byName->try_emplace(owner->Name(), owner.get());
+    if (2 * (m_count + 1) > m_size) Grow();
+    ++m_count;
+    char const* const name = owner->Name().data();
+    m_places[PlaceOf(name)] = {owner.get(), HashOf(name)};
     return m_contexts.Append(std::move(owner));
   }
 
   /** executor must be in this list. */
   std::unique_ptr<CQMExecutor> Remove(CQMExecutor* executor) {
-    m_byName->erase(executor->Name());
-    if (m_byName->empty()) std::unique_ptr<Names>(std::exchange(m_byName, nullptr)).reset();
+    std::uint32_t place = PlaceOf(executor->Name().data());
+    m_places[place].context = nullptr;
+    // those that stand behind without a gap may belong further forward now
+    while (m_places[place = Next(place)].context != nullptr) {
+      SQMPlace const moved = std::exchange(m_places[place], {});
+      m_places[PlaceOf(moved.context->Name().data())] = moved;
+    }
+    if (--m_count == 0) Resize(0);
     return m_contexts.Remove(executor);
   }
   std::unique_ptr<CQMExecutor> RemoveFirst() {
@@ -32,10 +40,8 @@ class CQMContextList {
   }
 
   /** Null for a name that none has. */
-  CQMExecutor* FindByName(std::string_view name) const {
-    if (m_byName == nullptr) return nullptr;
-    auto const found = m_byName->find(name);
-    return found != m_byName->end() ? found->second : nullptr;
+  CQMExecutor* FindByName(char const* name) const {
+    return m_count != 0 ? m_places[PlaceOf(name)].context : nullptr;
   }
   /** The first context that fits, or null. */
   template <class Predicate>
@@ -44,10 +50,50 @@ class CQMContextList {
   }
 
  private:
-  using Names = std::unordered_map<std::string_view, CQMExecutor*>;
+  // A hash table with open addressing: a context stands in the place that its name chooses, or in the next
+  // free one behind.
+  struct SQMPlace {
+    CQMExecutor* context = nullptr;
+    std::uint32_t hash = 0;
+  };
+
+  static std::uint32_t HashOf(char const* name) {
+    constexpr std::uint32_t kStart = 2166136261U, kPrime = 16777619U;  // of FNV-1a
+    std::uint32_t hash = kStart;
+    for (; *name != '\0'; ++name) hash = (hash ^ static_cast<unsigned char>(*name)) * kPrime;
+    return hash;
+  }
+  std::uint32_t Next(std::uint32_t place) const { return (place + 1) & (m_size - 1); }
+  /** Where the context of that name stands or would stand. */
+  std::uint32_t PlaceOf(char const* name) const {
+    std::uint32_t const hash = HashOf(name);
+    std::uint32_t place = hash & (m_size - 1);
+    for (; m_places[place].context != nullptr; place = Next(place)) {
+      if (m_places[place].hash == hash && std::strcmp(m_places[place].context->Name().data(), name) == 0) {
+        break;
+      }
+    }
+    return place;
+  }
+  void Grow() {
+    constexpr std::uint32_t kFirstSize = 8;
+    Resize(m_size != 0 ? 2 * m_size : kFirstSize);
+    for (CQMExecutor* context = m_contexts.GetFirst(); context != nullptr;
+         context = m_contexts.GetNext(context)) {
+      char const* const name = context->Name().data();
+      m_places[PlaceOf(name)] = {context, HashOf(name)};
+    }
+  }
+  void Resize(std::uint32_t size) {
+    auto places = size != 0 ? std::make_unique<SQMPlace[]>(size) : nullptr;
+    std::unique_ptr<SQMPlace[]> const old(std::exchange(m_places, places.release()));
+    m_size = size;
+  }
 
   CQMSiblingList<CQMExecutor> m_contexts;
-  Names* m_byName = nullptr;  // while there is a context
+  SQMPlace* m_places = nullptr;
+  std::uint32_t m_size = 0;  // a power of two, or nothing
+  std::uint32_t m_count = 0;
 };
 
 }  // namespace qumel

@@ -3,7 +3,7 @@
 
 #include "base/stack_room.h"
 #include "context/library.h"
-#include "context/library_state.h"
+#include "context/process_state.h"
 
 namespace qumel {
 
@@ -109,14 +109,14 @@ void ReportRefusedWait() {
 void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor) {
   CQMContextGate& gate = executor->GetGate();
   {
-    std::scoped_lock const lock(g_library.threadListMutex);
+    std::scoped_lock const lock(g_process.threadList);
     executor->Retire();
     for (SQMCaller* caller = FirstCaller(); caller != nullptr; caller = caller->nextCaller) {
       CQMContextGate* current = &gate;
       caller->current.compare_exchange_strong(current, CQMContextGate::Lost());
     }
-    if (g_library.defaultExecutor.load() == executor.get()) {
-      g_library.defaultExecutor.store(g_library.primaryExecutor.load());
+    if (g_process.defaultExecutor.load() == executor.get()) {
+      g_process.defaultExecutor.store(g_process.primaryExecutor.load());
     }
   }
   std::unique_ptr<CQMExecutor> const unused = gate.Close(std::move(executor));
@@ -154,16 +154,16 @@ CQMKeptContext::CQMKeptContext(CQMExecutor* executor) {
 
 namespace {
 
-void DestroyUnusedRecords() {
+[[gnu::noinline, gnu::cold]] void DestroyUnusedRecords() {
   CQMSiblingList<CQMThreadInfo> unused;  // destroyed after the lock is released
   {
-    std::scoped_lock const lock(g_library.threadListMutex);
-    for (CQMThreadInfo* record = g_library.retiredThreads.GetFirst(); record != nullptr;) {
-      CQMThreadInfo* const next = g_library.retiredThreads.GetNext(record);
+    std::scoped_lock const lock(g_process.threadList);
+    for (CQMThreadInfo* record = g_process.retiredThreads.GetFirst(); record != nullptr;) {
+      CQMThreadInfo* const next = g_process.retiredThreads.GetNext(record);
       if (!record->IsInUse()) {
         record->Detach();
-        --g_library.retiredCount;
-        unused.Append(g_library.retiredThreads.Remove(record));
+        --g_process.retiredCount;
+        unused.Append(g_process.retiredThreads.Remove(record));
       }
       record = next;
     }
@@ -174,19 +174,20 @@ void DestroyUnusedRecords() {
 
 }  // namespace
 
-CQMRecordUse::CQMRecordUse() {
-  for (;;) {
-    m_caller = FindCaller();
-    if (m_caller != nullptr) {
-      m_caller->usesRecord.store(true, CQMAsymmetricBarrier::kStore);
-      CQMAsymmetricBarrier::Light();
-      if (m_caller->generation == g_library.generation.load()) {
-        m_record = m_caller->record;
-        return;
-      }
-    }
+CQMRecordUse::CQMRecordUse() : m_caller(FindCaller()) {
+  while (m_caller == nullptr || !FindRecord()) {
     if (GetThreadInfo(false) == nullptr) return;
+    m_caller = FindCaller();
   }
+}
+
+/** The thread's record as the thread remembers it, unless records went since. */
+bool CQMRecordUse::FindRecord() {
+  m_caller->usesRecord.store(true, CQMAsymmetricBarrier::kStore);
+  CQMAsymmetricBarrier::Light();
+  bool const isKnown = m_caller->generation == g_process.generation.load(std::memory_order_acquire);
+  if (isKnown) m_record = m_caller->record;
+  return isKnown;
 }
 
 CQMRecordUse::~CQMRecordUse() {
@@ -194,18 +195,18 @@ CQMRecordUse::~CQMRecordUse() {
   m_caller->usesRecord.store(false, CQMAsymmetricBarrier::kStore);
   CQMAsymmetricBarrier::Light();
   // from here on the record may be gone
-  if (g_library.retiredCount.load() != 0) DestroyUnusedRecords();
+  if (g_process.retiredCount.load(CQMAsymmetricBarrier::kLoad) != 0) DestroyUnusedRecords();
 }
 
 std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record) {
   // counted before the look, so that a call that ends now either is not seen or sees the count
-  ++g_library.retiredCount;
+  ++g_process.retiredCount;
   CQMAsymmetricBarrier::Heavy();
   if (record->IsInUse()) {
-    g_library.retiredThreads.Append(std::move(record));
+    g_process.retiredThreads.Append(std::move(record));
     return nullptr;
   }
-  --g_library.retiredCount;
+  --g_process.retiredCount;
   record->Detach();
   return record;
 }

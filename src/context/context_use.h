@@ -121,6 +121,8 @@ class CQMRecordUse {
   CQMThreadInfo* GetRecord() const { return m_record; }
 
  private:
+  bool FindRecord();
+
   SQMCaller* m_caller = nullptr;
   CQMThreadInfo* m_record = nullptr;
 };

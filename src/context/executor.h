@@ -51,7 +51,6 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
    * group can only be chosen before. */
   bool Initialize();
   void CleanUp();
-  bool IsInitialized() const { return m_initialized; }
   CQMContextGate& GetGate() { return m_gate; }
   CQMContextGate* GetHandleGuard() override { return &m_gate; }
   // The lock of hosts, an agreement among threads that take it.
@@ -154,7 +153,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   bool IsOperator(char scope, char const* token) const;
   bool IsSymbol(char scope, char const* name);
   CQMPostFixer& GetPostFixer() { return *m_postFixer; }
-  CQMOperatorList& GetLocalOperatorList() { return *m_localOperators; }
+  CQMOperatorList& GetGlobalOperatorList() { return *m_globalOperators; }
   static CQMOperatorList* GetCosmicOperatorList() { return sm_pCosmicOperatorList; }
   std::shared_ptr<SQMOperatorDefinition const> FindOperatorDefinition(long id) override;
   static long GetNextExternalOperatorID() { return sm_lNextExternalOperatorID++; }
@@ -230,7 +229,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   ErrorCallback m_errorCallback = nullptr;
   std::unique_ptr<CQMPostFixer> m_postFixer;
   std::unique_ptr<CQMOperatorFactory> m_factory;
-  std::unique_ptr<CQMOperatorList> m_localOperators;
+  std::unique_ptr<CQMOperatorList> m_globalOperators;
   std::unique_ptr<CQMSymbolTable> m_globalSymbols;
   std::unique_ptr<CQMSymbolTable> m_errors;
   std::array<CQMResolver*, 3> m_resolvers{};  // children of this object, made on demand

@@ -3,14 +3,12 @@
 
 #include "base/number_text.h"
 #include "context/executor.h"
+#include "context/process_state.h"
 #include "language/stack_items.h"
 
 namespace qumel {
 
 namespace {
-
-/** Two contexts may define the same process-wide message at the same time. */
-constinit std::mutex g_definitionMutex;
 
 /** The test for a known code searches the parent of table too. */
 long LoadMessage(CQMSymbolTable& table, long code, char const* text) {
@@ -37,7 +35,7 @@ void CQMExecutor::LoadStandardMessages(CQMSymbolTable& table) {
 
 long CQMExecutor::LoadCosmicErrorMessage(long code, char const* text) {
   if (sm_pCosmicErrTab == nullptr) return Error::ErrorMessageNotLoaded;
-  std::scoped_lock const lock(g_definitionMutex);
+  std::scoped_lock const lock(g_process.errorMutex);
   return LoadMessage(*sm_pCosmicErrTab, code, text);
 }
 

@@ -8,6 +8,7 @@
 
 #include "context/context_use.h"
 #include "context/executor.h"
+#include "context/process_state.h"
 #include "engine/operator_factory.h"
 #include "engine/resolver.h"
 #include "language/standard_operators.h"
@@ -15,27 +16,12 @@
 
 namespace qumel {
 
-constinit std::atomic<long> CQMExecutor::sm_lExecutorCount{0};
-constinit std::atomic<long> CQMExecutor::sm_lNextExternalOperatorID{OpId::FirstExternal};
-// Bare pointers, not owners that a process exit would destroy: threads may still run then.
-constinit CQMOperatorList* CQMExecutor::sm_pCosmicOperatorList = nullptr;
-constinit CQMSymbolTable* CQMExecutor::sm_pCosmicSymTab = nullptr;
-constinit CQMSymbolTable* CQMExecutor::sm_pCosmicErrTab = nullptr;
-
 namespace {
 
-/** Guards the making and destroying of the process-wide tables and the count of contexts that they live by.
- */
-constinit std::mutex g_cosmicMutex;
-
-/** The standard operators of the contexts' own lists, without implied multiplication and with it, as long as
- * some context uses them. */
-using LocalDialects = std::array<std::weak_ptr<CQMStandardOperators const>, 2>;
-constinit LocalDialects* g_localDialects = nullptr;
-
-std::shared_ptr<CQMStandardOperators const> FindLocalDialect(bool impliedMultiplication) {
-  std::scoped_lock const lock(g_cosmicMutex);
-  auto& shared = (*g_localDialects)[impliedMultiplication ? 1 : 0];
+/** The standard operators of the contexts' own lists. */
+std::shared_ptr<CQMStandardOperators const> FindGlobalDialect(bool impliedMultiplication) {
+  std::scoped_lock const lock(g_process.cosmicMutex);
+  auto& shared = (*g_process.globalDialects)[impliedMultiplication ? 1 : 0];
   auto dialect = shared.lock();
   if (dialect == nullptr)
     shared = dialect = std::make_shared<CQMStandardOperators const>(false, impliedMultiplication);
@@ -64,7 +50,7 @@ void Destroy(Object*& place) {
 CQMExecutor::CQMExecutor() : m_gate(CQMContextGate::Open(*this)) {
   SetTypeTag(kTypeTag);
   sem_init(&m_semaphore, 1, 1);
-  std::scoped_lock const lock(g_cosmicMutex);
+  std::scoped_lock const lock(g_process.cosmicMutex);
   ++sm_lExecutorCount;
 }
 
@@ -72,7 +58,7 @@ CQMExecutor::~CQMExecutor() {
   CleanUp();
   DeleteHandle();  // while the gate is still the context's
   sem_destroy(&m_semaphore);
-  std::scoped_lock const lock(g_cosmicMutex);
+  std::scoped_lock const lock(g_process.cosmicMutex);
   if (--sm_lExecutorCount == 0) DestroyCosmicTables();
   m_gate.Recycle();
 }
@@ -100,15 +86,15 @@ bool CQMExecutor::Initialize() {
 
 void CQMExecutor::BuildTables() {
   CreateCosmicTables(m_settings.allowImpliedMultiplication);
-  m_localOperators = std::make_unique<CQMOperatorList>(false);
-  m_localOperators->SetStandard(FindLocalDialect(m_settings.allowImpliedMultiplication));
+  m_globalOperators = std::make_unique<CQMOperatorList>(false);
+  m_globalOperators->SetStandard(FindGlobalDialect(m_settings.allowImpliedMultiplication));
   m_postFixer = std::make_unique<CQMPostFixer>();
   m_factory = std::make_unique<CQMOperatorFactory>();
   m_globalSymbols = std::make_unique<CQMSymbolTable>(&kVariables);
   m_globalSymbols->SetParentObject(sm_pCosmicSymTab);
   m_errors = std::make_unique<CQMSymbolTable>();
   m_errors->SetParentObject(sm_pCosmicErrTab);
-  m_postFixer->SetOperatorLists(sm_pCosmicOperatorList, m_localOperators.get());
+  m_postFixer->SetOperatorLists(sm_pCosmicOperatorList, m_globalOperators.get());
   bool const hasComma = m_settings.radixMark == RadixMark::kComma;
   m_postFixer->SetReadingRules({
       .caseSensitive = m_settings.caseSensitive,
@@ -130,20 +116,21 @@ void CQMExecutor::CleanUp() {
   m_factory.reset();
   m_globalSymbols.reset();
   m_errors.reset();
-  m_localOperators.reset();
+  m_globalOperators.reset();
   m_conversion = {};
   m_annotation = {};
   m_reversion = {};
 }
 
 void CQMExecutor::CreateCosmicTables(bool impliedMultiplication) {
-  std::scoped_lock const lock(g_cosmicMutex);
+  std::scoped_lock const lock(g_process.cosmicMutex);
   if (sm_pCosmicOperatorList == nullptr) {
     auto list = std::make_unique<CQMOperatorList>(true);
     LoadStandardDialect(*list, impliedMultiplication);
     sm_pCosmicOperatorList = list.release();
   }
-  if (g_localDialects == nullptr) g_localDialects = std::make_unique<LocalDialects>().release();
+  if (g_process.globalDialects == nullptr)
+    g_process.globalDialects = std::make_unique<GlobalDialects>().release();
   if (sm_pCosmicSymTab == nullptr)
     sm_pCosmicSymTab = std::make_unique<CQMSymbolTable>(&kVariables, true).release();
   if (sm_pCosmicErrTab == nullptr) {
@@ -155,7 +142,7 @@ void CQMExecutor::CreateCosmicTables(bool impliedMultiplication) {
 
 void CQMExecutor::DestroyCosmicTables() {
   Destroy(sm_pCosmicOperatorList);
-  Destroy(g_localDialects);
+  Destroy(g_process.globalDialects);
   Destroy(sm_pCosmicSymTab);
   Destroy(sm_pCosmicErrTab);
 }

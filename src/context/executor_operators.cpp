@@ -11,8 +11,8 @@ bool CQMExecutor::IsOperator(char scope, char const* token) const {
   };
   switch (scope) {
     case Scope::kCosmic: return holds(sm_pCosmicOperatorList);
-    case Scope::kGlobal: return holds(m_localOperators.get());
-    default: return holds(m_localOperators.get()) || holds(sm_pCosmicOperatorList);
+    case Scope::kGlobal: return holds(m_globalOperators.get());
+    default: return holds(m_globalOperators.get()) || holds(sm_pCosmicOperatorList);
   }
 }
 
@@ -27,7 +27,7 @@ bool CQMExecutor::IsSymbol(char scope, char const* name) {
 }
 
 std::shared_ptr<SQMOperatorDefinition const> CQMExecutor::FindOperatorDefinition(long id) {
-  for (CQMOperatorList const* list : {sm_pCosmicOperatorList, m_localOperators.get()}) {
+  for (CQMOperatorList const* list : {sm_pCosmicOperatorList, m_globalOperators.get()}) {
     if (list == nullptr) continue;
     if (CQMOpInfoRef const info = list->FindById(id); info != nullptr) return info->definition;
   }

@@ -89,7 +89,7 @@ long CQMOperatorDefiner::Conclude(long code) {
 }
 
 CQMOperatorList& CQMOperatorDefiner::ListOf(char scope) const {
-  return scope == Scope::kCosmic ? *CQMExecutor::GetCosmicOperatorList() : m_context.GetLocalOperatorList();
+  return scope == Scope::kCosmic ? *CQMExecutor::GetCosmicOperatorList() : m_context.GetGlobalOperatorList();
 }
 
 long CQMOperatorDefiner::Define(SQMOperatorDeclaration const& declaration, char const* text) {

@@ -51,7 +51,7 @@ void CQMThreadInfo::Detach() {
 CQMExecutor* CQMThreadInfo::GetExecutor() {
   if (m_caller == nullptr) return nullptr;
   CQMContextGate* const gate = m_caller->current.load();
-  if (gate == CQMContextGate::Lost()) ForgetLocally();
+  if (gate == CQMContextGate::Lost()) ForgetExecutor();
   return gate->GetContext();
 }
 
@@ -59,9 +59,9 @@ bool CQMThreadInfo::SetExecutor(CQMExecutor* executor, bool lock) {
   if (executor == nullptr) return GetExecutor() != nullptr;
   if (m_caller == nullptr || (lock && !executor->AcquireExecutor(*m_caller))) return false;
   m_caller->current.store(&executor->GetGate());
-  if (executor->IsRetired()) {  // while this thread waited, or just now
+  if (executor->IsRetired()) {  // another thread has begun to destroy it, maybe during the wait
     if (lock) executor->ReleaseExecutor(*m_caller);
-    ForgetLocally();
+    ForgetExecutor();
     return false;
   }
   m_locked = lock;
@@ -69,14 +69,9 @@ bool CQMThreadInfo::SetExecutor(CQMExecutor* executor, bool lock) {
   return true;
 }
 
-bool CQMThreadInfo::SetExecutor(char const* name, bool lock) {
-  CQMExecutor* const executor = FindExecutor(name);
-  return executor != nullptr && SetExecutor(executor, lock);
-}
-
 void CQMThreadInfo::ClearExecutor() {
   UnlockExecutor();
-  ForgetLocally();
+  ForgetExecutor();
 }
 
 bool CQMThreadInfo::LockExecutor() {
@@ -93,7 +88,7 @@ bool CQMThreadInfo::UnlockExecutor() {
   return true;
 }
 
-void CQMThreadInfo::ForgetLocally() {
+void CQMThreadInfo::ForgetExecutor() {
   if (m_caller != nullptr) m_caller->current.store(CQMContextGate::None());
   m_locked = false;
   m_settings = {};

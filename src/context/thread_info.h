@@ -8,20 +8,19 @@
 
 namespace qumel {
 
-/** Touched by its own thread only, and by whoever destroys it. Which context is current stands in the
- * thread's caller, where other threads can take away what they destroy. */
+/** Used by its own thread only, and by whoever destroys it. Which context is current is kept in the thread's
+ * caller, where a thread that destroys the context can clear it. */
 class CQMThreadInfo : public CQMLinkedObject {
  public:
   static constexpr char const* kTypeTag = TypeTag::kThreadInfo;
 
-  /** A record without a thread; results are not forced complex. No context can become current. */
-  CQMThreadInfo() : CQMThreadInfo(0) { m_settings.forceComplexResults = false; }
-  /** The record of a thread; starts with forced complex results, on purpose. */
+  /** The record of a thread. It starts with forced complex results, unlike one whose context was cleared:
+   * private contexts that a thread makes before any other call force them, which hosts know. Without a caller
+   * no context can become current. */
   explicit CQMThreadInfo(unsigned long threadId, SQMCaller* caller = nullptr);
   ~CQMThreadInfo() override;
 
   unsigned long GetThreadId() const { return m_threadId; }
-  SQMCaller* GetCaller() const { return m_caller; }
   /** The current context; to be used only while it is kept alive. */
   CQMExecutor* GetExecutor();
 
@@ -34,8 +33,7 @@ class CQMThreadInfo : public CQMLinkedObject {
    * meanwhile or the wait would never end. A lock on the context that was current before is kept. Null
    * changes nothing and tells whether there is a current context. */
   bool SetExecutor(CQMExecutor* executor, bool lock);
-  bool SetExecutor(char const* name, bool lock);
-  /** Gives the lock back if there is one; the copies of the settings get their defaults. */
+  /** Gives the lock back if there is one, and resets the copies of the settings to their defaults. */
   void ClearExecutor();
   /** False when the context is destroyed during the wait or that would never end, and without a current
    * context. */
@@ -53,7 +51,7 @@ class CQMThreadInfo : public CQMLinkedObject {
 #include "context/settings.inc"
 
   SQMSettings const& GetCopies() {
-    GetExecutor();  // a context taken away leaves defaults behind
+    GetExecutor();  // resets the copies if another thread has destroyed the current context
     return m_settings;
   }
 
@@ -62,11 +60,11 @@ class CQMThreadInfo : public CQMLinkedObject {
   bool IsInUse() const {
     return m_caller != nullptr && m_caller->usesRecord.load(CQMAsymmetricBarrier::kLoad);
   }
-  /** The thread loses its current context, and will get another record. */
+  /** Clears the current context of the thread, which will get another record. */
   void Detach();
 
  private:
-  void ForgetLocally();
+  void ForgetExecutor();
 
   unsigned long m_threadId;
   SQMCaller* m_caller;

@@ -12,7 +12,7 @@ inline void LoadStandardDialect(CQMOperatorList& shared, bool impliedMultiplicat
   shared.SetStandard(std::make_shared<CQMStandardOperators const>(true, impliedMultiplication));
 }
 /** What each context has in a list of its own. */
-inline void LoadLocalDialect(CQMOperatorList& own, bool impliedMultiplication) {
+inline void LoadGlobalDialect(CQMOperatorList& own, bool impliedMultiplication) {
   own.SetStandard(std::make_shared<CQMStandardOperators const>(false, impliedMultiplication));
 }
 

@@ -8,13 +8,11 @@
 #include <mutex>
 #include <vector>
 
-#include "objects/object.h"
-
 namespace qumel {
 
 class CQMLinkedObject;
-/** What guards the objects of a context from being destroyed while a call uses them by handle; the floor of
- * contexts knows more. */
+/** Guards the objects of a context from being destroyed while a call uses them by handle. It belongs to the
+ * floor of contexts. */
 class CQMContextGate;
 
 /** 0 is never issued. Low 32 bits: list index; high 32 bits: slot in that list. */
@@ -31,30 +29,25 @@ struct SQMHandleTarget {
 struct SQMHandleSlot {
   std::atomic<CQMLinkedObject*> object{nullptr};
   std::atomic<CQMContextGate*> gate{nullptr};  // stored before the object, and never again
-  /** For those alone that nobody deletes the handle under: see CQMHandleCache. */
+  /** The handle; of a deleted one its neighbour, which nobody looks for here. To be read only where no other
+   * thread can delete the handle: see CQMHandleCache. */
   Handle handle = 0;
 };
 
 /** Lists of kSlotsPerList slots, reached through a list of lists. Slots are never reused or moved, and lists
- * of lists that were outgrown stay until the end, so a lookup needs no lock; issuing and deleting take the
- * mutex. */
-class CQMHandleList : public CQMObject {
+ * of lists that were outgrown stay until the end, so that a lookup needs no lock; issuing and deleting take
+ * the mutex. */
+class CQMHandleList {
  public:
-  static constexpr char const* kTypeTag = TypeTag::kHandleList;
   static constexpr unsigned kSlotsPerList = 1024;
   static constexpr std::size_t kListsPerGrowth = 128;
 
   /** Issuing starts in list 1; list 0 stays empty, so that no handle is 0. */
   CQMHandleList();
-  ~CQMHandleList() override;
-
-  void AcquireHandleList() { m_mutex.lock(); }
-  void ReleaseHandleList() { m_mutex.unlock(); }
 
   /** The handle now standing for object, or 0 when the lists are full and cannot grow. */
   Handle AssignHandle(CQMLinkedObject* object, CQMContextGate* gate = nullptr);
-  /** Null for a handle that was not issued yet or was deleted. */
-  CQMLinkedObject* GetObjectFromHandle(Handle handle) const { return FindTarget(handle).object; }
+  /** Nothing for a handle that was not issued yet or was deleted. */
   SQMHandleTarget FindTarget(Handle handle) const {
     SQMHandleSlot const* const slot = FindSlot(handle);
     if (slot == nullptr) return {};
@@ -62,7 +55,7 @@ class CQMHandleList : public CQMObject {
     return object != nullptr ? SQMHandleTarget{object, slot->gate.load(std::memory_order_relaxed)}
                              : SQMHandleTarget{};
   }
-  /** The slot of handle, which may be empty; null where there is none. Slots stay where they are. */
+  /** The slot of handle, which may be empty; null where there is none. */
   SQMHandleSlot* FindSlot(Handle handle) const {
     // Slots that were not issued yet are empty, so there is nothing to validate but the bounds.
     SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
@@ -71,23 +64,15 @@ class CQMHandleList : public CQMObject {
     Slots* const list = directory.lists[left].load(std::memory_order_acquire);
     return list != nullptr ? &(*list)[right] : nullptr;
   }
-  /** From now on handle answers null. False when it does not validate. */
-  bool MarkHandleDeleted(Handle handle);
+  /** An issued handle names nothing from now on. */
+  void MarkHandleDeleted(Handle handle);
 
   static constexpr Handle EncodeHandle(unsigned left, unsigned right) { return Handle{right} << 32 | left; }
   static constexpr unsigned DecodeLeft(Handle handle) { return static_cast<unsigned>(handle & 0xFFFFFFFFu); }
   static constexpr unsigned DecodeRight(Handle handle) { return static_cast<unsigned>(handle >> 32); }
-  /** Writes both halves, or 0 to both when they do not validate. */
-  bool DecodeHandle(Handle handle, unsigned& left, unsigned& right) const;
-  /** Whether the slot exists and is not beyond the next one to be issued. */
-  bool ValidateHandle(unsigned left, unsigned right) const;
-  bool ValidateHandle(Handle handle) const { return ValidateHandle(DecodeLeft(handle), DecodeRight(handle)); }
-
-  /** Starts a new list when the current one is full. Always true, also when memory does not suffice. */
-  bool AppendHandleList();
-  /** Makes room for kListsPerGrowth more lists; false, and nothing changed, when memory does not suffice. */
-  bool ExtendHandleListList();
-  std::size_t GetExtensionCount() const { return m_directories.size() - 1; }
+  static constexpr Handle NeighbourOf(Handle handle) {
+    return EncodeHandle(DecodeLeft(handle), DecodeRight(handle) ^ 1);
+  }
 
  private:
   using Slots = std::array<SQMHandleSlot, kSlotsPerList>;
@@ -98,13 +83,14 @@ class CQMHandleList : public CQMObject {
     std::unique_ptr<std::atomic<Slots*>[]> lists;
   };
 
-  void AddList();
+  void AppendHandleList();
+  void ExtendHandleListList();
 
   std::atomic<SQMDirectory*> m_directory{nullptr};  // the newest; what lookups read
+  std::mutex m_mutex;                               // guards all below
   std::vector<std::unique_ptr<SQMDirectory>> m_directories;
   std::vector<std::unique_ptr<Slots>> m_lists;  // the last one is the current list
   unsigned m_nextFreeSlot = 0;
-  mutable std::recursive_mutex m_mutex;  // held by AssignHandle while it appends a list
 };
 
 }  // namespace qumel

@@ -22,7 +22,7 @@ class CQMLinkedObject : public CQMObject {
     CountIn();
   }
   ~CQMLinkedObject() override {
-    if (m_firstChild != nullptr) LeaveChildren();
+    if (m_firstChild != nullptr) DestroyChildren();
     if (m_list != nullptr) m_list->ReleaseChildObject(this);
     if (m_handle.load(std::memory_order_relaxed) != 0) DeleteHandle();
     CountOut();
@@ -31,6 +31,8 @@ class CQMLinkedObject : public CQMObject {
   /** Issues the handle at the first call, under the guard of gate; every call takes a reference. 0, and no
    * reference, when no handle can be issued. */
   Handle GetObjectHandle(CQMContextGate* gate = nullptr);
+  /** The handle, if one was issued, without a reference; else 0. */
+  Handle PeekHandle() const { return m_handle.load(std::memory_order_acquire); }
   /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay.
    */
   bool ReleaseObjectHandle();
@@ -44,47 +46,27 @@ class CQMLinkedObject : public CQMObject {
     return list != nullptr ? list->FindTarget(handle) : SQMHandleTarget{};
   }
 
-  void SetParentObject(CQMLinkedObject* parent);
+  // ---- the tree ----
+  void SetParentObject(CQMLinkedObject* parent) { m_parent = parent; }
   CQMLinkedObject* GetParentObject() const { return m_parent; }
-  CQMLinkedObject* GetRootObject();
-  CQMLinkedObject* CacheRootObject();
-  CQMLinkedObject* GetCachedRootObject() const { return m_rootCache; }
-
   /** Appends child, taking it out of the list that holds it. Does not set its parent. */
   void AddChildObject(CQMLinkedObject* child);
-  /** Moves the children of from behind the ones here; this object becomes their parent. */
-  void AdoptChildren(CQMLinkedObject* from);
-  /** Hands the children to other; without one they are let go, neither destroyed nor unlinked from each
-   * other. */
-  void ReleaseChildren(CQMLinkedObject* other);
-  /** Unlinks child without destroying it. Its parent link stays; an inner child keeps its own sibling links.
+  /** Takes child out of the list of children, if it is there, without destroying it. Its parent link stays.
    */
   void ReleaseChildObject(CQMLinkedObject* child);
-  void ReleaseSelf();
-  /** Destroys the children, first to last. The child count stays as it was. */
+  /** Destroys the children, first to last. */
   void DestroyChildren();
-  void SetDestroyChildren(bool destroy) { m_destroyChildren = destroy; }
-
-  CQMLinkedObject* GetNthChildObject(long n);    // n from 1
-  CQMLinkedObject* GetNthSiblingObject(long n);  // 1 is this object
-  CQMLinkedObject* GetFirstSiblingObject();
-  CQMLinkedObject* GetLastSiblingObject();
   CQMLinkedObject* GetFirstChildObject() const { return m_firstChild; }
-  CQMLinkedObject* GetLastChildObject();
+  CQMLinkedObject* GetLastChildObject() const { return m_lastChild; }
+  long GetChildCount() const;
+  // The neighbours in a list of children, or in another list that the object is a part of.
   CQMLinkedObject* GetNextObject() const { return m_next; }
   CQMLinkedObject* GetPreviousObject() const { return m_previous; }
-  long GetChildCount() const { return m_childCount; }
-  /** Counts the children anew, stores the count and returns it. */
-  long UpdateChildCount();
   void SetPreviousObject(CQMLinkedObject* object) { m_previous = object; }
   void SetNextObject(CQMLinkedObject* object) { m_next = object; }
 
-  /** Each creates what is not there yet; where memory does not suffice there is none. */
-  static void CreateHandleList();
-  static void DestroyHandleList();
+  // ---- the process-wide objects; null where memory did not suffice for them ----
   static CQMHandleList* GetHandleList() { return sm_pHandleList.load(std::memory_order_acquire); }
-  static void CreateDataSpace(char const* directory);
-  static void DestroyDataSpace();
   static CQMDataSpace* GetDataSpace() { return sm_pDataSpace.load(std::memory_order_acquire); }
   /** 0 without a data space. */
   static long GetDataSpaceSize();
@@ -110,17 +92,13 @@ class CQMLinkedObject : public CQMObject {
   }
   static void CountInFirst();
   static void CountOutLast();
-  void LeaveChildren();
-  void Unlink(CQMLinkedObject* child);
+  static CQMHandleList* ObtainHandleList();
 
   static std::atomic<CQMHandleList*> sm_pHandleList;
   static std::atomic<CQMDataSpace*> sm_pDataSpace;
 
-  bool m_destroyChildren = true;
-  long m_childCount = 0;
   std::atomic<Handle> m_handle{0};          // several threads may ask a shared context for its handle
   std::atomic<long> m_handleReferences{0};  // those that ReleaseObjectHandle may give back
-  CQMLinkedObject* m_rootCache = nullptr;
   CQMLinkedObject* m_parent = nullptr;
   CQMLinkedObject* m_list = nullptr;  // whose child list holds this object; not always its parent
   CQMLinkedObject* m_firstChild = nullptr;

@@ -12,7 +12,6 @@ namespace qumel {
 namespace TypeTag {
 inline constexpr char kObject[] = "__O__";
 inline constexpr char kLinkedObject[] = "__OLO__";
-inline constexpr char kHandleList[] = "__OHAL__";
 inline constexpr char kExecutor[] = "__OLOE__";
 inline constexpr char kThreadInfo[] = "__OLOTI__";
 inline constexpr char kDatum[] = "__OLOD__";

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <barrier>
 #include <chrono>
+#include <map>
 #include <vector>
 
 #include "api/interface_test.h"
@@ -132,6 +133,41 @@ TEST_F(Contexts, PrivateContextsAreSeenByTheirThreadOnly) {
     EXPECT_EQ(qmGetCurrentContextHandle(), 0U);
   });
   EXPECT_EQ(qmGetCurrentContextHandle(), own);
+}
+
+TEST_F(Contexts, ManyComeAndGoUnderTheirNames) {
+  struct SQMKind {
+    Handle (*create)(char const*);
+    bool (*destroy)(char const*);
+  };
+  constexpr SQMKind kKinds[] = {{qmCreatePublicContext, qmDestroyPublicContext},
+                                {qmCreatePrivateContext, qmDestroyPrivateContext}};
+  for (SQMKind const& kind : kKinds) {
+    std::map<std::string, Handle> model;
+    unsigned random = 1;
+    for (int turn = 0; turn < 600; ++turn) {
+      random = random * 1664525U + 1013904223U;
+      // names that differ in few characters, so that their places in a table meet
+      std::string const name = std::string(1 + (random >> 28) % 3, 'n') + std::to_string((random >> 16) % 40);
+      auto const known = model.find(name);
+      EXPECT_EQ(qmGetContextHandle(name.c_str()), known != model.end() ? known->second : 0U) << name;
+      if (known != model.end()) {
+        EXPECT_STREQ(qmGetContextName(known->second), name.c_str());
+        EXPECT_EQ(qmSetContext(name.c_str(), false), known->second);
+        EXPECT_STREQ(qmGetCurrentContextName(), name.c_str());
+        EXPECT_TRUE(kind.destroy(name.c_str()));
+        model.erase(known);
+      } else {
+        EXPECT_FALSE(kind.destroy(name.c_str()));
+        EXPECT_EQ(qmSetContext(name.c_str(), false), 0U);
+        model[name] = kind.create(name.c_str());
+        EXPECT_NE(model[name], 0U);
+        EXPECT_EQ(kind.create(name.c_str()), model[name]);
+      }
+    }
+    for (auto const& [name, handle] : model) EXPECT_EQ(qmGetContextHandle(name.c_str()), handle);
+    for (auto const& [name, handle] : model) EXPECT_TRUE(kind.destroy(name.c_str()));
+  }
 }
 
 TEST_F(Contexts, VariablesAndExpressionsGoWithTheirContext) {

@@ -347,6 +347,51 @@ TEST_F(Evaluation, HandlesThatNameNoExpression) {
   EXPECT_NE(qmGetCurrentContextHandle(), 0U);
 }
 
+// Handles are looked for in places that others take, and that outlive what they name.
+TEST_F(Evaluation, HandlesAreFoundAmongManyAndNeverForWhatTheyDoNotName) {
+  constexpr std::size_t kCount = 200;
+  std::vector<Handle> expressions(kCount), variables(kCount);
+  for (std::size_t i = 0; i < kCount; ++i) {
+    std::string const number = std::to_string(i);
+    expressions[i] = qmParseExp(number.c_str());
+    variables[i] = qmCreateNumVar('G', ("v" + number).c_str(), static_cast<double>(i));
+  }
+  qmClearLastError();
+  auto const expectAll = [&](bool areThere) {
+    for (std::size_t const i : {0UL, 1UL, 100UL, 64UL, 0UL, 1UL, 199UL}) {
+      SCOPED_TRACE(i);
+      double const value = areThere ? static_cast<double>(i) : 0.0;
+      EXPECT_EQ(qmEvalExpHndlToNum(expressions[i]), value);
+      EXPECT_EQ(qmGetNumVarValueByHandle(variables[i]), value);
+      EXPECT_EQ(qmSetNumVarByHandle(variables[i], value), areThere);
+      EXPECT_EQ(qmIsVarHandle(variables[i]), areThere);
+      for (Handle const handle : {variables[i], expressions[i] | 1ULL << 52, expressions[i] + 1000}) {
+        EXPECT_EQ(qmEvalExpHndl(handle), 'X');
+      }
+      EXPECT_FALSE(qmIsVarHandle(expressions[i]));
+      EXPECT_FALSE(qmIsVarHandle(variables[i] | 1ULL << 52));
+      qmClearLastError();
+    }
+  };
+  expectAll(true);
+  qmSetContext("Qumel", false);  // whichever context is current
+  expectAll(true);
+  qmSetContext("test", false);
+  expectAll(true);
+  for (std::size_t i = 0; i < kCount; ++i) {
+    EXPECT_EQ(qmEvalExpHndlToNum(expressions[i]), static_cast<double>(i));
+    qmDeleteExp(expressions[i]);
+    for (Handle const handle : {expressions[i], Handle{0}, Handle{1} << 32}) {
+      EXPECT_EQ(qmEvalExpHndl(handle), 'X');
+    }
+    expressions[i] = variables[i];
+  }
+  qmDestroyPrivateContext("test");
+  qmCreatePrivateContext("test");
+  qmSetContext("test", false);
+  expectAll(false);
+}
+
 TEST_F(Evaluation, AParsedExpressionRunsInItsOwnContext) {
   qmCreateNumVar('G', "x", 5.0);
   Handle const handle = qmParseExp("x+1");

@@ -25,7 +25,7 @@ class CQMDialect {
   /** The shared list is that of the context that was there first. */
   CQMDialect(SQMReadingRules const& rules, bool firstMultiplies) : m_rules(rules) {
     LoadStandardDialect(shared, firstMultiplies);
-    LoadLocalDialect(own, rules.impliedMultiplication);
+    LoadGlobalDialect(own, rules.impliedMultiplication);
     fixer.SetOperatorLists(&shared, &own);
     fixer.SetReadingRules(rules);
   }
