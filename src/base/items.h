@@ -74,7 +74,7 @@ class CQMItemList {
     return {static_cast<std::uint32_t>(text.data() - m_text.data()), static_cast<std::uint32_t>(text.size())};
   }
   /** Keeps characters that stand in no text: those added from here on, until they are put into an item. */
-  std::string& Pool() { return m_pool; }
+  std::vector<char>& Pool() { return m_pool; }
   SQMStretch PooledSince(std::size_t poolSize) const;
 
   Items GetItems() const { return m_items; }
@@ -94,14 +94,14 @@ class CQMItemList {
  private:
   // the pool begins where the text ends
   std::string_view At(SQMStretch stretch) const {
-    return stretch.start < m_text.size()
-               ? m_text.substr(stretch.start, stretch.length)
-               : std::string_view(m_pool).substr(stretch.start - m_text.size(), stretch.length);
+    return stretch.start < m_text.size() ? m_text.substr(stretch.start, stretch.length)
+                                         : std::string_view(m_pool.data(), m_pool.size())
+                                               .substr(stretch.start - m_text.size(), stretch.length);
   }
 
   std::vector<SQMItem> m_items;
   std::string_view m_text;
-  std::string m_pool;
+  std::vector<char> m_pool;
   std::unique_ptr<char[]> m_ownText;
   EQMSource m_source = EQMSource::Infix;
 };

@@ -191,7 +191,7 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   // executor_evaluation.cpp
   class CQMWorkingItems;
   long Convert(char const* text, CQMItemList& items);
-  long Compile(CQMExpression& expression, CQMItemList items, bool optimize);
+  long Compile(CQMExpression& expression, CQMItemList&& items, bool optimize);
   template <class Store>
   void EvaluateText(char const* text, Store store);
   template <class Store>
@@ -233,7 +233,7 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   std::array<CQMResolver*, 3> m_resolvers{};  // children of this object, made on demand
   long m_lastError = Error::None;
   long m_lastParseIndex = 0;
-  std::vector<CQMItemList> m_itemLists;  // for evaluations; those in use are moved from
+  std::vector<std::unique_ptr<CQMItemList>> m_itemLists;  // for evaluations
   std::size_t m_itemListsInUse = 0;
   std::string m_conversion;  // postfix text that was asked for
   std::string m_annotation;

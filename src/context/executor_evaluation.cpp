@@ -70,13 +70,10 @@ class CQMExecutor::CQMRun {
  * so that several are in use at a time, like the frames of a stack. */
 class CQMExecutor::CQMWorkingItems {
  public:
-  explicit CQMWorkingItems(CQMExecutor& context) : m_context(context), m_place(context.m_itemListsInUse) {
-    auto& lists = m_context.m_itemLists;
-    if (m_place == lists.size()) lists.emplace_back();
-    m_items = std::move(lists[m_place]);
+  explicit CQMWorkingItems(CQMExecutor& context) : m_context(context), m_items(Take(context)) {
     ++m_context.m_itemListsInUse;
   }
-  ~CQMWorkingItems() { m_context.m_itemLists[--m_context.m_itemListsInUse] = std::move(m_items); }
+  ~CQMWorkingItems() { --m_context.m_itemListsInUse; }
   CQMWorkingItems(CQMWorkingItems const&) = delete;
   CQMWorkingItems& operator=(CQMWorkingItems const&) = delete;
 
@@ -84,9 +81,14 @@ class CQMExecutor::CQMWorkingItems {
   CQMItemList* operator->() { return &m_items; }
 
  private:
+  static CQMItemList& Take(CQMExecutor& context) {
+    auto& lists = context.m_itemLists;
+    if (context.m_itemListsInUse == lists.size()) lists.push_back(std::make_unique<CQMItemList>());
+    return *lists[context.m_itemListsInUse];
+  }
+
   CQMExecutor& m_context;
-  std::size_t m_place;
-  CQMItemList m_items;
+  CQMItemList& m_items;
 };
 
 // ---- steps ----
@@ -98,7 +100,7 @@ long CQMExecutor::Convert(char const* text, CQMItemList& items) {
   return m_lastError = code;
 }
 
-long CQMExecutor::Compile(CQMExpression& expression, CQMItemList items, bool optimize) {
+long CQMExecutor::Compile(CQMExpression& expression, CQMItemList&& items, bool optimize) {
   expression.SetCosmicSymbolTable(sm_pCosmicSymTab);
   expression.SetGlobalSymbolTable(m_globalSymbols.get());
   expression.SetOperatorFactory(m_factory.get());

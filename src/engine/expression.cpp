@@ -32,7 +32,7 @@ CQMExpression::~CQMExpression() {
 
 // ---- compiling ----
 
-long CQMExpression::SetParsedExpression(CQMItemList items, bool optimize) {
+long CQMExpression::SetParsedExpression(CQMItemList&& items, bool optimize) {
   m_definition.reset();
   m_items = std::move(items);
   return Compile({}, optimize);

@@ -41,7 +41,7 @@ class CQMExpression : public CQMLinkedObject {
 
   // ---- compiling ----
   /** Replaces what was compiled before, and keeps the items. Returns the error state. */
-  long SetParsedExpression(CQMItemList items, bool optimize);
+  long SetParsedExpression(CQMItemList&& items, bool optimize);
   /** Compiles the body of a host's operator; its parameter names stand for the datums of parameters. */
   long SetParsedExpression(std::shared_ptr<SQMOperatorDefinition const> definition,
                            std::span<CQMDatum* const> parameters, bool optimize);
