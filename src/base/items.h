@@ -13,7 +13,6 @@ namespace qumel {
 /** The marks that begin the items of postfix text. */
 namespace PostfixMark {
 constexpr char kNumber = '#', kName = '@', kString = '$', kOperator = '!', kMarkedOperator = '&', kEnd = ';';
-constexpr std::string_view kAll = "#@$!&;";
 constexpr char kLength = ':';  // ends the length of a string
 constexpr char kCount = '.';   // stands before the operand count of an operator
 }  // namespace PostfixMark
@@ -26,7 +25,6 @@ enum class EQMItem : char {
   Operator = PostfixMark::kOperator,
   MarkedOperator = PostfixMark::kMarkedOperator,  // keeps a place among the operands, which stays empty
   End = PostfixMark::kEnd,                        // of a statement
-  Unknown = '\0',                                 // in postfix text that no conversion wrote
 };
 
 /** Characters of the texts of an item list. */
@@ -35,10 +33,7 @@ struct SQMStretch {
 };
 
 struct SQMItem {
-  static constexpr std::int32_t kNoCount = -1;  // in postfix text that tells none
-
-  explicit constexpr SQMItem(EQMItem itemKind = EQMItem::Unknown, SQMStretch where = {})
-      : kind(itemKind), place(where), number(0.0) {}
+  constexpr SQMItem(EQMItem itemKind, SQMStretch where) : kind(itemKind), place(where), number(0.0) {}
 
   EQMItem kind;
   bool isInteger = false;         // of numbers: written without a fraction
@@ -56,7 +51,6 @@ static_assert(sizeof(SQMItem) == 24, "an item is to stay small");
 /** The items of a text, which must outlive the list. What is cleared keeps its memory. */
 class CQMItemList {
  public:
-  enum class EQMSource : bool { Infix, Postfix };
   using Items = std::span<SQMItem const>;
 
   CQMItemList() = default;
@@ -66,7 +60,7 @@ class CQMItemList {
   CQMItemList Kept() const;
 
   /** Begins anew. Throws bad_alloc for a text whose places do not fit into items. */
-  void Begin(std::string_view text, EQMSource source);
+  void Begin(std::string_view text);
   SQMItem& Add(EQMItem kind, SQMStretch place) { return m_items.emplace_back(kind, place); }
   void Clear() { m_items.clear(); }
   /** Where text stands, which is part of the text of the items. */
@@ -86,9 +80,9 @@ class CQMItemList {
     return At(item.kind == EQMItem::String ? item.characters : item.place);
   }
 
-  /** Appends the postfix text of an item, or of all. */
+  /** Appends the postfix text of an item, or of some. */
   void AppendPostfix(SQMItem const& item, std::string& postfix) const;
-  void AppendPostfix(std::string& postfix) const;
+  void AppendPostfix(Items items, std::string& postfix) const;
   std::string GetPostfix() const;
 
  private:
@@ -103,7 +97,6 @@ class CQMItemList {
   std::string_view m_text;
   std::vector<char> m_pool;
   std::unique_ptr<char[]> m_ownText;
-  EQMSource m_source = EQMSource::Infix;
 };
 
 }  // namespace qumel

@@ -84,7 +84,6 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   char const* ConvertExpression(char const* text);
   char* AnnotateExpression(char const* text);
   char* AnnotateExpression(CQMExpression* expression);
-  char* RevertExpression(char const* postfix);
   char* RevertExpression(CQMExpression* expression);
   char* GetParsedExpression(CQMExpression* expression);
   /** The expression as the library reads it, or the message of its error. */
@@ -198,7 +197,8 @@ class CQMExecutor : public CQMLinkedObject, public CQMOperatorContext {
   void EvaluateExpression(CQMExpression* expression, Store store);
   template <class Store>
   long Run(CQMExpression& expression, Store store);
-  long Revert(std::string_view postfix);
+  long Annotate(CQMItemList const& items);
+  long Revert(CQMItemList const& items);
   void Conclude(long code);
   // executor_results.cpp
   void StoreResult(CQMDatum* result);

@@ -48,8 +48,7 @@ class CQMExpression : public CQMLinkedObject {
   /** Compiles the items of original once more, with the names bound as they are there: a copy has operators
    * and intermediate results of its own, and shares everything else with its original, which outlives it. */
   long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
-  /** The postfix text of the items. */
-  std::string GetParsedText() const { return m_items.GetPostfix(); }
+  CQMItemList const& GetItems() const { return m_items; }
   /** Hands over the items, and their memory: what is compiled goes on without them. */
   CQMItemList ReleaseItems() { return std::move(m_items); }
   /** Before compiling: other, which lives as long as this one, keeps the definitions of host operators for

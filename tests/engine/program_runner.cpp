@@ -7,7 +7,7 @@
 #include <sstream>
 #include <unordered_map>
 
-#include "base/postfix_reader.h"
+#include "support/postfix.h"
 
 namespace qumel::test {
 
@@ -107,7 +107,7 @@ std::unique_ptr<CQMExpression> CQMTestContext::Compile(std::string_view program)
   expression->SetCosmicSymbolTable(&m_cosmic);
   expression->SetGlobalSymbolTable(&m_global);
   expression->SetOperatorFactory(&m_factory);
-  expression->SetParsedExpression(ReadPostfix(PostfixOf(program)).Kept(), true);
+  expression->SetParsedExpression(ReadPostfix(PostfixOf(program)), true);
   return expression;
 }
 

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "base/postfix_reader.h"
+#include "support/postfix.h"
 
 namespace qumel::test {
 
@@ -130,7 +130,7 @@ std::unique_ptr<CQMExpression> CQMBenchContext::Compile(std::string_view postfix
   expression->SetCosmicSymbolTable(&m_cosmic);
   expression->SetGlobalSymbolTable(&m_global);
   expression->SetOperatorFactory(&m_factory);
-  expression->SetParsedExpression(ReadPostfix(postfix).Kept(), optimize);
+  expression->SetParsedExpression(ReadPostfix(postfix), optimize);
   return expression;
 }
 
