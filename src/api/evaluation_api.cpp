@@ -96,7 +96,7 @@ char qmEvalExpHndl(unsigned long long handle) {
 }
 double qmEvalExpHndlToNum(unsigned long long handle) {
   return EvaluateExpression(handle, 0.0, [](CQMExecutor& context, CQMExpression& expression) {
-    return context.EvaluateToNumber(&expression);
+    return context.EvaluateToNumber(expression);
   });
 }
 double qmEvalExpHndlToComp(unsigned long long handle, double* imaginary) {

@@ -13,7 +13,6 @@ namespace qumel {
 CQMItemList CQMItemList::Kept() const {
   CQMItemList kept;
   kept.m_items = m_items;
-  kept.m_source = m_source;
   std::size_t const size = m_text.size() + m_pool.size();
   kept.m_ownText = std::make_unique_for_overwrite<char[]>(size);
   std::ranges::copy(m_pool, std::ranges::copy(m_text, kept.m_ownText.get()).out);
@@ -21,12 +20,11 @@ CQMItemList CQMItemList::Kept() const {
   return kept;
 }
 
-void CQMItemList::Begin(std::string_view text, EQMSource source) {
+void CQMItemList::Begin(std::string_view text) {
   m_items.clear();
   m_pool.clear();
   m_ownText.reset();
   m_text = text;
-  m_source = source;
   // characters are kept at most once beside the text
   if (text.size() > std::numeric_limits<std::uint32_t>::max() / 2) throw std::bad_alloc();
 }
@@ -37,40 +35,32 @@ SQMStretch CQMItemList::PooledSince(std::size_t poolSize) const {
 }
 
 void CQMItemList::AppendPostfix(SQMItem const& item, std::string& postfix) const {
-  if (item.kind != EQMItem::Unknown) postfix += static_cast<char>(item.kind);
+  postfix += static_cast<char>(item.kind);
   switch (item.kind) {
-    case EQMItem::Number:
-      if (m_source == EQMSource::Infix) {
-        AppendLiteral(Written(item), postfix);
-      } else {
-        postfix += Written(item);
-      }
-      break;
+    case EQMItem::Number: AppendLiteral(Written(item), postfix); break;
+    case EQMItem::Name: postfix += Written(item); break;
     case EQMItem::String:
       postfix += DecimalText(static_cast<long>(item.characters.length));
       postfix += PostfixMark::kLength;
       postfix += Characters(item);
       break;
     case EQMItem::Operator:
-    case EQMItem::MarkedOperator:
       postfix += DecimalText(item.id);
-      if (item.kind == EQMItem::Operator && item.operandCount != SQMItem::kNoCount) {
-        postfix += PostfixMark::kCount;
-        postfix += DecimalText(item.operandCount);
-      }
+      postfix += PostfixMark::kCount;
+      postfix += DecimalText(item.operandCount);
       break;
+    case EQMItem::MarkedOperator: postfix += DecimalText(item.id); break;
     case EQMItem::End: break;
-    default: postfix += Written(item);
   }
 }
 
-void CQMItemList::AppendPostfix(std::string& postfix) const {
-  for (SQMItem const& item : m_items) AppendPostfix(item, postfix);
+void CQMItemList::AppendPostfix(Items items, std::string& postfix) const {
+  for (SQMItem const& item : items) AppendPostfix(item, postfix);
 }
 
 std::string CQMItemList::GetPostfix() const {
   std::string postfix;
-  AppendPostfix(postfix);
+  AppendPostfix(m_items, postfix);
   return postfix;
 }
 

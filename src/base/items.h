@@ -13,7 +13,6 @@ namespace qumel {
 /** The marks that begin the items of postfix text. */
 namespace PostfixMark {
 constexpr char kNumber = '#', kName = '@', kString = '$', kOperator = '!', kMarkedOperator = '&', kEnd = ';';
-constexpr std::string_view kAll = "#@$!&;";
 constexpr char kLength = ':';  // ends the length of a string
 constexpr char kCount = '.';   // stands before the operand count of an operator
 }  // namespace PostfixMark
@@ -26,7 +25,6 @@ enum class EQMItem : char {
   Operator = PostfixMark::kOperator,
   MarkedOperator = PostfixMark::kMarkedOperator,  // keeps a place among the operands, which stays empty
   End = PostfixMark::kEnd,                        // of a statement
-  Unknown = '\0',                                 // in postfix text that no conversion wrote
 };
 
 /** Characters of the texts of an item list. */
@@ -35,10 +33,7 @@ struct SQMStretch {
 };
 
 struct SQMItem {
-  static constexpr std::int32_t kNoCount = -1;  // in postfix text that tells none
-
-  explicit constexpr SQMItem(EQMItem itemKind = EQMItem::Unknown, SQMStretch where = {})
-      : kind(itemKind), place(where), number(0.0) {}
+  constexpr SQMItem(EQMItem itemKind, SQMStretch where) : kind(itemKind), place(where), number(0.0) {}
 
   EQMItem kind;
   bool isInteger = false;         // of numbers: written without a fraction
@@ -61,7 +56,6 @@ constexpr bool IsOperand(SQMItem const& item) {
 /** The items of a text, which must outlive the list. What is cleared keeps its memory. */
 class CQMItemList {
  public:
-  enum class EQMSource : bool { Infix, Postfix };
   using Items = std::span<SQMItem const>;
 
   CQMItemList() = default;
@@ -71,7 +65,7 @@ class CQMItemList {
   CQMItemList Kept() const;
 
   /** Begins anew. Throws bad_alloc for a text whose places do not fit into items. */
-  void Begin(std::string_view text, EQMSource source);
+  void Begin(std::string_view text);
   SQMItem& Add(EQMItem kind, SQMStretch place) { return m_items.emplace_back(kind, place); }
   void Clear() { m_items.clear(); }
   /** Where text stands, which is part of the text of the items. */
@@ -79,7 +73,7 @@ class CQMItemList {
     return {static_cast<std::uint32_t>(text.data() - m_text.data()), static_cast<std::uint32_t>(text.size())};
   }
   /** Keeps characters that stand in no text: those added from here on, until they are put into an item. */
-  std::string& Pool() { return m_pool; }
+  std::vector<char>& Pool() { return m_pool; }
   SQMStretch PooledSince(std::size_t poolSize) const;
 
   Items GetItems() const { return m_items; }
@@ -93,24 +87,23 @@ class CQMItemList {
     return At(item.kind == EQMItem::String ? item.characters : item.place);
   }
 
-  /** Appends the postfix text of an item, or of all. */
+  /** Appends the postfix text of an item, or of some. */
   void AppendPostfix(SQMItem const& item, std::string& postfix) const;
-  void AppendPostfix(std::string& postfix) const;
+  void AppendPostfix(Items items, std::string& postfix) const;
   std::string GetPostfix() const;
 
  private:
   // the pool begins where the text ends
   std::string_view At(SQMStretch stretch) const {
-    return stretch.start < m_text.size()
-               ? m_text.substr(stretch.start, stretch.length)
-               : std::string_view(m_pool).substr(stretch.start - m_text.size(), stretch.length);
+    return stretch.start < m_text.size() ? m_text.substr(stretch.start, stretch.length)
+                                         : std::string_view(m_pool.data(), m_pool.size())
+                                               .substr(stretch.start - m_text.size(), stretch.length);
   }
 
   std::vector<SQMItem> m_items;
   std::string_view m_text;
-  std::string m_pool;
+  std::vector<char> m_pool;
   std::unique_ptr<char[]> m_ownText;
-  EQMSource m_source = EQMSource::Infix;
 };
 
 }  // namespace qumel

@@ -196,16 +196,6 @@ SQMBasedNumber BasedTextToNumber(std::string_view text) {
   return ValueOf(MovePoint(digits.substr(0, mark), toTheLeft, exponent), base);
 }
 
-SQMBasedNumber LiteralToNumber(std::string_view text) {
-  std::string folded;
-  for (std::size_t i = 1; i < text.size(); ++i) {  // only the base letter in front keeps its case
-    if (text[i] < 'a' || text[i] > 'z') continue;
-    if (folded.empty()) folded = text;
-    folded[i] = static_cast<char>(text[i] - 'a' + 'A');
-  }
-  return BasedTextToNumber(folded.empty() ? text : folded);
-}
-
 // Most literals are decimal numbers without an exponent; they are read in one pass, by the arithmetic of
 // ValueOf.
 SQMBasedNumber ReadLiteral(std::string_view written) {
@@ -230,7 +220,10 @@ SQMBasedNumber ReadLiteral(std::string_view written) {
   }
   std::string literal;
   AppendLiteral(written, literal);
-  return LiteralToNumber(literal);
+  std::for_each(literal.begin() + 1, literal.end(), [](char& c) {  // the base letter in front keeps its case
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+  });
+  return BasedTextToNumber(literal);
 }
 
 void AppendLiteral(std::string_view written, std::string& out) {

@@ -56,10 +56,8 @@ struct SQMBasedNumber {
 /** The value of a literal: a base letter, digits, perhaps a point, perhaps an exponent ("X", or "E" where it
  * is no digit). An unknown base letter gives 0. Letters are digits only as the digit table writes them. */
 SQMBasedNumber BasedTextToNumber(std::string_view text);
-/** The same with digits in either case. */
-SQMBasedNumber LiteralToNumber(std::string_view text);
-
-/** The value of a literal as infix texts have it: perhaps a base mark, and a point or a comma. */
+/** The value of a literal as infix texts have it: perhaps a base mark, and a point or a comma; digits in
+ * either case. */
 SQMBasedNumber ReadLiteral(std::string_view written);
 /** Appends a literal of an infix text as BasedTextToNumber reads it: the base letter, then the literal
  * without its mark and with a point for a comma. Of a base mark the 0 stays. */

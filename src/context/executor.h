@@ -14,6 +14,7 @@
 #include "base/errors.h"
 #include "base/items.h"
 #include "context/settings.h"
+#include "engine/expression.h"
 #include "engine/operator_context.h"
 #include "language/operator_list.h"
 #include "language/post_fixer.h"
@@ -27,7 +28,6 @@ class CQMDatum;
 class CQMExpression;
 class CQMOperatorFactory;
 class CQMResolver;
-struct SQMFrame;
 struct SQMResultView;
 struct SQMCaller;
 
@@ -73,7 +73,17 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   bool EvaluateToBoolean(char const* text);
   char* EvaluateToString(char const* text);
   char Evaluate(CQMExpression* expression);
-  double EvaluateToNumber(CQMExpression* expression);
+  double EvaluateToNumber(CQMExpression& expression) {
+    // Formulas on numbers, which hosts evaluate by the million, need nothing else.
+    CQMDetachedProgram* const program = expression.GetNumericProgram();
+    if (program == nullptr) [[unlikely]] return EvaluateToNumberAtLength(expression);
+    long const status = program->Run();
+    m_lastError = Error::None;
+    if (status != Error::None) [[unlikely]] return FollowNumericProgram(expression, status);
+    double const result = program->GetNumber();
+    StoreNumber(TypeLetter::kNumber, result, 0.0);
+    return result;
+  }
   double EvaluateToComplex(CQMExpression* expression, double* imaginary);
   bool EvaluateToBoolean(CQMExpression* expression);
   char* EvaluateToString(CQMExpression* expression);
@@ -85,7 +95,6 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   char const* ConvertExpression(char const* text);
   char* AnnotateExpression(char const* text);
   char* AnnotateExpression(CQMExpression* expression);
-  char* RevertExpression(char const* postfix);
   char* RevertExpression(CQMExpression* expression);
   char* GetParsedExpression(CQMExpression* expression);
   /** The expression as the library reads it, or the message of its error. */
@@ -197,11 +206,12 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   void EvaluateExpression(CQMExpression* expression, Store store);
   template <class Store>
   long Run(CQMExpression& expression, Store store);
-  long Revert(std::string_view postfix);
+  long Annotate(CQMItemList const& items);
+  long Revert(CQMItemList const& items);
   void Conclude(long code);
   // executor_results.cpp
-  double EvaluateToNumberAtLength(CQMExpression* expression);
-  double FollowNumericProgram(CQMExpression& expression, SQMFrame const& frame);
+  double EvaluateToNumberAtLength(CQMExpression& expression);
+  double FollowNumericProgram(CQMExpression& expression, long status);
   void StoreResult(SQMResultView const& result);
   void StoreAsNumber(SQMResultView const& result);
   void StoreAsComplex(SQMResultView const& result, double* imaginary);

@@ -27,13 +27,6 @@ void Prepare(std::string& buffer, std::size_t size) {
   buffer.reserve(std::max(size, CQMExecutor::kResultSize));
 }
 
-/** A first guess, and for very long texts none: what they need more is found when they need it. */
-std::size_t ConvertedSize(std::string_view text) {
-  constexpr std::size_t kLongestGuessed = 1U << 28;
-  return static_cast<std::size_t>(
-      CQMPostFixer::EstimateConvertedSize(static_cast<long>(std::min(text.size(), kLongestGuessed))));
-}
-
 }  // namespace
 
 /** Keeps the expression that a context runs alive: a callback may ask for its deletion. */
@@ -169,29 +162,14 @@ char CQMExecutor::Evaluate(CQMExpression* expression) {
   return m_lastType;
 }
 
-double CQMExecutor::EvaluateToNumber(CQMExpression* expression) {
-  // Formulas on numbers, which hosts evaluate by the million, need nothing else.
-  CQMDetachedProgram* const program = expression->GetNumericProgram();
-  if (program == nullptr) [[unlikely]]
-    return EvaluateToNumberAtLength(expression);
-  SQMFrame frame(program->Begin());
-  program->Run(frame, m_angle.toRadians);
-  m_lastError = Error::None;
-  if (frame.status != Error::None) [[unlikely]]
-    return FollowNumericProgram(*expression, frame);
-  double const result = program->GetNumber();
-  StoreNumber(TypeLetter::kNumber, result, 0.0);
-  return result;
-}
-
-[[gnu::noinline]] double CQMExecutor::EvaluateToNumberAtLength(CQMExpression* expression) {
-  EvaluateExpression(expression, [this](SQMResultView const& result) { StoreAsNumber(result); });
+double CQMExecutor::EvaluateToNumberAtLength(CQMExpression& expression) {
+  EvaluateExpression(&expression, [this](SQMResultView const& result) { StoreAsNumber(result); });
   return m_lastReal;
 }
 
-[[gnu::noinline]] double CQMExecutor::FollowNumericProgram(CQMExpression& expression, SQMFrame const& frame) {
+double CQMExecutor::FollowNumericProgram(CQMExpression& expression, long status) {
   Conclude(CodeOf([&] {
-    long const code = expression.FollowNumericProgram(frame.status, frame.position);
+    long const code = expression.FollowNumericProgram(status);
     if (code == Error::None) StoreAsNumber(expression.GetResult());
     return code;
   }));
@@ -254,7 +232,7 @@ char const* CQMExecutor::ConvertExpression(char const* text) {
     m_conversion.clear();
     CQMWorkingItems items(*this);
     if (long const code = Convert(text, *items); code != Error::None) return code;
-    items->AppendPostfix(m_conversion);
+    m_conversion = items->GetPostfix();
     return Error::None;
   });
   return m_conversion.c_str();
@@ -262,46 +240,41 @@ char const* CQMExecutor::ConvertExpression(char const* text) {
 
 char* CQMExecutor::AnnotateExpression(char const* text) {
   m_annotation.clear();
-  if (ConvertExpression(text); m_lastError != Error::None) return m_annotation.data();
   m_lastError = CodeOf([&]() -> long {
-    Prepare(m_annotation, ConvertedSize(m_conversion));
-    m_postFixer->AnnotateExpression(m_conversion, m_annotation);
-    return Error::None;
+    CQMWorkingItems items(*this);
+    if (long const code = Convert(text, *items); code != Error::None) return code;
+    return Annotate(*items);
   });
   return m_annotation.data();
 }
 
 char* CQMExecutor::AnnotateExpression(CQMExpression* expression) {
   m_annotation.clear();
-  m_lastError = CodeOf([&]() -> long {
-    if (expression == nullptr) return Error::NotFound;
-    std::string const postfix = expression->GetParsedText();
-    Prepare(m_annotation, ConvertedSize(postfix));
-    m_postFixer->AnnotateExpression(postfix, m_annotation);
-    return Error::None;
+  m_lastError = CodeOf([&] {
+    return expression != nullptr ? Annotate(expression->GetItems()) : static_cast<long>(Error::NotFound);
   });
   return m_annotation.data();
 }
 
-char* CQMExecutor::RevertExpression(char const* postfix) {
-  m_reversion.clear();
-  m_lastError = CodeOf([&] { return Revert(TextOf(postfix)); });
-  return m_reversion.data();
+long CQMExecutor::Annotate(CQMItemList const& items) {
+  Prepare(m_annotation, items.Count());
+  m_postFixer->AnnotateExpression(items, m_annotation);
+  return Error::None;
 }
 
 char* CQMExecutor::RevertExpression(CQMExpression* expression) {
   m_reversion.clear();
   m_lastError = CodeOf([&] {
-    return expression != nullptr ? Revert(expression->GetParsedText()) : static_cast<long>(Error::NotFound);
+    return expression != nullptr ? Revert(expression->GetItems()) : static_cast<long>(Error::NotFound);
   });
   return m_reversion.data();
 }
 
-long CQMExecutor::Revert(std::string_view postfix) {
+long CQMExecutor::Revert(CQMItemList const& items) {
   if (!m_initialized) return Error::NotInitialized;
-  Prepare(m_reversion, 2 * postfix.size());
+  Prepare(m_reversion, items.Count());
   long const code =
-      m_postFixer->RevertExpression(postfix, m_reversion, m_postFixer->GetReadingRules().quoteMark);
+      m_postFixer->RevertExpression(items, m_reversion, m_postFixer->GetReadingRules().quoteMark);
   if (code != Error::None) m_reversion.clear();  // half a text is no text
   return code;
 }
@@ -311,7 +284,7 @@ char* CQMExecutor::GetParsedExpression(CQMExpression* expression) {
   if (expression == nullptr) {
     m_lastError = Error::NotFound;
   } else if (long const code = CodeOf([&]() -> long {
-               m_conversion = expression->GetParsedText();
+               m_conversion = expression->GetItems().GetPostfix();
                return Error::None;
              });
              code != Error::None) {
@@ -321,9 +294,14 @@ char* CQMExecutor::GetParsedExpression(CQMExpression* expression) {
 }
 
 char const* CQMExecutor::CheckExpression(char const* text) {
-  if (ConvertExpression(text); m_lastError != Error::None) return GetLastErrorText();
-  m_lastError = CodeOf([&] { return Revert(m_conversion); });
-  return m_reversion.c_str();
+  bool isConverted = false;
+  m_lastError = CodeOf([&]() -> long {
+    CQMWorkingItems items(*this);
+    if (long const code = Convert(text, *items); code != Error::None) return code;
+    isConverted = true;
+    return Revert(*items);
+  });
+  return isConverted ? m_reversion.c_str() : GetLastErrorText();
 }
 
 }  // namespace qumel

@@ -8,8 +8,8 @@ namespace qumel {
 
 namespace {
 
-/** One for its result, and two for operands that are literals: no step on numbers takes more. */
-constexpr std::size_t kMostSlotsAnOperator = 3;
+/** One for its result, and one for each operand that may be a literal: no step on numbers takes more. */
+constexpr std::size_t kMostSlotsAnOperator = 5;
 
 /** Operators and literals have no slots yet. */
 void ForgetSlots(std::span<CQMOperator* const> operators) {
@@ -39,10 +39,12 @@ std::unique_ptr<CQMDetachedProgram> CQMDetachedProgram::Make(std::span<CQMOperat
     made->m_slots.reserve(counted.size());
     ForgetSlots(operators);
     result.SetSlot(CQMDatum::kNoSlot);
-    CQMStepMaker maker(operators, made->m_steps, expression, made->m_toRadians, EQMWay::Joined, slots);
+    CQMStepMaker maker(operators, made->m_steps, expression, expression.GetContext().GetAngleFactorToRadians(),
+                       EQMWay::Joined, slots);
     if (!maker.MakeAll() || maker.NeedsObjects()) return nullptr;
     made->m_result = maker.PlaceOf(result);
   }
+  made->m_frame.begin = made->m_steps.data();
   result.SetBound();
   made->m_type = type;
   return made;
@@ -85,7 +87,9 @@ void CQMDetachedProgram::HandOver(std::span<CQMOperator* const> operators, CQMEx
   std::vector<SQMStep> steps;
   std::vector<SQMSlot> slots;
   slots.reserve(kMostSlotsAnOperator * operators.size() + 1);
-  CQMStepMaker(operators, steps, expression, m_toRadians, EQMWay::Joined, &slots).MakeAll();
+  CQMStepMaker(operators, steps, expression, expression.GetContext().GetAngleFactorToRadians(), EQMWay::Joined,
+               &slots)
+      .MakeAll();
   for (CQMOperator const* const op : operators) {
     CQMDatum* const result = op->GetResultOperand();
     if (result == nullptr || result->GetSlot() == CQMDatum::kNoSlot) continue;

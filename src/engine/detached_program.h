@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "base/items.h"
@@ -31,32 +32,35 @@ class CQMDetachedProgram {
   double GetNumber() const { return NumberAt(m_result); }
   SQMResultView GetResult() const;
 
-  SQMStep const* Begin() const { return m_steps.data(); }
-  /** Runs all steps, in a frame that begins with them. A run can neither call the host nor throw. */
-  void Run(SQMFrame& frame, double toRadians) {
-    m_toRadians = toRadians;
-    SQMStep const* step = frame.begin;
+  /** Runs all steps, and returns why they ended before the last one if they did. A run can neither call the host
+   * nor throw, so that there is only one at a time. */
+  long Run() {
+    SQMStep const* step = m_steps.data();
 #if QUMEL_STEPS_RETURN
-    while (step != nullptr) step = step->function(step, frame, frame.carried);
+    while (step != nullptr) step = step->function(step, m_frame, m_frame.carried);
 #else
-    step->function(step, frame, 0.0);
+    step->function(step, m_frame, 0.0);
 #endif
+    return m_frame.status == Error::None ? static_cast<long>(Error::None) : TakeStatus();
   }
+  /** The position of the operator that gave the status. */
+  long EndPosition() const { return m_frame.position; }
 
   /** Hands the values of the last run to operators that were compiled anew. */
   void HandOver(std::span<CQMOperator* const> operators, CQMExpression const& expression);
 
  private:
   CQMDetachedProgram() = default;
+  long TakeStatus() { return std::exchange(m_frame.status, Error::None); }
   static std::uint64_t SignatureOf(CQMItemList const& items);
 
+  SQMFrame m_frame{nullptr};
   std::vector<SQMStep> m_steps;
   std::vector<SQMSlot> m_slots;
   std::byte* m_result = nullptr;
   EQMDataType m_type = EQMDataType::Number;
   std::uint32_t m_epoch = 0;
   std::uint64_t m_signature = 0;  // of the names' types and storage
-  double m_toRadians = 1.0;       // when the run began
 };
 
 }  // namespace qumel

@@ -32,7 +32,7 @@ CQMExpression::~CQMExpression() {
 
 // ---- compiling ----
 
-long CQMExpression::SetParsedExpression(CQMItemList items, bool optimize) {
+long CQMExpression::SetParsedExpression(CQMItemList&& items, bool optimize) {
   ReleaseCompilation();
   m_definition.reset();
   m_ownItems = std::make_unique<CQMItemList>(std::move(items));
@@ -68,7 +68,7 @@ long CQMExpression::SetCopyOf(CQMExpression& original, std::span<CQMDatum* const
 /** Nothing of an earlier compilation is left by now. */
 long CQMExpression::Compile(std::span<CQMDatum* const> parameters, bool optimize) {
   ReleaseReferences(m_references);
-  m_detached.reset();
+  ReleaseDetached();
   m_isOptimized = optimize;
   m_complexMode = false;
   long const code = CompileItems(parameters);
@@ -133,11 +133,25 @@ void CQMExpression::FollowModes() {
 
 // ---- detached expressions ----
 
+/** Whether all names are known, and those of the expression itself keep the types that they have. */
+bool CQMExpression::HasDetachableNames() const {
+  if (!m_compilation->names.empty()) return false;
+  return m_locals == nullptr || std::ranges::all_of(m_locals->symbols, [](auto const& symbol) {
+           return !symbol->IsArray() &&
+                  (symbol->GetType() == EQMDataType::Number || symbol->IsBoolean());
+         });
+}
+
+void CQMExpression::ReleaseDetached() {
+  m_numericProgram = nullptr;
+  m_detached.reset();
+}
+
 void CQMExpression::Detach() {
   // Names of the expression itself may be of any type when it is compiled again, those in tables are what a
   // text finds there.
   bool const mayBe = m_runnable && !m_complexMode && m_definition == nullptr && m_original == nullptr &&
-                     m_locals == nullptr && m_compilation->names.empty() && Program().IsQuiet();
+                     HasDetachableNames() && Program().IsQuiet();
   CQMDatum* const result = GetResultDatum();
   if (!mayBe || result == nullptr || m_ownItems == nullptr) return;
   std::unique_ptr<CQMDetachedProgram> detached =
@@ -152,6 +166,7 @@ void CQMExpression::Detach() {
   m_compilation->references.clear();
   detached->Sign(*m_ownItems);
   m_detached = std::move(detached);
+  if (m_detached->HasNumber()) m_numericProgram = m_detached.get();
   m_context.GiveBack(std::move(m_compilation));
 }
 
@@ -179,14 +194,12 @@ void CQMExpression::GiveUpRestoring() {
 long CQMExpression::ResolveDetached() {
   if (!m_detached->IsCurrent() && !m_detached->RemainsCurrent(*m_ownItems)) {
     if (long const code = Restore(); code != Error::None) return code;
-    m_detached.reset();
+    ReleaseDetached();
     if (m_complexMode) EnterComplexMode();
     Detach();
     return Resolve();
   }
-  SQMFrame frame(m_detached->Begin());
-  m_detached->Run(frame, m_context.GetAngleFactorToRadians());
-  return FollowNumericProgram(frame.status, frame.position);
+  return FollowNumericProgram(m_detached->Run());
 }
 
 /** Goes on from the operator that asked for complex evaluation, with the values that the others have. */
@@ -194,12 +207,10 @@ long CQMExpression::ContinueInComplex(long position) {
   if (!m_context.MayBecomeComplex()) return Error::ResultIsComplex;
   if (long const code = Restore(); code != Error::None) return code;
   m_detached->HandOver(m_compilation->operators, *this);
-  m_detached.reset();
+  ReleaseDetached();
   EnterComplexMode();
   CQMTemporaryValue<bool> const running(m_isRunning, true);
-  long const status = m_resolver->Resolve(m_compilation->program, position);
-  AcceptPromotions();
-  return status;
+  return ConcludeRun(m_resolver->Resolve(m_compilation->program, position), position);
 }
 
 // ---- symbols ----
@@ -309,6 +320,10 @@ long CQMExpression::Resolve() {
     }
   }
   if (status == Status::NeedsComplex) status = m_resolver->Resolve(m_compilation->program, position);
+  return ConcludeRun(status, position);
+}
+
+long CQMExpression::ConcludeRun(long status, long position) {
   if (m_complexMode) AcceptPromotions();
   if (status != Status::Stop) return status;
   m_stopPosition = position;

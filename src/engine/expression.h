@@ -39,7 +39,7 @@ class CQMExpression : public CQMLinkedObject {
 
   // ---- compiling ----
   /** Replaces what was compiled before, and keeps the items. Returns the error state. */
-  long SetParsedExpression(CQMItemList items, bool optimize);
+  long SetParsedExpression(CQMItemList&& items, bool optimize);
   /** Compiles the items of converted once, with the memory that it brings along. */
   long SetConvertedExpression(std::unique_ptr<SQMCompilation> converted);
   /** Compiles the body of a host's operator; its parameter names stand for the datums of parameters. */
@@ -48,8 +48,7 @@ class CQMExpression : public CQMLinkedObject {
   /** Compiles the items of original once more, with the names bound as they are there: a copy has operators
    * and intermediate results of its own, and shares everything else with its original, which outlives it. */
   long SetCopyOf(CQMExpression& original, std::span<CQMDatum* const> parameters);
-  /** The postfix text of the items. */
-  std::string GetParsedText() const { return m_items != nullptr ? m_items->GetPostfix() : std::string(); }
+  CQMItemList const& GetItems() const { return *m_items; }
   /** After compiling: lets go of what the program can do without, if it can: of most expressions on numbers
    * only the steps and their values are left. What goes is made again when a run asks for it. */
   void Detach();
@@ -80,12 +79,12 @@ class CQMExpression : public CQMLinkedObject {
   long Resolve();
   /** The program of a detached expression that can run as it stands and comes to a number; null otherwise. */
   CQMDetachedProgram* GetNumericProgram() const {
-    CQMDetachedProgram* const program = m_detached.get();
-    return program != nullptr && program->IsCurrent() && program->HasNumber() ? program : nullptr;
+    CQMDetachedProgram* const program = m_numericProgram;
+    return program != nullptr && program->IsCurrent() ? program : nullptr;
   }
-  /** Goes on where a run of that program ended. */
-  long FollowNumericProgram(long status, long position) {
-    return status == Status::NeedsComplex ? ContinueInComplex(position) : status;
+  /** Goes on where a run of a detached program ended. */
+  long FollowNumericProgram(long status) {
+    return status == Status::NeedsComplex ? ContinueInComplex(m_detached->EndPosition()) : status;
   }
   /** The result of the last run. Texts live until the next run and as long as the expression. */
   SQMResultView GetResult() const;
@@ -134,7 +133,10 @@ class CQMExpression : public CQMLinkedObject {
   long Restore();
   void GiveUpRestoring();
   long ResolveDetached();
+  bool HasDetachableNames() const;
+  void ReleaseDetached();
   long ContinueInComplex(long position);
+  long ConcludeRun(long status, long position);
   CQMProgram const& Program() const { return m_compilation->program; }
   CQMExpression& CopyForNewRun();
   void FollowModes();
@@ -193,6 +195,7 @@ class CQMExpression : public CQMLinkedObject {
   std::unique_ptr<CQMItemList> m_ownItems;  // of a detached expression with its names bound
   std::unique_ptr<SQMLocals> m_locals;
   std::unique_ptr<SQMCompilation> m_compilation;   // null before the first, and of a detached expression
+  CQMDetachedProgram* m_numericProgram = nullptr;  // what m_detached holds, where it comes to a number
   std::unique_ptr<CQMDetachedProgram> m_detached;  // what is left of a detached one
   std::vector<CQMDatum*> m_references;             // of a detached one, to table symbols
   std::shared_ptr<SQMOperatorDefinition const> m_definition;

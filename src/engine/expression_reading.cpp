@@ -33,7 +33,6 @@ long CQMExpression::CreateTokenLists(std::span<CQMDatum* const> parameters) {
         m_nextScope = Scope::kDefault;
         m_nextComplexity = Complexity::kDefault;
         break;
-      default: return Fail(Error::BadExpression);
     }
   }
   return Error::None;

@@ -31,10 +31,10 @@ struct SQMFrame {
 
   SQMStep const* begin;       // of the steps; a step's distance from it is the position of its operator
   long status = Error::None;  // why the run ended
-  long position;              // of the operator that ended it, or to go on with
+  long position = 0;          // of the operator that ended it, or to go on with
   // of runs that may work on datums
-  CQMProgram* program;
-  CQMExpression* expression;
+  CQMProgram* program = nullptr;
+  CQMExpression* expression = nullptr;
 #if QUMEL_STEPS_RETURN
   double carried = 0.0;  // from the step that has returned to the next
 #endif
@@ -67,6 +67,7 @@ struct SQMStep {
     CQMDatum* resultDatum;
   };
   union {
+    std::byte* third;         // addresses of more operands
     CQMOperator* object;      // of the operators of hosts
     CQMDatum* element;        // of an index
     SQMStep const* whenTrue;  // of jumps and branches
@@ -76,7 +77,10 @@ struct SQMStep {
     bool isLastOfStatement;   // of what may change its type there
     double constant;          // of a folded operator
   };
-  SQMStep const* whenFalse;  // of branches
+  union {
+    SQMStep const* whenFalse;  // of branches
+    std::byte* fourth;
+  };
 };
 
 /** Where a step finds an operand. */

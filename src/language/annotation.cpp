@@ -1,6 +1,4 @@
-// Postfix text laid out one item a line, with the readable token of each item beside it.
-#include "base/number_text.h"
-#include "base/postfix_reader.h"
+// Items as postfix text, laid out one a line with the readable token of each beside it.
 #include "language/post_fixer.h"
 
 namespace qumel {
@@ -9,10 +7,6 @@ namespace {
 
 constexpr char kLineFeed = '\n';
 constexpr std::size_t kShortLine = 8;  // its line feed included; such a line takes a second tab
-
-bool IsOperand(char mark) {
-  return mark == PostfixMark::kNumber || mark == PostfixMark::kName || mark == PostfixMark::kString;
-}
 
 /** Appends note behind the item that begins the last line, which is at lineBegin unless item itself holds
  * lines. */
@@ -26,23 +20,20 @@ void AppendNote(std::string_view note, std::size_t lineBegin, std::string_view i
 
 }  // namespace
 
-void CQMPostFixer::AnnotateExpression(std::string_view postfix, std::string& text) const {
+void CQMPostFixer::AnnotateExpression(CQMItemList const& items, std::string& text) const {
   text = kLineFeed;
-  CQMPostfixReader reader(postfix);
-  for (std::string_view rest = postfix; !rest.empty();) {
-    SQMPostfixItem item;
-    reader.Next(item);
-    std::string_view const whole = rest.substr(0, rest.size() - reader.GetRest().size());
-    rest = reader.GetRest();
+  std::string whole;
+  for (SQMItem const& item : items.GetItems()) {
+    whole.clear();
+    items.AppendPostfix(item, whole);
     std::size_t const lineBegin = text.size();
-    if (item.mark != '\0') text += kLineFeed;
+    text += kLineFeed;
     text += whole;
-    if (IsOperand(item.mark)) {
-      AppendNote(whole.substr(1), lineBegin, whole, text);
-    } else if (item.mark == PostfixMark::kOperator) {
-      long const id = ParseLong(item.text.substr(0, item.text.find(PostfixMark::kCount)));
-      CQMOpInfoRef const info = m_search.FindById(id);
+    if (item.kind == EQMItem::Operator) {
+      CQMOpInfoRef const info = m_search.FindById(item.id);
       if (info != nullptr) AppendNote(info->token, lineBegin, whole, text);
+    } else if (item.kind != EQMItem::MarkedOperator && item.kind != EQMItem::End) {
+      AppendNote(std::string_view(whole).substr(1), lineBegin, whole, text);
     }
   }
 }

@@ -66,19 +66,21 @@ class CQMConversion::CQMRun {
 
   // text = {token}, read with one token of look-ahead
   long Convert() {
-    SQMReadToken tokens[2];
-    SQMReadToken *token = &tokens[0], *next = &tokens[1];
-    if (long const code = Read(*token); code != Error::None) return code;
-    if (token->itemClass == EQMItemClass::End) return Error::None;
-    for (; token->itemClass != EQMItemClass::End; std::swap(token, next)) {
-      if (long const code = Read(*next); code != Error::None) return code;
-      if (long const code = Add(*token, next->itemClass); code != Error::None) return code;
-      bool const multiplies = m_rules.impliedMultiplication && EndsFactor(token->itemClass, token->rows) &&
-                              BeginsFactor(next->itemClass, next->rows);
+    SQMReadToken token, next;
+    for (bool isFirst = true;; isFirst = false, token = next) {
+      if (long const code = Read(next); code != Error::None) return code;
+      bool const isLast = next.itemClass == EQMItemClass::End;
+      if (isFirst) {
+        if (isLast) return Error::None;
+        continue;
+      }
+      if (long const code = Add(token, next.itemClass); code != Error::None) return code;
+      if (isLast) return EndText(next);
+      bool const multiplies = m_rules.impliedMultiplication && EndsFactor(token.itemClass, token.rows) &&
+                              BeginsFactor(next.itemClass, next.rows);
       if (!multiplies) continue;
-      if (long const code = InsertMultiplication(*next); code != Error::None) return code;
+      if (long const code = InsertMultiplication(next); code != Error::None) return code;
     }
-    return EndText(*token);
   }
 
   std::size_t GetPosition() const { return m_tokenizer.GetPosition(); }
@@ -92,9 +94,11 @@ class CQMConversion::CQMRun {
 
   long Read(SQMReadToken& token) {
     m_tokenizer.Next(token);
-    if (token.isOpen) return Error::UnknownToken;
     bool const isSign = token.itemClass == EQMItemClass::Operator;
-    if (!isSign && token.itemClass != EQMItemClass::Name) return Error::None;
+    if (!isSign && token.itemClass != EQMItemClass::Name) {
+      bool const isOpen = token.itemClass == EQMItemClass::String && token.isOpen;
+      return isOpen ? Error::UnknownToken : Error::None;
+    }
     token.rows = m_search.Find(token.written, m_held);
     if (token.rows.IsOperator()) token.itemClass = EQMItemClass::Operator;
     return isSign && !token.rows.IsOperator() ? Error::UnknownOperator : Error::None;
@@ -171,18 +175,17 @@ class CQMConversion::CQMRun {
   std::size_t PendingBegin() const { return m_levels.empty() ? 0 : m_levels.back().pendingCount; }
 
   void ReleasePending() {
-    SQMPending const pending = m_pending.back();
-    m_pending.pop_back();
+    SQMPending const& pending = m_pending.back();
     CQMOpInfo const& info = *pending.info;
-    if (IsMarked(info.fix)) {
-      m_items.Add(EQMItem::MarkedOperator, pending.place).id = info.id;
-      return;
-    }
-    SQMItem& item = m_items.Add(EQMItem::Operator, pending.place);
+    bool const isMarked = IsMarked(info.fix);
+    SQMItem& item = m_items.Add(isMarked ? EQMItem::MarkedOperator : EQMItem::Operator, pending.place);
     item.id = info.id;
-    item.operandCount = CountOperands(pending);
-    m_values += ResultsOf(info.id) - item.operandCount;
-    TakeOperands(info, item);
+    if (!isMarked) {
+      item.operandCount = CountOperands(pending);
+      m_values += ResultsOf(info.id) - item.operandCount;
+      TakeOperands(info, item);
+    }
+    m_pending.pop_back();
   }
 
   void UnstackExpression() {

@@ -263,7 +263,7 @@ bool CQMFragmentReversion::Suits(SQMFragment const& fragment) const {
 
 void CQMFragmentReversion::SetEdges(SQMFragment& fragment) const {
   if (fragment.op == nullptr) {
-    fragment.first = fragment.last = {ItemClassOfOperand(fragment.item.mark)};
+    fragment.first = fragment.last = {ItemClassOfOperand(fragment.item->kind)};
     return;
   }
   if (fragment.shape == EQMShape::Within) {

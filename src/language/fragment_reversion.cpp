@@ -1,4 +1,4 @@
-// Reading postfix text into fragments: which operands each operator takes.
+// Reading items into fragments: which operands each operator takes.
 #include "language/fragment_reversion.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ CQMFragmentReversion::CQMFragmentReversion(SQMReadingRules const& rules,
     : m_rules(rules), m_style(style) {
   for (SQMReversionItem const& item : items) {
     if (item.op != nullptr) {
-      AddOperator(*item.op, item.operandCount);
+      AddOperator(*item.op, item.item->operandCount);
     } else {
       SQMFragment operand;
       operand.item = item.item;

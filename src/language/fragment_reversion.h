@@ -1,4 +1,4 @@
-// Postfix text turned back into infix text.
+// The items of a statement turned back into infix text.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace qumel {
 
-/** Postfix text is read into fragments, one for each operand or operator with its operands; each fragment
+/** Items are read into fragments, one for each operand or operator with its operands; each fragment
  * decides once whether its operands need parentheses, so that the converter, reading the written text, meets
  * the same operators in the same places and lets them go in the same order. The work is linear in the text,
  * and nothing nests calls. */
@@ -70,7 +70,7 @@ class CQMFragmentReversion {
   };
 
   struct SQMFragment {
-    SQMPostfixItem item;  // of an operand
+    SQMItem const* item = nullptr;  // of an operand
     SQMOperator const* op = nullptr;
     EQMShape shape = EQMShape::Operand;
     bool beginsAnew = false;   // lets go of every operator that waits, so that none may wait in front of it

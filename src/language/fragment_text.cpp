@@ -18,7 +18,7 @@ void CQMFragmentReversion::Write(CQMInfixWriter& writer) {
       case EQMPiece::Fragment: {
         SQMFragment const& fragment = m_fragments[piece.fragment];
         if (fragment.op != nullptr) PushFragment(fragment);
-        else writer.AddOperand(fragment.item);
+        else writer.AddOperand(*fragment.item);
       }
     }
   }

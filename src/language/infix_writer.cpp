@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "base/number_base.h"
 #include "language/characters.h"
 
 namespace qumel {
@@ -30,26 +31,17 @@ std::string Quoted(std::string_view text, char quoteMark) {
   return out + quoteMark;
 }
 
-/** How a base is written in front of its digits. */
-std::string_view BaseMark(char letter) {
-  switch (letter) {
-    case 'b': return "0b";
-    case 'h': return "0x";
-    case 'o': return "0o";
-    case 't': return "0t";
-    default: return "0d";
-  }
-}
-
 bool IsSign(char c) { return IsPunctuation(c) && c != '_'; }
 
 }  // namespace
 
-void CQMInfixWriter::AddOperand(SQMPostfixItem const& item) {
-  switch (item.mark) {
-    case PostfixMark::kNumber: Join(NumberText(item.text), EQMItemClass::Number); break;
-    case PostfixMark::kString: Join(Quoted(item.text, m_rules.quoteMark), EQMItemClass::String); break;
-    default: Join(item.text, EQMItemClass::Name);
+void CQMInfixWriter::AddOperand(SQMItem const& item) {
+  switch (item.kind) {
+    case EQMItem::Number: Join(NumberText(item), EQMItemClass::Number); break;
+    case EQMItem::String:
+      Join(Quoted(m_items.Characters(item), m_rules.quoteMark), EQMItemClass::String);
+      break;
+    default: Join(m_items.Characters(item), EQMItemClass::Name);
   }
 }
 
@@ -94,17 +86,16 @@ void CQMInfixWriter::Join(std::string_view token, EQMItemClass itemClass) {
   m_lastClass = itemClass;
 }
 
-std::string CQMInfixWriter::NumberText(std::string_view number) const {
-  if (number.empty()) return {};
-  std::string text(number.substr(1));
-  bool const hasPoint = m_rules.radixMark == kPoint;
-  bool const begins =
-      !text.empty() &&
-      (IsDigit(text[0]) || (text[0] == kPoint && hasPoint && text.size() > 1 && IsDigit(text[1])));
-  if (!hasPoint) std::ranges::replace(text, kPoint, m_rules.radixMark);
-  if (number.front() == 'd' && begins) return text;
-  if (text.starts_with('0')) text.erase(0, 1);  // that of the base mark
-  return text.insert(0, BaseMark(number.front()));
+std::string CQMInfixWriter::NumberText(SQMItem const& number) const {
+  constexpr char kHexadecimalMark = 'x';
+  std::string text;
+  AppendLiteral(m_items.Written(number), text);
+  std::ranges::replace(text, kPoint, m_rules.radixMark);
+  char const base = text.front();
+  text.erase(0, 1);
+  if (base != BaseLetter::kDecimal)
+    text.insert(1, 1, base == BaseLetter::kHexadecimal ? kHexadecimalMark : base);
+  return text;
 }
 
 }  // namespace qumel

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/postfix_reader.h"
+#include "base/items.h"
 #include "language/op_info.h"
 #include "language/reading_rules.h"
 
@@ -13,11 +13,11 @@ namespace qumel {
 /** Keeps tokens apart that would be read as one. */
 class CQMInfixWriter {
  public:
-  /** Must outlive the writer. */
-  explicit CQMInfixWriter(SQMReadingRules const& rules) : m_rules(rules) {}
+  /** Both must outlive the writer. */
+  CQMInfixWriter(SQMReadingRules const& rules, CQMItemList const& items) : m_rules(rules), m_items(items) {}
 
-  /** A number, name or string, as it is written in texts. */
-  void AddOperand(SQMPostfixItem const& item);
+  /** A number, name or string of the items, as it is written in texts. */
+  void AddOperand(SQMItem const& item);
   void AddOperator(std::string_view token) { Join(token, EQMItemClass::Operator); }
   void OpenParen() { Join("(", EQMItemClass::Start); }
   /** Marks of structure, and blanks around them. */
@@ -29,10 +29,11 @@ class CQMInfixWriter {
 
  private:
   void Join(std::string_view token, EQMItemClass itemClass);
-  std::string NumberText(std::string_view number) const;
+  std::string NumberText(SQMItem const& number) const;
   bool EndsWithOpenNumber() const;
 
   SQMReadingRules const& m_rules;
+  CQMItemList const& m_items;
   std::string m_text;
   EQMItemClass m_lastClass = EQMItemClass::Start;  // of the token written last; Start behind a mark
 };

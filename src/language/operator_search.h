@@ -137,10 +137,14 @@ class CQMOperatorSearch {
     std::uint8_t const right = next < EQMItemClass::Operator    ? kContexts[static_cast<std::size_t>(next)]
                                : next == EQMItemClass::Operator ? ContextBit::kAnyOperator
                                                                 : std::uint8_t{0};
-    for (auto const list : {rows.shared, rows.own}) {
-      for (CQMOpInfoRef const& row : list) {
-        if ((row->leftContext & left) != 0 && (row->rightContext & right) != 0) return row.get();
-      }
+    auto const fits = [left, right](CQMOpInfoRef const& row) {
+      return (row->leftContext & left) != 0 && (row->rightContext & right) != 0;
+    };
+    for (CQMOpInfoRef const& row : rows.shared) {
+      if (fits(row)) return row.get();
+    }
+    for (CQMOpInfoRef const& row : rows.own) {
+      if (fits(row)) return row.get();
     }
     return nullptr;
   }

@@ -1,8 +1,6 @@
 // The converter as contexts see it: conversion and the search for operators.
 #include "language/post_fixer.h"
 
-#include <cstring>
-
 #include "base/errors.h"
 #include "language/characters.h"
 #include "language/conversion.h"
@@ -13,17 +11,13 @@ CQMPostFixer::CQMPostFixer() : m_conversion(std::make_unique<CQMConversion>(m_ru
 
 CQMPostFixer::~CQMPostFixer() = default;
 
-long CQMPostFixer::EstimateConvertedSize(char const* text) {
-  return EstimateConvertedSize(text != nullptr ? static_cast<long>(std::strlen(text)) : 0L);
-}
-
 void CQMPostFixer::SetOperatorLists(CQMOperatorList const* shared, CQMOperatorList const* own) {
   m_search.SetLists(shared, own);
 }
 
 long CQMPostFixer::ConvertExpression(std::string_view text, CQMItemList& items) {
   m_parseIndex = 0;
-  items.Begin(text, CQMItemList::EQMSource::Infix);
+  items.Begin(text);
   std::string_view const trimmed = TrimSpace(text);
   if (trimmed.empty()) return Error::BadExpression;
   long const code = m_conversion->Run(trimmed, items);

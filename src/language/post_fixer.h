@@ -1,4 +1,4 @@
-// The converter: infix text to items, and postfix text shown or turned back into infix.
+// The converter: infix text to items, and items shown or turned back into infix.
 #pragma once
 
 #include <memory>
@@ -24,10 +24,6 @@ class CQMPostFixer : public CQMObject {
   CQMPostFixer();
   ~CQMPostFixer() override;
 
-  /** A first guess at the size of converted text, in bytes; texts may need more. */
-  static constexpr long EstimateConvertedSize(long length) { return 3 * length + 64; }
-  static long EstimateConvertedSize(char const* text);
-
   void SetOperatorLists(CQMOperatorList const* shared, CQMOperatorList const* own);
   void SetReadingRules(SQMReadingRules const& rules) { m_rules = rules; }
   SQMReadingRules const& GetReadingRules() const { return m_rules; }
@@ -38,9 +34,9 @@ class CQMPostFixer : public CQMObject {
   long GetParseIndex() const { return m_parseIndex; }
 
   /** One item a line with the readable token beside it. Cannot fail. */
-  void AnnotateExpression(std::string_view postfix, std::string& text) const;
-  /** Infix text that converts back to the same postfix text; 0 or an error code. */
-  long RevertExpression(std::string_view postfix, std::string& infix, char quoteMark) const;
+  void AnnotateExpression(CQMItemList const& items, std::string& text) const;
+  /** Infix text that converts back to the same items; 0 or an error code. */
+  long RevertExpression(CQMItemList const& items, std::string& infix, char quoteMark) const;
 
   bool TokenIsOperator(std::string_view token) const;
   /** By id or token, in the shared list first and then in the context's own; false when nothing is found.

@@ -1,4 +1,4 @@
-// Postfix text turned back into infix text, statement by statement.
+// Items turned back into infix text, statement by statement.
 #include "base/errors.h"
 #include "language/conversion.h"
 #include "language/fragment_reversion.h"
@@ -16,17 +16,19 @@ constexpr char kStatementEnd = ';';
 /** Writes the items of a statement, and puts on trial whether the converter makes the same items of that. */
 class CQMStatementWriter {
  public:
-  CQMStatementWriter(SQMReadingRules const& rules, CQMOperatorSearch const& search)
-      : m_rules(rules), m_conversion(rules, search), m_writer(rules) {}
+  CQMStatementWriter(SQMReadingRules const& rules, CQMOperatorSearch const& search, CQMItemList const& source)
+      : m_rules(rules), m_source(source), m_conversion(rules, search), m_writer(rules, source) {}
 
-  /** items are those of postfix. */
-  std::string Write(std::span<SQMReversionItem const> items, std::string_view postfix) {
+  /** items are those of statement. */
+  std::string Write(std::span<SQMReversionItem const> items, CQMItemList::Items statement) {
     using EQMStyle = CQMFragmentReversion::EQMStyle;
+    m_postfix.clear();
+    m_source.AppendPostfix(statement, m_postfix);
     std::string text = TextOf(items, EQMStyle::Natural);
-    if (GoesBack(text, postfix)) return text;
+    if (GoesBack(text)) return text;
     std::string flat = TextOf(items, EQMStyle::Flat);
     // what no text converts to is shown as nearly as can be
-    return GoesBack(flat, postfix) ? flat : text;
+    return GoesBack(flat) ? flat : text;
   }
 
  private:
@@ -36,35 +38,31 @@ class CQMStatementWriter {
     return m_writer.GetText();
   }
 
-  bool GoesBack(std::string text, std::string_view postfix) {
+  bool GoesBack(std::string text) {
     text += kStatementEnd;
-    m_items.Begin(text, CQMItemList::EQMSource::Infix);
-    if (m_conversion.Run(text, m_items) != Error::None) return false;
-    m_converted.clear();
-    m_items.AppendPostfix(m_converted);
-    return m_converted == postfix;
+    m_items.Begin(text);
+    return m_conversion.Run(text, m_items) == Error::None && m_items.GetPostfix() == m_postfix;
   }
 
   SQMReadingRules const& m_rules;
+  CQMItemList const& m_source;
   CQMConversion m_conversion;
   CQMInfixWriter m_writer;
   CQMItemList m_items;
-  std::string m_converted;
+  std::string m_postfix;
 };
 
 }  // namespace
 
-long CQMPostFixer::RevertExpression(std::string_view postfix, std::string& infix, char quoteMark) const {
+long CQMPostFixer::RevertExpression(CQMItemList const& items, std::string& infix, char quoteMark) const {
   SQMReadingRules rules = m_rules;
   rules.quoteMark = quoteMark;
-  CQMReversionReader reader(rules, m_search, postfix);
-  CQMStatementWriter writer(rules, m_search);
-  infix = postfix.empty() ? kEmptyText : std::string_view();
+  CQMReversionReader reader(rules, m_search, items.GetItems());
+  CQMStatementWriter writer(rules, m_search, items);
+  infix = reader.IsAtEnd() ? kEmptyText : std::string_view();
   while (!reader.IsAtEnd()) {
-    std::string_view const rest = reader.GetRest();
     if (long const code = reader.ReadStatement(); code != Error::None) return code;
-    std::string const text =
-        writer.Write(reader.GetItems(), rest.substr(0, rest.size() - reader.GetRest().size()));
+    std::string const text = writer.Write(reader.GetItems(), reader.GetStatement());
     infix += text;
     bool const isLast = reader.IsAtEnd();
     if (!isLast || text.empty()) infix += kStatementEnd;

@@ -1,43 +1,24 @@
-// Statements of postfix text, and the operators that their items name.
+// Statements, and the operators that their items name.
 #include "language/reversion_items.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "base/errors.h"
-#include "base/number_text.h"
 
 namespace qumel {
 
 long CQMReversionReader::ReadStatement() {
   m_items.clear();
-  m_isComplete = false;
-  for (SQMPostfixItem item; !m_isComplete && m_reader.Next(item);) {
-    if (item.mark == PostfixMark::kEnd) {
-      m_isComplete = true;
-    } else if (long const code = Add(item); code != Error::None) {
-      return code;
-    }
+  auto const end = std::ranges::find(m_rest, EQMItem::End, &SQMItem::kind);
+  for (SQMItem const& item : CQMItemList::Items(m_rest.begin(), end)) {
+    bool const isOperator = item.kind == EQMItem::Operator || item.kind == EQMItem::MarkedOperator;
+    SQMReversionOperator const* const op = isOperator ? FindOperator(item.id) : nullptr;
+    if (isOperator && op == nullptr) return Error::UnknownOperator;
+    m_items.push_back({&item, op});
   }
-  return Error::None;
-}
-
-long CQMReversionReader::Add(SQMPostfixItem const& item) {
-  switch (item.mark) {
-    case PostfixMark::kNumber:
-    case PostfixMark::kName:
-    case PostfixMark::kString: m_items.push_back({item}); return Error::None;
-    case PostfixMark::kOperator:
-    case PostfixMark::kMarkedOperator: break;
-    default: return Error::UnknownToken;
-  }
-  std::size_t const point = item.text.find(PostfixMark::kCount);
-  SQMReversionOperator const* const op = FindOperator(ParseLong(item.text.substr(0, point)));
-  if (op == nullptr) return Error::UnknownOperator;
-  long const count =
-      point == std::string_view::npos ? op->info->minOperands : ParseLong(item.text.substr(point + 1));
-  constexpr long kMost = std::numeric_limits<std::int32_t>::max();
-  m_items.push_back({item, op, static_cast<std::int32_t>(std::clamp(count, 0L, kMost))});
+  std::size_t const length = m_items.size() + (end != m_rest.end() ? 1 : 0);
+  m_statement = m_rest.first(length);
+  m_rest = m_rest.subspan(length);
   return Error::None;
 }
 

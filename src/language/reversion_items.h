@@ -1,4 +1,4 @@
-// The items of one statement of postfix text, with their operators found.
+// The items of one statement, with their operators found.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "base/postfix_reader.h"
+#include "base/items.h"
 #include "language/operator_search.h"
 #include "language/reading_rules.h"
 
@@ -20,46 +20,43 @@ struct SQMReversionOperator {
 };
 
 struct SQMReversionItem {
-  SQMPostfixItem item;
+  SQMItem const* item;
   SQMReversionOperator const* op = nullptr;  // null: an operand
-  std::int32_t operandCount = 0;             // of operators
 };
 
-/** What the mark of an operand says of its class. */
-constexpr EQMItemClass ItemClassOfOperand(char mark) {
-  switch (mark) {
-    case PostfixMark::kNumber: return EQMItemClass::Number;
-    case PostfixMark::kString: return EQMItemClass::String;
+/** What the kind of an operand says of its class. */
+constexpr EQMItemClass ItemClassOfOperand(EQMItem kind) {
+  switch (kind) {
+    case EQMItem::Number: return EQMItemClass::Number;
+    case EQMItem::String: return EQMItemClass::String;
     default: return EQMItemClass::Name;
   }
 }
 
-/** Splits postfix text into statements. */
+/** Splits items into statements. */
 class CQMReversionReader {
  public:
   /** All must outlive the reader and what it reads. */
-  CQMReversionReader(SQMReadingRules const& rules, CQMOperatorSearch const& search, std::string_view postfix)
-      : m_rules(rules), m_search(search), m_reader(postfix) {}
+  CQMReversionReader(SQMReadingRules const& rules, CQMOperatorSearch const& search, CQMItemList::Items items)
+      : m_rules(rules), m_search(search), m_rest(items) {}
 
-  bool IsAtEnd() const { return m_reader.GetRest().empty(); }
-  /** UnknownOperator, UnknownToken, or 0. */
+  bool IsAtEnd() const { return m_rest.empty(); }
+  /** UnknownOperator, where a host's operator is no longer there, or 0. */
   long ReadStatement();
   std::span<SQMReversionItem const> GetItems() const { return m_items; }
-  /** Whether the statement has its end, or else the text ended first. */
-  bool IsComplete() const { return m_isComplete; }
-  std::string_view GetRest() const { return m_reader.GetRest(); }
+  /** The same with their end. */
+  CQMItemList::Items GetStatement() const { return m_statement; }
 
  private:
-  long Add(SQMPostfixItem const& item);
   SQMReversionOperator const* FindOperator(long id);
 
   SQMReadingRules const& m_rules;
   CQMOperatorSearch const& m_search;
-  CQMPostfixReader m_reader;
+  CQMItemList::Items m_rest;
+  CQMItemList::Items m_statement;
   std::unordered_map<long, SQMReversionOperator> m_operators;
   HeldOperators m_held;
   std::vector<SQMReversionItem> m_items;
-  bool m_isComplete = false;
 };
 
 }  // namespace qumel

@@ -43,76 +43,29 @@ char Unescape(char c) {
   }
 }
 
-constexpr EQMItemClass TokenClassOf(EQMCharacter first) {
-  switch (first) {
-    case EQMCharacter::Digit: return EQMItemClass::Number;
-    case EQMCharacter::Letter:
-    case EQMCharacter::Underscore: return EQMItemClass::Name;
-    case EQMCharacter::Sign:
-    case EQMCharacter::Point:
-    case EQMCharacter::OpenBracket: return EQMItemClass::Operator;
-    case EQMCharacter::Comma: return EQMItemClass::Comma;
-    case EQMCharacter::Separator: return EQMItemClass::Separator;
-    case EQMCharacter::OpenParen: return EQMItemClass::OpenParen;
-    case EQMCharacter::CloseParen: return EQMItemClass::CloseParen;
-    case EQMCharacter::CloseBracket: return EQMItemClass::CloseBracket;
-    default: return EQMItemClass::Unknown;
-  }
-}
-
 }  // namespace
 
-void CQMTokenizer::Next(SQMToken& token) {
-  while (m_at < m_end) {
-    if (ClassOf(*m_at) == EQMCharacter::Space) {
-      ++m_at;
-    } else if (*m_at == '/' && Peek(1) == '/') {
-      SkipComment();
-    } else {
-      break;
-    }
-  }
-  char const* const begin = m_at;
-  token.isOpen = false;
-  if (m_at == m_end) {
-    token.itemClass = EQMItemClass::End;
-    token.written = {begin, 0};
-    return;
-  }
-  EQMCharacter const first = ClassOf(*m_at);
-  token.itemClass = TokenClassOf(first);
-  switch (first) {
-    case EQMCharacter::Letter:
-    case EQMCharacter::Underscore:
-      do ++m_at;
-      while (m_at < m_end && ClassOf(*m_at) <= EQMCharacter::Underscore);
-      break;
-    case EQMCharacter::Digit: SkipNumber(); break;
-    case EQMCharacter::Point:
-      if (m_rules.radixMark == '.' && IsDigit(Peek(1))) {
-        token.itemClass = EQMItemClass::Number;
-        SkipNumber();
-      } else {
-        ++m_at;
-      }
-      break;
-    case EQMCharacter::Sign:
-      if (*m_at == m_rules.quoteMark) {
-        SkipString(token);
-        break;
-      }
-      for (++m_at; m_at < m_end && *m_at != m_rules.quoteMark; ++m_at) {
-        EQMCharacter const next = ClassOf(*m_at);
-        if (next != EQMCharacter::Sign && next != EQMCharacter::Underscore) break;
-      }
-      break;
-    default: ++m_at;
-  }
-  token.written = {begin, static_cast<std::size_t>(m_at - begin)};
-}
-
+/** To the end of the line, which is white space, or of the text. */
 void CQMTokenizer::SkipComment() {
   while (m_at < m_end && *m_at != '\n' && *m_at != '\r') ++m_at;
+}
+
+void CQMTokenizer::Skip(EQMCharacter first, SQMToken& token) {
+  if (first == EQMCharacter::Sign) return *m_at == m_rules.quoteMark ? SkipString(token) : SkipSign();
+  bool const isNumber = first == EQMCharacter::Digit || (m_rules.radixMark == '.' && IsDigit(Peek(1)));
+  if (!isNumber) {
+    ++m_at;
+    return;
+  }
+  token.itemClass = EQMItemClass::Number;
+  SkipNumber();
+}
+
+void CQMTokenizer::SkipSign() {
+  for (++m_at; m_at < m_end && *m_at != m_rules.quoteMark; ++m_at) {
+    EQMCharacter const next = ClassOf(*m_at);
+    if (next != EQMCharacter::Sign && next != EQMCharacter::Underscore) break;
+  }
 }
 
 // number = ["0" base mark] {digit | exponent mark ["+" | "-"] | radix mark}, each mark once, no radix mark
@@ -150,12 +103,12 @@ void CQMTokenizer::SkipString(SQMToken& token) {
   m_at = token.isOpen ? begin : m_at + 1;
 }
 
-void AppendUnescaped(std::string_view text, std::string& out) {
+void AppendUnescaped(std::string_view text, std::vector<char>& out) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != kEscape) {
-      out += text[i];
+      out.push_back(text[i]);
     } else if (++i < text.size()) {
-      out += Unescape(text[i]);
+      out.push_back(Unescape(text[i]));
     }
   }
 }

@@ -8,6 +8,7 @@
 #include "base/conversions.h"
 #include "engine/call.h"
 #include "engine/expression.h"
+#include "engine/numeric_steps.h"
 #include "engine/program.h"
 #include "operators/declarations.h"
 
@@ -295,8 +296,19 @@ class CQMEndOperator final : public CQMFlowOperator<0> {
 
 // ---- leaving ----
 
+/** Where nothing stands behind it, a number or a boolean is handed on to the end. */
 class CQMReturnOperator final : public CQMFlowOperator<1> {
  public:
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (maker.Position() + 1 != GetExpression()->GetOperatorCount()) return false;
+    if (maker.FindNumberResult(step.result)) {
+      struct SQMWork {
+        static double Of(double value, std::byte*) { return value; }
+      };
+      return MakeUnaryStep<SQMWork>(maker, step, nullptr);
+    }
+    return maker.FindBooleanResult(step.result) && maker.FindBoolean(0, step.first) && maker.Use({&RunCopy});
+  }
   EQMDataType GetReturnType() override {
     CQMDatum const* const value = GetOperandByIndex(0);
     return value != nullptr ? value->GetType() : EQMDataType::Untyped;
@@ -309,6 +321,10 @@ class CQMReturnOperator final : public CQMFlowOperator<1> {
   SQMWays GetWays() const override { return kWays<&Do>; }
 
  private:
+  static SQMStep const* RunCopy(SQMStep const* step, SQMFrame& frame, double) {
+    BooleanAt(step->result) = BooleanAt(step->first);
+    return GoOn(step + 1, frame, 0.0);
+  }
   static long Do(CQMCall& call) {
     CQMDatum const& value = call.Operand(0);
     call.TypeResult(value.GetType());  // it may have become complex since

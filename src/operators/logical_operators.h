@@ -59,8 +59,17 @@ class CQMNotOperator final : public CQMBooleanResultOperator {
  public:
   long GetOperandsNeeded() override { return 1; }
   long VerifyOperands() override { return CheckSameClass(); }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    return maker.FindBooleanResult(step.result) && maker.FindBoolean(0, step.first) && maker.Use({&Run});
+  }
   SQMWays GetWays() const override { return kWays<&Do>; }
   static long Do(CQMCall& call) { return Finish(call, call.Operand(0).BooleanByte() == kFalseByte); }
+
+ private:
+  static SQMStep const* Run(SQMStep const* step, SQMFrame& frame, double) {
+    BooleanAt(step->result) = BooleanAt(step->first) == kFalseByte ? 1 : 0;
+    return GoOn(step + 1, frame, 0.0);
+  }
 };
 
 // ---- relational ----

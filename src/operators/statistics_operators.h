@@ -20,8 +20,43 @@ class CQMStatisticOperator final : public CQMOperator {
   long GetOperandsNeeded() override { return 1; }
   long GetOperandsMaximum() override { return kMostOperands; }
   SQMWays GetWays() const override { return kWays<&Do>; }
+  bool MakeStep(CQMStepMaker& maker, SQMStep& step) override {
+    if (!maker.FindNumberResult(step.result)) return false;
+    switch (GetOperandCount()) {
+      case 2: return MakeStepOfFew<2>(maker, step);
+      case 3: return MakeStepOfFew<3>(maker, step);
+      case 4: return MakeStepOfFew<4>(maker, step);
+      default: return false;
+    }
+  }
 
  private:
+  /** As many addresses as a step can hold. */
+  template <long count>
+  static bool MakeStepOfFew(CQMStepMaker& maker, SQMStep& step) {
+    std::byte** const places[] = {&step.first, &step.second, &step.third, &step.fourth};
+    for (long i = 0; i < count; ++i) {
+      SQMStepOperand operand;
+      if (!maker.FindNumber(i, false, operand) || operand.source != EQMSource::Direct) return false;
+      *places[i] = operand.address;
+    }
+    return maker.Use({&RunFew<count, true>, &RunFew<count, false>});
+  }
+  template <long count, bool stores>
+  static SQMStep const* RunFew(SQMStep const* step, SQMFrame& frame, double) {
+    double const value = OfFew<count>(*step);
+    if constexpr (stores) NumberAt(step->result) = value;
+    return GoOn(step + 1, frame, value);
+  }
+  /** On its own, since steps go on by calls that take no stack. */
+  template <long count>
+  [[gnu::noinline]] static double OfFew(SQMStep const& step) {
+    std::byte* const places[] = {step.first, step.second, step.third, step.fourth};
+    std::array<double, count> values;
+    for (std::size_t i = 0; i < count; ++i) values[i] = NumberAt(places[i]);
+    return statistic(values);
+  }
+
   static long Do(CQMCall& call) {
     CQMDatum& first = call.Operand(0);
     // an element reached by an index is a proxy of its array, and a scalar

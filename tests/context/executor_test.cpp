@@ -21,7 +21,7 @@ TEST(Executor, DoesNothingBeforeItIsInitialized) {
   EXPECT_EQ(executor.ParseExpression("1+1"), 0U);
   EXPECT_EQ(executor.GetLastErrorID(), Error::NotInitialized);
   EXPECT_STREQ(executor.AnnotateExpression("1+1"), "");
-  EXPECT_STREQ(executor.RevertExpression("#d1;"), "");
+  EXPECT_STREQ(executor.CheckExpression("1+1"), nullptr);
   EXPECT_EQ(executor.GetErrorText(Error::None), nullptr);
   EXPECT_FALSE(executor.DefineError(Scope::kGlobal, 10001, "text"));
   EXPECT_FALSE(executor.IsSymbol(Scope::kLocal, "pi"));
@@ -154,7 +154,7 @@ TEST(Executor, ParsedTextOfAnExpression) {
     fresh.GetParsedExpression(longer);
   }
   EXPECT_EQ(fresh.GetLastErrorID(), Error::OutOfMemory);
-  EXPECT_EQ(fresh.GetParsedExpression(longer), longer->GetParsedText());
+  EXPECT_EQ(fresh.GetParsedExpression(longer), longer->GetItems().GetPostfix());
 }
 
 // Memory that ends anywhere makes an error and leaves a context that works.

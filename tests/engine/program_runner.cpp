@@ -7,7 +7,7 @@
 #include <sstream>
 #include <unordered_map>
 
-#include "base/postfix_reader.h"
+#include "support/postfix.h"
 
 namespace qumel::test {
 
@@ -104,7 +104,7 @@ CQMResolver* CQMTestContext::GetResolver(EQMResolverClass kind) {
 
 std::unique_ptr<CQMExpression> CQMTestContext::Compile(std::string_view program) {
   auto expression = std::make_unique<CQMExpression>(*this);
-  expression->SetParsedExpression(ReadPostfix(PostfixOf(program)).Kept(), true);
+  expression->SetParsedExpression(ReadPostfix(PostfixOf(program)), true);
   return expression;
 }
 

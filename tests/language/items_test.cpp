@@ -6,8 +6,8 @@
 #include <string>
 
 #include "base/operator_ids.h"
-#include "base/postfix_reader.h"
 #include "language/dialect.h"
+#include "support/postfix.h"
 
 namespace qumel {
 namespace {

@@ -226,10 +226,12 @@ TEST_P(RoundTrip, KeepsPostfixText) {
   long converted = 0, made = 0, failed = 0;
   for (; converted < wanted && made < 100 * wanted; ++made) {
     std::string const text = maker.Next();
-    std::string postfix, reverted;
-    if (dialect.Convert(text, postfix) != Error::None) continue;
+    CQMItemList items;
+    if (dialect.fixer.ConvertExpression(text, items) != Error::None) continue;
     ++converted;
-    long const code = dialect.fixer.RevertExpression(postfix, reverted, rules.quoteMark);
+    std::string const postfix = items.GetPostfix();
+    std::string reverted;
+    long const code = dialect.fixer.RevertExpression(items, reverted, rules.quoteMark);
     std::string const again = dialect.Convert(reverted);
     if (code == Error::None && again == postfix) continue;
     long const kShown = Chosen("QUMEL_SHOWN", 10);

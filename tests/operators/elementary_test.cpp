@@ -207,7 +207,7 @@ TEST(ComplexNumbers, LeaveNoImaginaryPartBehind) {
   auto variable = std::make_unique<CQMDatum>(EQMDataType::Number, "x");
   CQMDatum& x = *variable;
   ASSERT_EQ(context.GetGlobalSymbolTable()->AddSymbol(variable.release()), Error::None);
-  auto const expression = context.Compile("@x#D1!1102.2!2101.1", true);
+  auto const expression = context.Compile("@x#d1!1102.2!2101.1", true);
   struct SQMRun {
     double x;
     Complex result;

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "base/postfix_reader.h"
+#include "support/postfix.h"
 
 namespace qumel::test {
 
@@ -125,7 +125,7 @@ CQMResolver* CQMBenchContext::GetResolver(EQMResolverClass kind) {
 
 std::unique_ptr<CQMExpression> CQMBenchContext::Compile(std::string_view postfix, bool optimize) {
   auto expression = std::make_unique<CQMExpression>(*this);
-  expression->SetParsedExpression(ReadPostfix(postfix).Kept(), optimize);
+  expression->SetParsedExpression(ReadPostfix(postfix), optimize);
   return expression;
 }
 
