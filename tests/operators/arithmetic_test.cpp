@@ -195,15 +195,15 @@ struct SQMOptimized {
 TEST(Arithmetic, FoldsOnlyWhatIsKnown) {
   constexpr long kAdd = OpId::Addition, kFolded = OpId::NumericConstant;
   SQMOptimized const expressions[] = {
-      {"#D1#D2!1101.2", {kFolded}, 3.0},
-      {"#D1#D2!1101.2#D4!1101.2", {kFolded, kFolded}, 7.0},
-      {"#D2#D3!1301.2#D1!1101.2", {OpId::Multiplication, kAdd}, 7.0},
-      {"!2803.0#D1!1101.2", {OpId::Pi, kAdd}, 4.1415926535897931},
-      {"#D3!2501.1#D0!1401.2", {OpId::TightMinus, kFolded}, 1.0},
-      {"#D3!2501.1#D2!1401.2", {OpId::TightMinus, OpId::Square}, 9.0},
-      {"#D3!2501.1#D3!1402.2", {OpId::TightMinus, OpId::Cube}, -27.0},
-      {"#D2#D4!1401.2", {OpId::Power}, 16.0},
-      {"#D2#D1#D1!1101.2!1401.2", {kFolded, OpId::Square}, 4.0},
+      {"#d1#d2!1101.2", {kFolded}, 3.0},
+      {"#d1#d2!1101.2#d4!1101.2", {kFolded, kFolded}, 7.0},
+      {"#d2#d3!1301.2#d1!1101.2", {OpId::Multiplication, kAdd}, 7.0},
+      {"!2803.0#d1!1101.2", {OpId::Pi, kAdd}, 4.1415926535897931},
+      {"#d3!2501.1#d0!1401.2", {OpId::TightMinus, kFolded}, 1.0},
+      {"#d3!2501.1#d2!1401.2", {OpId::TightMinus, OpId::Square}, 9.0},
+      {"#d3!2501.1#d3!1402.2", {OpId::TightMinus, OpId::Cube}, -27.0},
+      {"#d2#d4!1401.2", {OpId::Power}, 16.0},
+      {"#d2#d1#d1!1101.2!1401.2", {kFolded, OpId::Square}, 4.0},
       {"$1:a$2:bc!1101.2", {OpId::Concatenation}, "abc"},
   };
   for (SQMOptimized const& expected : expressions) {
@@ -217,7 +217,7 @@ TEST(Arithmetic, FoldsOnlyWhatIsKnown) {
     for (int run = 0; run < 2; ++run) {
       EXPECT_EQ(Describe(CQMBenchContext::Run(*expression)), Describe(expected.value)) << "run " << run;
     }
-    auto const plain = context.Compile("#D3!2501.1#D2!1401.2", false);
+    auto const plain = context.Compile("#d3!2501.1#d2!1401.2", false);
     EXPECT_EQ(plain->GetOperatorByIndex(1)->GetId(), OpId::Power);
   }
 }
@@ -225,9 +225,9 @@ TEST(Arithmetic, FoldsOnlyWhatIsKnown) {
 TEST(Arithmetic, FoldedPowersTakeComplexBases) {
   CQMBenchContext context;
   context.allowComplex = true;
-  auto const square = context.Compile("#D3#D4!50.2#D2!1401.2", true);
+  auto const square = context.Compile("#d3#d4!50.2#d2!1401.2", true);
   EXPECT_EQ(Describe(CQMBenchContext::Run(*square)), Describe(Complex(-7.0, 24.0)));
-  auto const one = context.Compile("#D3#D4!50.2#D0!1401.2", true);
+  auto const one = context.Compile("#d3#d4!50.2#d0!1401.2", true);
   EXPECT_EQ(Describe(CQMBenchContext::Run(*one)), Describe(1.0));
 }
 
@@ -235,7 +235,7 @@ TEST(Arithmetic, ANegativeBaseEndsInTheComplexResolverOrIsRefused) {
   for (bool const allowed : {false, true}) {
     CQMBenchContext context;
     context.allowComplex = allowed;
-    auto const power = context.Compile("#D3!2501.1#D2!1401.2", false);
+    auto const power = context.Compile("#d3!2501.1#d2!1401.2", false);
     for (int run = 0; run < 2; ++run) {
       Value const value = CQMBenchContext::Run(*power);
       Value const expected = allowed ? Value(Complex(9.0, 0.0)) : Value(Fails{Error::ResultIsComplex});

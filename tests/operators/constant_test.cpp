@@ -78,7 +78,7 @@ TEST(LastResult, DeliversComplexNumbersToComplexEvaluationOnly) {
 TEST(LastResult, IsRefusedWhereItsOperatorExpectsAnotherKind) {
   CQMBenchContext context;
   context.lastResult = Number(4.0);
-  auto const sum = context.Compile("!3001.0#D1!1101.2", true);
+  auto const sum = context.Compile("!3001.0#d1!1101.2", true);
   EXPECT_EQ(Describe(CQMBenchContext::Run(*sum)), Describe(5.0));
   context.lastResult = Text("abc");
   EXPECT_EQ(Describe(CQMBenchContext::Run(*sum)), Describe(Fails{Error::TypeMismatch}));

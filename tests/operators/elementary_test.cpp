@@ -192,7 +192,7 @@ TEST(ComplexNumbers, AreRefusedAtCompilationAfterEveryOtherFault) {
     char const* postfix;
     bool whenCompiled;
   };
-  for (SQMRefusal const& refusal : {SQMRefusal{"#D1!1802.1", true}, SQMRefusal{"#D4!2501.1!2101.1", false}}) {
+  for (SQMRefusal const& refusal : {SQMRefusal{"#d1!1802.1", true}, SQMRefusal{"#d4!2501.1!2101.1", false}}) {
     CQMBenchContext context;
     auto const expression = context.Compile(refusal.postfix, false);
     EXPECT_EQ(expression->GetErrorState() == Error::ResultIsComplex, refusal.whenCompiled) << refusal.postfix;
