@@ -7,20 +7,20 @@ using namespace qumel;
 
 namespace {
 
-/** As OnExpression, for calls that could not take the fast path. */
+/** The slow path of OnExpression. */
 template <EQMHost host, class Value, class Call>
 [[gnu::noinline, gnu::cold]] Value OnExpressionSlowly(Handle handle, CQMContextGate* tried, Value failure,
                                                       Call call) noexcept {
   CQMContextUse const use(handle, CQMContextUse::EQMNeed::Current, tried);
   CQMLinkedObject* const object = use.GetObject();
   if (object == nullptr || !object->HasTypeTag(CQMExpression::kTypeTag)) return failure;
-  if (use.GetExecutor()->IsRetired()) return failure;  // it only lives on until the calls in it return
+  if (use.GetExecutor()->IsRetired()) return failure;  // it lives on only until the calls in it have returned
   return OnUsedContext<host>(use, failure, [=](CQMExecutor& context) {
     return call(context, static_cast<CQMExpression&>(*object));
   });
 }
 
-/** As OnExpression, for an expression that the gate's cache does not know. */
+/** Looks an expression up that is not in the cache of the gate. */
 template <EQMHost host, class Value, class Call>
 [[gnu::noinline]] Value OnUnknownExpression(Handle handle, CQMOwnerUse use, Value failure,
                                             Call call) noexcept {
@@ -46,8 +46,8 @@ Value OnExpression(Handle handle, Value failure, Call call) noexcept {
       OnOwnContext(use, failure, [=](CQMExecutor& context) { return call(context, *expression); }));
 }
 
-// What may call the host back is refused where it nests too deep. What does not, such as asking for that
-// error, stays possible.
+// An evaluation may call the host back, and is refused where such calls nest too deep. Other calls, such as
+// asking for that error, stay possible.
 template <class Value, class Call>
 Value Evaluate(Value failure, Call call) noexcept {
   return OnContext<EQMHost::MayBeCalled>(failure, call);

@@ -1,5 +1,4 @@
-// Exported functions on the lists of contexts and threads. Their types are names for what hosts cannot look
-// into.
+// Exported functions on the lists of contexts and threads, whose types are opaque to hosts.
 #include "api/guard.h"
 #include "qumel/qumel.h"
 

@@ -9,7 +9,7 @@
 
 namespace qumel {
 
-/** The value of call; failure where it throws. */
+/** The value of call, or failure if it throws. */
 template <class Value, class Call>
 Value Guarded(std::type_identity_t<Value> failure, Call call) noexcept {
   try {
@@ -36,7 +36,7 @@ Value OnUsedContext(CQMContextUse const& use, Value failure, Call const& call) {
   }
   try {
     Value const value = call(*context);
-    // a text of a context that a callback destroyed is about to go
+    // a callback may have destroyed the context, and with it the text
     if (std::is_pointer_v<Value> && context->IsRetired()) return failure;
     return value;
   } catch (...) {
@@ -58,7 +58,7 @@ Value OnOwnContext(CQMOwnerUse const& use, Value failure, Call const& call, Argu
   }
 }
 
-/** As OnContext, for calls that could not take the fast path. */
+/** The slow path of OnContext. */
 template <EQMHost host, class Value, class Call, class... Arguments>
 [[gnu::noinline, gnu::cold]] Value OnContextSlowly(CQMContextGate* tried, Value failure, Call call,
                                                    Arguments... arguments) noexcept {
@@ -66,8 +66,9 @@ template <EQMHost host, class Value, class Call, class... Arguments>
   return OnUsedContext<host>(use, failure, [&](CQMExecutor& context) { return call(context, arguments...); });
 }
 
-/** Runs call, with arguments, on the calling thread's current context, which is found or made where there is
- * none. What a call captures instead of taking it as an argument is stored in memory for the slow path. */
+/** Runs call, with arguments, on the calling thread's current context; a thread without one is given the
+ * default context. Captured values, unlike arguments, are stored in memory for the slow path before the fast
+ * one is tried. */
 template <EQMHost host = EQMHost::IsNotCalled, class Value, class Call, class... Arguments>
 Value OnContext(Value failure, Call call, Arguments... arguments) noexcept {
   CQMOwnerUse use;
@@ -95,19 +96,19 @@ void OnThread(Call call) noexcept {
   if (record.GetRecord() != nullptr && !use.IsRefused()) call(*record.GetRecord());
 }
 
-/** As OnSettings, for calls that could not take the fast path. */
+/** The slow path of OnSettings. */
 template <class Value, class Call>
 [[gnu::noinline, gnu::cold]] Value OnSettingsSlowly(CQMContextGate* tried, Value missing,
                                                     Call call) noexcept {
-  if (tried != nullptr) tried->Withdraw(*t_caller);  // to find the record may mean to wait
+  if (tried != nullptr) tried->Withdraw(*t_caller);  // finding the record may have to wait
   CQMRecordUse const record;
   CQMContextUse const use(CQMContextUse::EQMNeed::CurrentIfAny);
   bool const isMissing = record.GetRecord() == nullptr || use.IsRefused();
   return isMissing ? missing : call(record.GetRecord()->GetSettings());
 }
 
-/** The value of call on the settings of the calling thread's current context, or of its record when there is
- * none; missing where the thread can have no record. */
+/** The value of call for the settings of the calling thread's current context, or of its record when there is
+ * none; missing when it can have no record. */
 template <class Value, class Call>
 Value OnSettings(Value missing, Call call) noexcept {
   CQMOwnerUse use;

@@ -1,4 +1,4 @@
-// Exported functions: start and end of the library, its counters, and what it shares with all threads.
+// Exported functions on the start and the end of the library, and its counters.
 #include "api/guard.h"
 #include "qumel/qumel.h"
 

@@ -1,9 +1,10 @@
-// Exported conversions between numbers and their texts in other bases. They need no context and keep nothing.
+// Exported conversions between numbers and their texts in other bases. They need no context and have no
+// state.
 #include <cstring>
 
 #include "api/guard.h"
 #include "base/number_base.h"
-// What C++ hosts see as references arrives here as pointers, which may be null.
+// Parameters that C++ hosts see as references are pointers here, and may be null.
 #define QM_PLAIN_POINTERS
 #include "qumel/qumel.h"
 
@@ -11,7 +12,7 @@ using namespace qumel;
 
 namespace {
 
-/** Writes the text that make returns to out. */
+/** Writes the text that make returns to out, and returns out. */
 template <class Make>
 char* WriteText(char* out, Make make) noexcept {
   if (out == nullptr) return nullptr;
@@ -22,7 +23,7 @@ char* WriteText(char* out, Make make) noexcept {
   });
 }
 
-/** What read makes of digits; 0 without digits or table. */
+/** Reads digits by means of read; 0 without digits or table. */
 template <class Value>
 Value ReadDigits(Value (*read)(std::string_view, SQMNumberBase const&), char const* digits, long radix,
                  char const* table) noexcept {

@@ -1,4 +1,4 @@
-// Exported numeric helpers. They need no context and keep nothing.
+// Exported numeric helpers. They need no context and have no state.
 #include "qumel/qumel.h"
 #include "rules/fixed_point_trigonometry.h"
 #include "rules/inverse_hyperbolic.h"

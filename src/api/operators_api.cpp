@@ -9,7 +9,7 @@ using namespace qumel;
 
 namespace {
 
-/** Without a context the value is 0; without memory it is the code, as after every other failure. */
+/** The code of call on the definer of the current context; 0 without a context. */
 template <class Call>
 long OnDefiner(Call call) noexcept {
   return OnContext(0L, [&](CQMExecutor& context) {
@@ -20,21 +20,38 @@ long OnDefiner(Call call) noexcept {
   });
 }
 
-/** Runs call on the callback operator that handle names, in its context; missing for any other handle. */
+/** The value of call for the operator that answers for place. */
 template <class Value, class Call>
-Value OnOperator(Handle handle, Value missing, Call call) noexcept {
+Value OnAnswering(CQMCallbackPlace& place, Value missing, Call const& call) {
+  CQMCallbackOperator& answering = *place.Answering();
+  try {
+    return call(answering);
+  } catch (...) {
+    answering.NoteOutOfMemory();
+    return missing;
+  }
+}
+
+/** The slow path of OnOperator. */
+template <class Value, class Call>
+[[gnu::noinline]] Value OnOperatorSlowly(Handle handle, Value missing, Call call) noexcept {
   return Guarded<Value>(missing, [&] {
     CQMContextUse const use(handle, CQMContextUse::EQMNeed::None);
-    auto* const place = dynamic_cast<CQMCallbackPlace*>(use.GetObject());
-    if (place == nullptr) return missing;
-    CQMCallbackOperator& answering = *place->Answering();
-    try {
-      return call(answering);
-    } catch (...) {
-      answering.NoteOutOfMemory();
-      return missing;
-    }
+    if (use.GetObject() == nullptr) return missing;
+    auto* const place = use.GetExecutor()->GetGate().Find<CQMCallbackPlace>(handle);
+    return place != nullptr ? OnAnswering(*place, missing, call) : missing;
   });
+}
+
+/** Runs call on the callback operator that handle names, in its context; missing for any other handle. A
+ * callback asks while its thread is in that context. */
+template <class Value, class Call>
+Value OnOperator(Handle handle, Value missing, Call call) noexcept {
+  CQMContextGate const* const used = t_caller->used.load(std::memory_order_relaxed);
+  CQMCallbackPlace* place = nullptr;
+  if (used != nullptr && used->FindAgain(handle, place)) [[likely]]
+    return OnAnswering(*place, missing, call);
+  return OnOperatorSlowly(handle, missing, call);
 }
 
 }  // namespace
@@ -71,10 +88,10 @@ long qmDeleteOp(char scope, char const* name) {
 // ---- callback access: each function has a name for hosts and a name among the utilities ----
 #define QM_ACCESS(Type, name, utility, missing, call, ...)                                              \
   Type name(__VA_ARGS__) {                                                                              \
-    return OnOperator(handle, Type{missing}, [&](CQMCallbackOperator& op) -> Type { return op.call; }); \
+    return OnOperator(handle, Type{missing}, [=](CQMCallbackOperator& op) -> Type { return op.call; }); \
   }                                                                                                     \
   Type utility(__VA_ARGS__) {                                                                           \
-    return OnOperator(handle, Type{missing}, [&](CQMCallbackOperator& op) -> Type { return op.call; }); \
+    return OnOperator(handle, Type{missing}, [=](CQMCallbackOperator& op) -> Type { return op.call; }); \
   }
 using ConstText = char const*;
 QM_ACCESS(long, qmGetParmCount, QMU_GetParameterCount, 0, GetParameterCount(), Handle handle)

@@ -1,4 +1,4 @@
-// Exported settings, a setter and a getter a row of context/settings.inc.
+// Exported setters and getters of the settings, one of each for every row of context/settings.inc.
 #include "api/guard.h"
 #include "qumel/qumel.h"
 
@@ -6,7 +6,7 @@ using namespace qumel;
 
 namespace {
 
-/** What a getter gives where the thread can have no record. */
+/** What a getter returns when the thread can have no record. */
 template <class Value>
 constexpr Value kMissing{};
 template <>

@@ -1,4 +1,4 @@
-// Exported questions: what a name stands for in the current context.
+// Exported queries: what a name stands for in the current context.
 #include "api/guard.h"
 #include "qumel/qumel.h"
 

@@ -1,4 +1,5 @@
-// Exported functions on the variables of hosts: each names a kind and an operation of CQMVariables.
+// Exported functions on the variables of hosts, each of which is an operation of CQMVariables on one kind of
+// value.
 #include "api/guard.h"
 #include "context/variables.h"
 #include "qumel/qumel.h"
@@ -37,14 +38,14 @@ CQMDatum* VariableOf(CQMLinkedObject* object) {
   return isVariable ? static_cast<CQMDatum*>(object) : nullptr;
 }
 
-/** What access makes of the process-wide variable that handle names, or of null, in a context. */
+/** The value of access for the process-wide variable that handle names, or for null. */
 template <class Access>
 auto OnSharedVariable(Handle handle, Access access) {
   CQMSharedVariableUse const variable(handle);
   return access(VariableOf(variable.GetObject()));
 }
 
-/** As OnVariable, for calls that could not take the fast path. */
+/** The slow path of OnVariable. */
 template <class Value, class Access, class Conclude>
 [[gnu::noinline, gnu::cold]] Value OnVariableSlowly(Handle handle, CQMContextGate* tried, Value failure,
                                                     Access access, Conclude conclude) noexcept {
@@ -63,12 +64,12 @@ template <class Value, class Access, class Conclude>
       outcome = access(VariableOf(use.GetObject()));
     if (use.IsInCurrent()) return OnUsedContext(use, failure, concludeIn);
   }
-  // The context of the variable is left before the one that keeps the error is entered: a thread that is in
-  // neither waits for one of them at a time, and thus not in a circle.
+  // The context of the variable is left before the one that records the error is entered: a thread that waits
+  // for one of the two without being in the other cannot be part of a cycle of waits.
   return OnContext(failure, concludeIn);
 }
 
-/** As OnVariable, for a variable that the gate's cache does not know. */
+/** Looks a variable up that is not in the cache of the gate. */
 template <class Value, class Access, class Conclude>
 [[gnu::noinline]] Value OnUnknownVariable(Handle handle, CQMOwnerUse use, Value failure, Access access,
                                           Conclude conclude) noexcept {
@@ -83,8 +84,9 @@ template <class Value, class Access, class Conclude>
   }));
 }
 
-/** Runs access on the variable that handle names, or on null, while nobody destroys it, and then conclude
- * with what came of it on the variables of the current context; failure without one. */
+/** Runs access on the variable that handle names, or on null, and then conclude, on the variables of the
+ * current context, with the value of access. The variable is not destroyed meanwhile. failure without a
+ * context. */
 template <class Value, class Access, class Conclude>
 Value OnVariable(Handle handle, Value failure, Access access, Conclude conclude) noexcept {
   CQMOwnerUse use;
@@ -97,20 +99,20 @@ Value OnVariable(Handle handle, Value failure, Access access, Conclude conclude)
       use, failure, [=](CQMExecutor& context) { return conclude(CQMVariables(context), access(datum)); }));
 }
 
-/** As above, for questions that leave no error. */
+/** The value of access; an unknown handle is no error. */
 template <class Value, class Access>
 Value AskVariable(Handle handle, Value failure, Access access) noexcept {
   return OnVariable(handle, failure, access, [](CQMVariables const&, Value answer) { return answer; });
 }
 
-/** Keeps the error of access, and answers what it read or whether it stored. */
+/** Records the error of access, and returns the value that it read, or whether it stored one. */
 template <class Value, class Access>
 Value UseVariable(Handle handle, Value failure, Access access) noexcept {
   return OnVariable(handle, failure, access,
                     [](CQMVariables variables, auto const& outcome) { return variables.Conclude(outcome); });
 }
 
-/** Hands the parts of value out. */
+/** Stores the parts of value where the host wants them. */
 bool WriteParts(std::complex<double> value, double* real, double* imaginary) {
   if (real != nullptr) *real = value.real();
   if (imaginary != nullptr) *imaginary = value.imag();
@@ -119,12 +121,12 @@ bool WriteParts(std::complex<double> value, double* real, double* imaginary) {
 
 }  // namespace
 
-// The six extents or indices behind a dimension count, as parameters and as the argument they make.
+// A dimension count and six extents or indices, as parameters and as an argument.
 #define QM_INDEX_PARAMETERS long dims, long i1, long i2, long i3, long i4, long i5, long i6
 #define QM_INDICES (SQMIndices{dims, {i1, i2, i3, i4, i5, i6}})
-// The value of an expression of the variables v of the current context.
+// The value of an expression in v, the variables of the current context.
 #define QM_ON_VARIABLES(failure, ...) OnVariables(failure, [=](CQMVariables v) { return __VA_ARGS__; })
-// The outcome of an expression of the variable datum that handle names, or null.
+// The outcome of an expression in datum, the variable that handle names, or null.
 #define QM_ON_VARIABLE(failure, ...) \
   UseVariable(handle, failure, [=](CQMDatum* datum) { return __VA_ARGS__; })
 
@@ -180,7 +182,7 @@ bool qmLinkStrArray(char scope, char const* name, char* buffer, long length, QM_
   return QM_ON_VARIABLES(false, v.LinkArray<StringKind>(scope, name, buffer, QM_INDICES, length));
 }
 
-// ---- writing: one row a value, four functions a row ----
+// ---- writing: each row makes four functions ----
 #define QM_SETTERS(scalar, element, Access, Type)                                                           \
   bool scalar(char scope, char const* name, Type value) { return SetVariable<Access>(scope, name, value); } \
   bool scalar##ByHandle(Handle handle, Type value) {                                                        \

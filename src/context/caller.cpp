@@ -1,4 +1,4 @@
-// The callers of the process, and the graph of their waits.
+// The list of the calling threads, and their wait-for graph.
 #include "context/caller.h"
 
 #include <pthread.h>

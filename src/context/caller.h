@@ -16,45 +16,45 @@ class CQMThreadInfo;
  * processors. */
 inline constexpr std::size_t kCacheLine = 64;
 
-/** What the other threads may know of a calling thread. Everything that the library keeps for a thread hangs
- * on this record. It is never freed, so that other threads may look at it at any time; when its thread has
- * ended, a later thread to which the system gives the same id takes it over. */
+/** The record of a calling thread; everything that the library keeps for a thread hangs on it. It is never
+ * freed, so that other threads may read it at any time. When its thread has ended, a later thread to which
+ * the system gives the same id takes the record over. */
 struct alignas(kCacheLine) SQMCaller {
   explicit SQMCaller(unsigned long id);
   /** The record that stands for every thread that has not called yet. It is never written: it looks like the
-   * record of a thread that is in a context already, and calls of that kind take the slow path. */
+   * record of a thread that is inside a call already, so that its calls take the slow path. */
   constexpr explicit SQMCaller(CQMContextGate* alwaysUsed)
       : used(alwaysUsed), current(nullptr), threadId(0) {}
 
-  /** Ends the calls that a thread that has ended left open. */
+  /** Resets what a thread has left behind that ended in the middle of a call. */
   void Renew();
 
-  // ---- announced by plain stores, for other threads to look at ----
-  /** The gate that the outermost call went through as its owner; the queued mark when it came through another
-   * one by its lock; null when no call of the thread is in a context. */
+  // ---- published by plain stores, for other threads to read ----
+  /** Like a hazard pointer: the gate whose context the outermost call uses as the gate's owner; the queued
+   * mark when it entered a context by the lock of its gate; null while the thread is in no call. */
   std::atomic<CQMContextGate*> used{nullptr};
-  /** The gate of the current context; the none mark when there is none, the lost mark when another thread
-   * took it away. */
+  /** The gate of the current context; the none mark when there is none, the lost mark when another thread has
+   * destroyed the context. */
   std::atomic<CQMContextGate*> current;
   /** The process-wide variable that a call uses by its handle. */
   std::atomic<CQMLinkedObject const*> variable{nullptr};
   std::atomic<bool> usesRecord{false};
 
-  // ---- touched by the thread itself alone ----
-  int nested = 0;                   // calls in contexts beneath the outermost one
-  CQMThreadInfo* record = nullptr;  // as long as the generation is the library's
+  // ---- used by the thread itself alone ----
+  int nested = 0;                   // how many calls are inside the outermost one
+  CQMThreadInfo* record = nullptr;  // valid as long as the generation is that of the process
   unsigned long generation = 0;
 
   // ---- waiting ----
   enum EQMWait : int { Waiting, Granted, Dismissed };
   std::atomic<int> wait{Granted};
   SQMCaller* nextWaiter = nullptr;
-  std::atomic<SQMCaller*> const* awaited = nullptr;  // where the name stands of the thread that it waits for
+  std::atomic<SQMCaller*> const* awaited = nullptr;  // holds the thread that this one waits for
 
   unsigned long const threadId;
   SQMCaller* nextCaller = nullptr;
 
-  // ---- names of contexts as the thread was told them, a buffer a function ----
+  // ---- names of contexts that were returned to the host, one buffer for each exported function ----
   static constexpr std::size_t kNameSize = 128;
   char contextName[kNameSize] = {};
   char currentName[kNameSize] = {};
@@ -76,17 +76,18 @@ SQMCaller& ObtainCaller(unsigned long threadId);
 
 SQMCaller* FirstCaller();
 
-/** Waits until no thread uses variable by its handle, which must name nothing any more. */
+/** Waits until no thread uses variable by its handle. The handle must have been deleted before. */
 void WaitUntilUnused(CQMLinkedObject const& variable);
 
-/** The graph of who waits for whom. A wait that would close a circle is refused: it would never end. */
+/** The wait-for graph of the threads. A wait that would close a cycle is refused, since it would never end.
+ */
 class CQMWaits {
  public:
-  /** Enters that caller waits for whoever stands in holder, which stays valid until the end of the wait;
-   * false when that one waits for caller, if only by way of others. */
+  /** Records that caller waits for the thread in holder, which has to stay valid until the wait ends. False,
+   * and nothing is recorded, when that thread waits for caller, directly or through others. */
   static bool Begin(SQMCaller& caller, std::atomic<SQMCaller*> const& holder);
   static void End(SQMCaller& caller);
-  /** Ends the wait of caller as the new holder. */
+  /** Ends the wait of caller and makes it the new holder. */
   static void HandOver(std::atomic<SQMCaller*>& holder, SQMCaller& caller);
 };
 

@@ -1,4 +1,4 @@
-// Gates: their owners, the queue of those that come when another thread is in, and the end of their contexts.
+// Gates: their owners, the queue of the threads that wait to enter, and the end of their contexts.
 #include "context/context_gate.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ constinit UQMMark g_noneMark, g_lostMark, g_queuedMark;
 
 CQMContextGate::~CQMContextGate() = default;
 
-// ---- from context to context ----
+// ---- the contexts that a gate serves, one after the other ----
 
 CQMContextGate& CQMContextGate::Open(CQMExecutor& context) {
   CQMContextGate* gate = nullptr;
@@ -48,7 +48,7 @@ void CQMContextGate::Recycle() {
   m_nextFree = std::exchange(g_process.firstFreeGate, this);
 }
 
-// ---- in and out ----
+// ---- entering and leaving ----
 
 bool CQMContextGate::EnterFenced(SQMCaller& caller) {
   if (CQMAsymmetricBarrier::NeedsFences() && !m_isMark) {
@@ -67,7 +67,6 @@ void CQMContextGate::LeaveFenced(SQMCaller& caller) {
   Settle(caller);
 }
 
-/** Another thread may have taken an announcement, vain or just taken back, for a use that it waits for. */
 void CQMContextGate::Settle(SQMCaller& caller) {
   if (m_isMark) return;
   std::unique_ptr<CQMExecutor> unused;  // destroyed after the lock is released
@@ -116,7 +115,7 @@ void CQMContextGate::Release() {
   unused = PassOn();
 }
 
-/** Nobody is the owner afterwards, and one that may be in is the holder, until it has left. */
+/** Nobody is the owner afterwards. A former owner that may be inside is the holder until it has left. */
 void CQMContextGate::DispossessOwner() {
   SQMCaller* const owner = OwnerNow().load();
   OwnerNow().store(nullptr, CQMAsymmetricBarrier::kStore);
@@ -124,7 +123,7 @@ void CQMContextGate::DispossessOwner() {
   if (owner->used.load(CQMAsymmetricBarrier::kLoad) == this) m_holder.store(owner);
 }
 
-/** The holder has left: the first one that waits is the next holder. */
+/** The holder has left: the first waiting thread becomes the next one. */
 std::unique_ptr<CQMExecutor> CQMContextGate::PassOn() {
   if (SQMCaller* const next = RemoveFirstWaiter(); next != nullptr) {
     m_lastCaller = next;
@@ -183,7 +182,7 @@ std::unique_ptr<CQMExecutor> CQMContextGate::Close(std::unique_ptr<CQMExecutor> 
   return TakeUnused();
 }
 
-/** The condemned context, when nobody is in and nobody keeps it. */
+/** The condemned context, once nobody uses it. */
 std::unique_ptr<CQMExecutor> CQMContextGate::TakeUnused() {
   return m_holder.load() == nullptr && m_keepers == 0 ? std::move(m_condemned) : nullptr;
 }

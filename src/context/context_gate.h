@@ -1,4 +1,5 @@
-// The gate of a context: lets in one thread at a time, and keeps the context alive while threads are in it.
+// The gate of a context: admits one thread at a time, keeps the context alive while a thread uses it, and
+// finds its objects by their handles.
 #pragma once
 
 #include <memory>
@@ -13,48 +14,49 @@
 
 namespace qumel {
 
-class CQMCallbackOperator;
+class CQMCallbackPlace;
 class CQMDatum;
 class CQMExecutor;
 class CQMExpression;
 
-/** The thread that used a context alone for a while owns its gate and passes it by plain stores. Another one
- * that comes takes the ownership away, for which the system interrupts the other threads, and waits until the
- * owner has left. After that threads queue and take turns, until one has been alone again; each loss of the
- * ownership makes that while longer.
+/** A biased lock. A thread that has used a context alone for a while owns its gate, and enters and leaves by
+ * plain stores. Another thread that wants to enter revokes the ownership, for which the system interrupts all
+ * threads of the process, and waits until the owner has left. From then on threads enter by a lock, first
+ * come, first served, until one of them has been alone for a while; each revocation makes that while longer.
  *
- * Gates are never freed: a thread may still announce itself at one whose context is gone. It is then refused,
- * or let into the context that the gate serves next, and finds that this is not the one it looked for. */
+ * Gates are never freed, since a thread may still try to enter one whose context is gone. It is then refused,
+ * or enters the context that the gate serves next, and finds that this is not the one it looked for. */
 class alignas(kCacheLine) CQMContextGate {
  public:
   enum class EQMEntry {
-    AsOwner,  // announced in the caller's record
-    Queued,   // by the lock
-    Refused,  // the wait would never end
-    Closed,   // the context is gone
+    AsOwner,  // by plain stores
+    Queued,   // by the lock, maybe after a wait
+    Refused,  // not at all: the wait would never end
+    Closed,   // not at all: the context is gone
   };
 
-  /** A gate that serves context from now on. Throws without memory. */
+  /** Returns a gate that serves context from now on. Throws std::bad_alloc. */
   static CQMContextGate& Open(CQMExecutor& context);
-  /** By the context that the gate serves, when it goes. */
+  /** Called by the context that the gate serves, when it is destroyed. */
   void Recycle();
 
-  // Marks that stand where a gate may stand. They let nobody in.
+  // Marks, which take the place of a pointer to a gate where there is none. Nobody can enter them.
   static inline CQMContextGate* None();
   static inline CQMContextGate* Lost();
   static inline CQMContextGate* Queued();
   bool IsMark() const { return m_isMark; }
 
-  /** The context; to be used only while it is kept alive. */
+  /** The context. Only a thread that keeps it alive may use it. */
   CQMExecutor* GetContext() const { return m_context.load(std::memory_order_relaxed); }
 
-  // ---- in and out ----
-  /** For a caller that is in no context. After false it calls Acquire, or Settle if it does not go in. */
+  // ---- entering and leaving ----
+  /** For a caller that is in no context. After false it has to call Acquire, or Settle if it does not want to
+   * enter any more. */
   bool EnterAsOwner(SQMCaller& caller) { return AnnounceOwner(caller) || EnterFenced(caller); }
   void LeaveAsOwner(SQMCaller& caller) {
     if (!EndAnnouncement(caller)) LeaveFenced(caller);
   }
-  // The two halves of each, for the fast path: what comes after false.
+  // Each consists of two parts: what the fast path does, and what has to follow when that gives false.
   bool AnnounceOwner(SQMCaller& caller) {
     caller.used.store(this, CQMAsymmetricBarrier::kStore);
     CQMAsymmetricBarrier::ForbidReordering();
@@ -67,8 +69,8 @@ class alignas(kCacheLine) CQMContextGate {
     return m_owner.load(CQMAsymmetricBarrier::kLoad) == &caller;
   }
   void LeaveFenced(SQMCaller& caller);
-  // The objects of the context that hosts know by handles; for whoever is in the context.
-  /** Finds an object of this class that was found by handle before, unless others have taken its place. */
+  // The objects of the context that hosts know by handles; for a thread that has entered.
+  /** Finds an object of this class in the cache of those found before. */
   template <class Object>
   bool FindAgain(Handle handle, Object*& object) const {
     CQMLinkedObject* found = nullptr;
@@ -76,31 +78,33 @@ class alignas(kCacheLine) CQMContextGate {
     object = static_cast<Object*>(found);
     return true;
   }
-  /** Finds any object of this class; null where handle names no such object of the context. */
+  /** Finds an object of this class and puts it into the cache; null where handle names no such object of the
+   * context. */
   template <class Object>
   Object* Find(Handle handle);
-  /** For a caller that is not in this context; waits until the thread that is has left. */
+  /** For a caller that is not in this context. Waits until no other thread is. */
   EQMEntry Acquire(SQMCaller& caller);
+  /** Another thread may wait for caller, since it took the attempt to enter for an entry: ends that wait. */
   void Settle(SQMCaller& caller);
-  /** Ends an announcement that was in vain. */
+  /** Gives an attempt to enter up that AnnounceOwner began. */
   void Withdraw(SQMCaller& caller) {
     caller.used.store(nullptr, CQMAsymmetricBarrier::kStore);
     Settle(caller);
   }
-  /** After Queued. */
+  /** Leaves after an entry that was Queued. */
   void Release();
-  /** Whether caller came in by the lock and has not left. */
+  /** Whether caller has entered by the lock and has not left. */
   bool IsHeldBy(SQMCaller const& caller) const { return m_holder.load() == &caller; }
 
-  /** How many threads wait; for tests. */
+  /** How many threads wait to enter; for tests. */
   int CountWaiters();
 
-  // ---- without going in ----
-  /** Keeps the context alive; null when it is gone. */
+  // ---- keeping the context alive without entering it ----
+  /** The context, which stays alive until LetGo; null when it is gone. */
   CQMExecutor* Keep();
   void LetGo();
-  /** Lets nobody in any more, sends those that wait away, and answers context when it is not in use;
-   * otherwise it goes when the last one has left it. */
+  /** Admits nobody any more and turns the waiting threads away. Returns context if it is not in use;
+   * otherwise the last thread that uses it destroys it. */
   std::unique_ptr<CQMExecutor> Close(std::unique_ptr<CQMExecutor> context);
 
   enum class EQMKind : bool { Gate, Mark };
@@ -113,30 +117,30 @@ class alignas(kCacheLine) CQMContextGate {
   using Owner = std::atomic<SQMCaller*>;
   Owner& OwnerNow() { return CQMAsymmetricBarrier::NeedsFences() ? m_fencedOwner : m_owner; }
   EQMEntry Wait(SQMCaller& caller, std::unique_lock<std::mutex>& lock);
-  // under the lock
+  // to be called with m_mutex locked
   void DispossessOwner();
   std::unique_ptr<CQMExecutor> PassOn();
   std::unique_ptr<CQMExecutor> TakeUnused();
   SQMCaller* RemoveFirstWaiter();
 
-  Owner m_owner{nullptr};  // whom the fast path lets in
+  Owner m_owner{nullptr};  // may enter by plain stores
   std::atomic<CQMExecutor*> m_context{nullptr};
-  std::tuple<CQMHandleCache<CQMExpression>, CQMHandleCache<CQMDatum>, CQMHandleCache<CQMCallbackOperator>>
+  std::tuple<CQMHandleCache<CQMExpression>, CQMHandleCache<CQMDatum>, CQMHandleCache<CQMCallbackPlace>>
       m_found;
   bool const m_isMark;
   bool m_isOpen = false;
-  Owner m_fencedOwner{nullptr};  // instead, where an owner has to pass a fence after each announcement
-  std::mutex m_mutex;            // of what follows, and of changes of the owner
-  /** Who came in by the lock, or the dispossessed owner that may still be in. Others wait only while there is
-   * one. */
+  Owner m_fencedOwner{nullptr};  // the owner instead, where the system has no barrier for other threads
+  std::mutex m_mutex;            // guards what follows, and changes of the owner
+  /** The thread that has entered by the lock, or a former owner that may still be inside. Others wait only
+   * while there is one. */
   std::atomic<SQMCaller*> m_holder{nullptr};
   SQMCaller* m_firstWaiter = nullptr;
   SQMCaller* m_lastWaiter = nullptr;
   int m_keepers = 0;
-  std::unique_ptr<CQMExecutor> m_condemned;  // goes with the last one that is in or keeps it
+  std::unique_ptr<CQMExecutor> m_condemned;  // destroyed by the last thread that uses it
   SQMCaller const* m_lastCaller = nullptr;
-  int m_turns = 0;     // of the last caller without another between
-  int m_patience = 1;  // so many of them make it the owner
+  int m_turns = 0;     // how often the last caller has entered since another one did
+  int m_patience = 1;  // how many such turns make a caller the owner
   CQMContextGate* m_nextFree = nullptr;
 };
 
@@ -157,7 +161,7 @@ Object* CQMContextGate::Find(Handle handle) {
   return static_cast<Object*>(object);
 }
 
-/** A gate that is not destroyed with the static objects: threads may still call then. */
+/** A gate that is never destroyed, since threads may still call when static objects are. */
 union UQMMark {
   constexpr UQMMark();
   ~UQMMark() {}

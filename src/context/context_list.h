@@ -11,8 +11,8 @@
 
 namespace qumel {
 
-/** No two of the contexts have the same name, and none is renamed. As CQMSiblingList it has no destructor,
- * and no lock: who uses it empties it. */
+/** Owns its contexts, of which no two have the same name and none is renamed. Like CQMSiblingList it has no
+ * destructor, so that its user has to empty it, and no lock. */
 class CQMContextList {
  public:
   CQMExecutor* Append(std::unique_ptr<CQMExecutor> owner) {
@@ -27,7 +27,7 @@ class CQMContextList {
   std::unique_ptr<CQMExecutor> Remove(CQMExecutor* executor) {
     std::uint32_t place = PlaceOf(executor->Name().data());
     m_places[place].context = nullptr;
-    // those that stand behind without a gap may belong further forward now
+    // contexts in the places that follow without a gap may belong further forward now
     while (m_places[place = Next(place)].context != nullptr) {
       SQMPlace const moved = std::exchange(m_places[place], {});
       m_places[PlaceOf(moved.context->Name().data())] = moved;
@@ -39,7 +39,7 @@ class CQMContextList {
     return m_contexts.GetFirst() != nullptr ? Remove(m_contexts.GetFirst()) : nullptr;
   }
 
-  /** Null for a name that none has. */
+  /** Null when no context has that name. */
   CQMExecutor* FindByName(char const* name) const {
     return m_count != 0 ? m_places[PlaceOf(name)].context : nullptr;
   }
@@ -50,8 +50,7 @@ class CQMContextList {
   }
 
  private:
-  // A hash table with open addressing: a context stands in the place that its name chooses, or in the next
-  // free one behind.
+  // A hash table with linear probing.
   struct SQMPlace {
     CQMExecutor* context = nullptr;
     std::uint32_t hash = 0;
@@ -64,7 +63,7 @@ class CQMContextList {
     return hash;
   }
   std::uint32_t Next(std::uint32_t place) const { return (place + 1) & (m_size - 1); }
-  /** Where the context of that name stands or would stand. */
+  /** The place of the context of that name, or the free place where it would be entered. */
   std::uint32_t PlaceOf(char const* name) const {
     std::uint32_t const hash = HashOf(name);
     std::uint32_t place = hash & (m_size - 1);
@@ -92,7 +91,7 @@ class CQMContextList {
 
   CQMSiblingList<CQMExecutor> m_contexts;
   SQMPlace* m_places = nullptr;
-  std::uint32_t m_size = 0;  // a power of two, or nothing
+  std::uint32_t m_size = 0;  // a power of two, or 0
   std::uint32_t m_count = 0;
 };
 

@@ -1,4 +1,4 @@
-// The ways of calls into contexts that are not the shortest, and the end of what calls may still use.
+// The slow paths of calls into contexts, and the destruction of what calls may still use.
 #include "context/context_use.h"
 
 #include "base/stack_room.h"
@@ -14,7 +14,7 @@ CQMContextUse::CQMContextUse(EQMNeed need, CQMContextGate* tried) : m_caller(Fin
     SetEntry(EQMEntry::AsOwner, *tried);
     return;
   }
-  // the gate that the fast path tried comes first, whatever became of it meanwhile
+  // the gate that the fast path tried comes first, even if it is not that of the current context any more
   for (CQMContextGate* gate = tried;; gate = nullptr) {
     if (gate == nullptr || gate->IsMark()) {
       if (!HasNeeded(need)) return;
@@ -22,7 +22,7 @@ CQMContextUse::CQMContextUse(EQMNeed need, CQMContextGate* tried) : m_caller(Fin
     }
     Enter(*gate);
     if (m_isRefused) return;
-    // another thread may have destroyed the context, during the wait or before: then there is another one
+    // if another thread has destroyed the context meanwhile, the next current one is tried
     if (m_entry != EQMEntry::None && m_caller->current.load() == gate) return;
     Leave();
   }
@@ -31,7 +31,7 @@ CQMContextUse::CQMContextUse(EQMNeed need, CQMContextGate* tried) : m_caller(Fin
 CQMContextUse::CQMContextUse(Handle handle, EQMNeed need, CQMContextGate* tried) : m_caller(FindCaller()) {
   CQMContextGate* gate = CQMLinkedObject::FindTarget(handle).gate;
   if (tried != nullptr && tried == gate) {
-    m_caller->used.store(nullptr, CQMAsymmetricBarrier::kStore);  // to enter it is to settle, too
+    m_caller->used.store(nullptr, CQMAsymmetricBarrier::kStore);  // Enter settles it, too
   } else {
     if (tried != nullptr) tried->Withdraw(*m_caller);
     if (!HasNeeded(need)) return;
@@ -39,14 +39,14 @@ CQMContextUse::CQMContextUse(Handle handle, EQMNeed need, CQMContextGate* tried)
     if (gate == nullptr) return;
   }
   Enter(*gate);
-  // looked up again: until here another thread may have destroyed the object
+  // looked up again, since another thread may have destroyed the object until here
   SQMHandleTarget const target = CQMLinkedObject::FindTarget(handle);
   m_object = target.object;
   if (target.object == nullptr || target.gate != gate) Leave();
 }
 
-/** Whether the calling thread has a record and, unless there is no need, a current context. Makes what need
- * allows to be made. */
+/** Whether the calling thread has a record and the current context that it needs. Makes them where need
+ * allows that. */
 bool CQMContextUse::HasNeeded(EQMNeed need) {
   bool const mayMake = need == EQMNeed::Current;
   if (m_caller == nullptr || (mayMake && m_caller->current.load()->IsMark())) {
@@ -181,7 +181,7 @@ CQMRecordUse::CQMRecordUse() : m_caller(FindCaller()) {
   }
 }
 
-/** The thread's record as the thread remembers it, unless records went since. */
+/** Finds the record that the thread remembers, unless records were destroyed since. */
 bool CQMRecordUse::FindRecord() {
   m_caller->usesRecord.store(true, CQMAsymmetricBarrier::kStore);
   CQMAsymmetricBarrier::Light();
@@ -194,12 +194,12 @@ CQMRecordUse::~CQMRecordUse() {
   if (m_caller == nullptr) return;
   m_caller->usesRecord.store(false, CQMAsymmetricBarrier::kStore);
   CQMAsymmetricBarrier::Light();
-  // from here on the record may be gone
+  // from here on another thread may destroy the record
   if (g_process.retiredCount.load(CQMAsymmetricBarrier::kLoad) != 0) DestroyUnusedRecords();
 }
 
 std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record) {
-  // counted before the look, so that a call that ends now either is not seen or sees the count
+  // counted before the check, so that a call that ends now is either not seen or sees the count
   ++g_process.retiredCount;
   CQMAsymmetricBarrier::Heavy();
   if (record->IsInUse()) {

@@ -1,5 +1,5 @@
-// What keeps contexts, threads' records and process-wide variables alive while a call uses them, and their
-// destruction after it.
+// Scopes that keep a context, the record of a thread or a process-wide variable alive while a call uses it,
+// and the destruction of these once no call does.
 #pragma once
 
 #include <memory>
@@ -17,7 +17,7 @@ class CQMOwnerUse {
  public:
   CQMOwnerUse() : m_caller(*t_caller) {}
 
-  /** False when the fast path cannot be taken: CQMContextUse then needs to know the gate that was tried. */
+  /** False when the fast path cannot be taken; CQMContextUse then has to be told the gate that was tried. */
   [[gnu::always_inline]] bool Enter() {
     if (m_caller.used.load(std::memory_order_relaxed) != nullptr) [[unlikely]]
       return false;
@@ -28,7 +28,7 @@ class CQMOwnerUse {
   CQMContextGate* GetGate() const { return m_gate; }
   /** The context that the thread is in, for code that is rarely run: nothing is kept in a register for it. */
   CQMExecutor& FindContext() const { return *m_caller.used.load(std::memory_order_relaxed)->GetContext(); }
-  /** Gives value back, so that calls end by a jump to the slow way out, where it is needed. */
+  /** Returns value, which lets the compiler end a call by a jump where leaving needs the slow path. */
   template <class Value>
   [[gnu::always_inline]] Value Leave(Value value) {
     // the gate is read again, which costs less than to keep it during the call
@@ -50,49 +50,47 @@ class CQMOwnerUse {
   CQMContextGate* m_gate = nullptr;
 };
 
-/** One call of the calling thread in a context, from its arrival until it returns, by whichever way it gets
- * in. It waits until no other thread is in the context. Calls may nest, when a callback of the host calls the
- * library. A context that is destroyed meanwhile, by the callback or by another thread, lives on until the
- * last call in it has returned. */
+/** One call of the calling thread in a context, entered on whichever path. It waits until no other thread is
+ * in the context. Calls nest when a callback of the host calls the library. A context that is destroyed
+ * meanwhile, by the callback or by another thread, lives on until no call uses it. */
 class CQMContextUse {
  public:
-  /** Evaluations that callbacks ask for nest this deep: each takes stack of the thread. */
+  /** How deep evaluations may nest that callbacks ask for, since each of them takes stack. */
   static constexpr int kMostNestedCalls = 200;
 
   /** Whether a call needs the current context of the thread. */
   enum class EQMNeed { Current, CurrentIfAny, None };
-  /** A call in the current context. For Current it is found or made where there is none; there is none only
-   * for want of memory, after the library was unloaded, and when the wait for it would never end.
-   * CurrentIfAny makes none current, and the thread may go without. tried is the gate that the fast path
-   * could not get into, if it tried one. */
+  /** A call in the current context. With Current, a thread without one is given the default context; this
+   * fails when memory is exhausted, after the library was unloaded, and when the wait would never end. With
+   * CurrentIfAny, such a thread does without. tried is the gate that the fast path tried and failed to
+   * enter, if any. */
   explicit CQMContextUse(EQMNeed need = EQMNeed::Current, CQMContextGate* tried = nullptr);
-  /** A call in the context that guards the object of handle, whichever is current; there is none when there
-   * is no such object, or when the calling thread cannot have the current context that the call needs. */
+  /** A call in the context to which the object of handle belongs, whichever context is current. It fails when
+   * there is no such object, or when the thread cannot have the current context that the call needs. */
   CQMContextUse(Handle handle, EQMNeed need, CQMContextGate* tried = nullptr);
   ~CQMContextUse() { Leave(); }
   CQMContextUse(CQMContextUse const&) = delete;
   CQMContextUse& operator=(CQMContextUse const&) = delete;
 
   CQMExecutor* GetExecutor() const { return m_executor; }
-  /** The object of the handle; null without a context. */
+  /** The object of the handle; null when the call has entered no context. */
   CQMLinkedObject* GetObject() const { return m_executor != nullptr ? m_object : nullptr; }
-  /** Whether the context is the current one of the thread. */
+  /** Whether the call has entered the current context of the thread. */
   bool IsInCurrent() const {
     return m_executor != nullptr && m_gate == m_caller->current.load(std::memory_order_relaxed);
   }
-  /** Whether the wait was refused. */
+  /** Whether the call failed because its wait would never end. */
   bool IsRefused() const { return m_isRefused; }
-  /** Whether the calling thread's calls nest too deep, or its stack is too small, for one that may call the
-   * host back. */
+  /** Whether calls nest too deep, or too little stack is left, for a call that may call the host back. */
   static bool IsTooDeep();
 
  private:
   enum class EQMEntry : unsigned char {
     None,
     AsOwner,
-    Queued,        // outermost, by the lock
-    NestedQueued,  // beneath a call in another context
-    Nested,        // beneath a call in the same context
+    Queued,        // the outermost call, by the lock of the gate
+    NestedQueued,  // inside a call in another context
+    Nested,        // inside a call in the same context
   };
 
   bool HasNeeded(EQMNeed need);
@@ -108,7 +106,7 @@ class CQMContextUse {
   bool m_isRefused = false;
 };
 
-/** A call that uses the record of the calling thread. Other threads destroy the record, if they do, after it.
+/** A call that uses the record of the calling thread. Another thread that destroys the record waits for it.
  */
 class CQMRecordUse {
  public:
@@ -117,7 +115,7 @@ class CQMRecordUse {
   CQMRecordUse(CQMRecordUse const&) = delete;
   CQMRecordUse& operator=(CQMRecordUse const&) = delete;
 
-  /** Null for want of memory and after the unloading of the library. */
+  /** Null when memory is exhausted and after the library was unloaded. */
   CQMThreadInfo* GetRecord() const { return m_record; }
 
  private:
@@ -127,14 +125,15 @@ class CQMRecordUse {
   CQMThreadInfo* m_record = nullptr;
 };
 
-/** Keeps a context alive, whether or not another thread is in it: while its name is read, and while a thread
- * waits for its lock. */
+/** Keeps a context alive without waiting for a thread that is in it: while its name is read, and while a
+ * thread waits for its lock. */
 class CQMKeptContext {
  public:
-  /** The current context of the calling thread, if it has one. Without mayWait the calling thread may be in
-   * it, which costs less; then it waits for nobody as long as this lives. */
+  /** The current context of the calling thread, if it has one. Without mayWait the thread may enter the
+   * context as its owner, which costs less; it must then wait for nobody during the lifetime of this object.
+   */
   explicit CQMKeptContext(bool mayWait = false);
-  /** A context that cannot be destroyed before this returns. */
+  /** A context that nobody can destroy until the constructor returns. */
   explicit CQMKeptContext(CQMExecutor* executor);
   ~CQMKeptContext() {
     if (m_isIn) m_gate->LeaveAsOwner(*t_caller);
@@ -151,8 +150,8 @@ class CQMKeptContext {
   bool m_isIn = false;
 };
 
-/** Keeps the process-wide variable of a handle alive while the calling thread uses it; deleting it waits. The
- * thread calls nobody meanwhile. */
+/** Keeps the process-wide variable of a handle alive while the calling thread uses it: a thread that deletes
+ * it waits. The calling thread must neither wait nor call the host meanwhile. */
 class CQMSharedVariableUse {
  public:
   explicit CQMSharedVariableUse(Handle handle);
@@ -160,23 +159,24 @@ class CQMSharedVariableUse {
   CQMSharedVariableUse(CQMSharedVariableUse const&) = delete;
   CQMSharedVariableUse& operator=(CQMSharedVariableUse const&) = delete;
 
-  /** Null when handle names no object that is guarded by no context. */
+  /** Null when handle names nothing, or an object that belongs to a context. */
   CQMLinkedObject* GetObject() const { return m_object; }
 
  private:
   CQMLinkedObject* m_object;
 };
 
-/** Records that a wait of the calling thread was refused: in the current context, if the thread is in it. */
+/** Sets the last error of the current context, if the calling thread is in it, to tell that a wait was
+ * refused. */
 void ReportRefusedWait();
 
-/** Takes executor, which is in no list any more, away from all threads and from the default, and destroys it
- * now or when the last call in it has returned. */
+/** Destroys executor, which must be in no list any more, now or when no call uses it any more. It is no
+ * thread's current context afterwards and not the default one. */
 void DestroyWhenUnused(std::unique_ptr<CQMExecutor> executor);
 
-/** Under the thread list's lock, of a record that is in no list any more: it loses its current context, and
- * is kept for the call that uses it, for which the answer is null, or comes back to be destroyed once the
- * lock is released. */
+/** To be called with the thread list locked, for a record that is in no list any more. Returns the record,
+ * without a current context, for the caller to destroy once the lock is released; or null when a call uses it
+ * and will destroy it at its end. */
 std::unique_ptr<CQMThreadInfo> RetireThread(std::unique_ptr<CQMThreadInfo> record);
 
 }  // namespace qumel

@@ -33,7 +33,7 @@ struct SQMCaller;
 
 using ErrorCallback = void (*)(long code);
 
-/** Used by one thread at a time: calls come in through its gate. */
+/** Used by one thread at a time, since calls enter it through its gate. */
 class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
  public:
   static constexpr char const* kTypeTag = TypeTag::kExecutor;
@@ -43,24 +43,24 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   ~CQMExecutor() override;
 
   // ---- lifecycle (executor_lifecycle.cpp) ----
-  /** A context that is initialised, with those of the settings that its kind copies, and has its handle.
-   * std::bad_alloc without the memory. */
+  /** Makes a context that is initialised, has a handle and has copied those of the settings that its kind
+   * copies. Throws std::bad_alloc. */
   static std::unique_ptr<CQMExecutor> Make(char const* name, SQMSettings const& settings,
                                            EQMContextKind kind);
-  /** Builds the tables; the first context of the process builds the process-wide ones. Settings of the first
-   * group can only be chosen before. */
+  /** Builds the tables; the first context of the process builds the process-wide ones, too. Fixed settings
+   * can only be chosen before. */
   bool Initialize();
   void CleanUp();
   CQMContextGate& GetGate() { return m_gate; }
   CQMContextGate* GetHandleGuard() override { return &m_gate; }
-  // The lock of hosts, an agreement among threads that take it.
+  // The advisory lock, which hosts take for sequences of calls that belong together.
   /** Waits for the lock, unless holder has it already. False when the context is being destroyed and when the
    * wait would never end. */
   bool AcquireExecutor(SQMCaller& holder);
-  /** Gives the lock back, if holder has it. */
+  /** Releases the lock, if holder has it. */
   void ReleaseExecutor(SQMCaller& holder);
-  /** Marks the context as one that is being destroyed: it lives on only until the calls that run in it have
-   * returned, and no thread waits for its lock any more. */
+  /** Marks the context as being destroyed: it lives on only until no call uses it, and no thread waits for
+   * its lock any more. */
   void Retire();
   bool IsRetired() const { return m_retired.load(); }
 
@@ -116,7 +116,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
 
   // ---- settings (executor_settings.cpp) ----
   SQMSettings const& GetSettings() const { return m_settings; }
-  // The setters, one a row: those of fixed settings act only before Initialize, the others at any time.
+  // One setter for each row: those of fixed settings act only before Initialize, the others at any time.
 #define QM_SETTING(group, member, name, exported, Type, ...) void Set##name(Type value) QM_OVERRIDE_##group;
 #define QM_CONTEXT_SETTING(member, name, Type, initial) void Set##name(Type value);
 #define QM_OVERRIDE_Fixed
@@ -128,7 +128,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
 #undef QM_OVERRIDE_Live
 #undef QM_OVERRIDE_Switch
 #undef QM_OVERRIDE_Word
-  // Mode words change one flag each.
+  // What mode words change: one flag each.
   void SetAllowComplexFlag(bool allow) override { m_settings.allowComplexResults = allow; }
   void SetForceComplexFlag(bool force) override { m_settings.forceComplexResults = force; }
   double const& GetAngleFactorToRadians() const override { return m_angle.toRadians; }
@@ -145,7 +145,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   static long LoadCosmicErrorMessage(long code, char const* text);
   long LoadGlobalErrorMessage(long code, char const* text);
   bool DefineError(char scope, long code, char const* text);
-  /** Lives as long as its table; the text of UnknownError for an unknown code. */
+  /** The message of code, or that of UnknownError for an unknown code. It lives as long as its table. */
   char const* GetErrorText(long code);
   char const* GetLastErrorText() { return GetErrorText(m_lastError); }
   long GetLastErrorID() const { return m_lastError; }
@@ -154,11 +154,12 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
     if (code >= 0) m_lastError = code;
   }
   void ClearLastError() { m_lastError = Error::None; }
-  /** Called once at the end of every evaluation that failed, with its error. Null for none. */
+  /** Sets the function that is called with the error at the end of every evaluation that failed; null for
+   * none. */
   void SetErrorFunction(ErrorCallback function) { m_errorCallback = function; }
 
   // ---- operators (executor_operators.cpp) ----
-  /** Scope 'C' the shared list, 'G' this context's, any other this context's and then the shared one. */
+  /** Scope 'C' stands for the process-wide list, 'G' for the context's, any other for both. */
   bool IsOperator(char scope, char const* token) const;
   bool IsSymbol(char scope, char const* name);
   CQMPostFixer& GetPostFixer() { return *m_postFixer; }
@@ -167,7 +168,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   std::shared_ptr<SQMOperatorDefinition const> FindOperatorDefinition(long id) override;
   static long GetNextExternalOperatorID() { return sm_lNextExternalOperatorID++; }
 
-  // ---- variables (executor_variables.cpp): the tables; the family of members stands with it ----
+  // ---- variables (variables.h has the operations) ----
   CQMSymbolTable* GetCosmicSymbolTable() override { return sm_pCosmicSymTab; }
   CQMSymbolTable* GetGlobalSymbolTable() override { return m_globalSymbols.get(); }
   bool IsVariable(char scope, char const* name);
@@ -192,7 +193,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   void BuildTables();
   // executor_errors.cpp
   static void LoadStandardMessages(CQMSymbolTable& table);
-  // executor_settings.cpp: what follows when a setting was stored
+  // executor_settings.cpp: the effects of settings
   void FollowNothing() {}
   void FollowAngleUnit();
   void FollowAllowedComplex();
@@ -235,7 +236,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   CQMRandomGenerator m_random;
   bool m_initialized = false;
   SQMContextSettings m_settings;
-  SQMAngleFactors m_angle{1.0, 1.0};  // until the angle unit is set
+  SQMAngleFactors m_angle{1.0, 1.0};  // radians, until the angle unit is set
   ErrorCallback m_errorCallback = nullptr;
   std::unique_ptr<CQMPostFixer> m_postFixer;
   std::unique_ptr<CQMOperatorFactory> m_factory;

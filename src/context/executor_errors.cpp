@@ -1,4 +1,4 @@
-// Error messages: the process-wide table of the standard ones and each context's own.
+// Error messages: the process-wide table of the standard messages, and the messages of each context.
 #include <mutex>
 
 #include "base/number_text.h"
@@ -10,7 +10,7 @@ namespace qumel {
 
 namespace {
 
-/** The test for a known code searches the parent of table too. */
+/** Refuses codes that are known in table or in its parent. */
 long LoadMessage(CQMSymbolTable& table, long code, char const* text) {
   if (text == nullptr || *text == '\0') return Error::ErrorMessageNotLoaded;
   std::string const name = DecimalText(code);
@@ -18,7 +18,7 @@ long LoadMessage(CQMSymbolTable& table, long code, char const* text) {
   auto message = std::make_unique<CQMStackString>(text);
   message->SetObjectName(name.c_str());
   long const result = table.AddSymbol(message.get());
-  if (result == Error::None) static_cast<void>(message.release());  // the table's from now on
+  if (result == Error::None) static_cast<void>(message.release());  // the table owns it now
   return result;
 }
 

@@ -28,7 +28,7 @@ std::shared_ptr<CQMStandardOperators const> FindGlobalDialect(bool impliedMultip
   return dialect;
 }
 
-/** What symbol tables need to make variables by themselves. */
+/** Lets symbol tables, which know nothing of datums, make variables. */
 constexpr SQMVariableTraits kVariables{
     [](char const* name, EQMDataType type) -> CQMObject* {
       return std::make_unique<CQMDatum>(type, name).release();
@@ -56,7 +56,7 @@ CQMExecutor::CQMExecutor() : m_gate(CQMContextGate::Open(*this)) {
 
 CQMExecutor::~CQMExecutor() {
   CleanUp();
-  DeleteHandle();  // while the gate is still the context's
+  DeleteHandle();  // while the gate still serves this context
   sem_destroy(&m_semaphore);
   std::scoped_lock const lock(g_process.cosmicMutex);
   if (--sm_lExecutorCount == 0) DestroyCosmicTables();
@@ -110,7 +110,7 @@ void CQMExecutor::BuildTables() {
 
 void CQMExecutor::CleanUp() {
   m_initialized = false;
-  DestroyChildren();  // expressions and resolvers; before the tables that expressions hold references on
+  DestroyChildren();  // expressions, before the tables whose variables they refer to
   m_resolvers = {};
   m_postFixer.reset();
   m_factory.reset();
@@ -150,7 +150,7 @@ void CQMExecutor::DestroyCosmicTables() {
 // ---- the lock ----
 
 bool CQMExecutor::AcquireExecutor(SQMCaller& holder) {
-  if (m_lockHolder.load() == &holder) return true;  // waiting for itself would never end
+  if (m_lockHolder.load() == &holder) return true;  // a thread that waited for itself would wait for ever
   if (sem_trywait(&m_semaphore) != 0) {
     if (!CQMWaits::Begin(holder, m_lockHolder)) {
       ReportRefusedWait();

@@ -1,4 +1,4 @@
-// What names stand for in a context: operators and variables.
+// Queries: what a name stands for in a context.
 #include "context/executor.h"
 #include "context/variables.h"
 

@@ -10,7 +10,8 @@ namespace qumel {
 
 using namespace SettingRule;
 
-/** The converter takes the fixed settings over when the context is initialised. */
+// The converter takes the fixed settings over when the context is initialised, so that they cannot change
+// later.
 #define QM_SETTING(group, member, name, exported, Type, initial, accepted, copied, effect) \
   void CQMExecutor::Set##name(Type value) {                                                \
     if (EQMSettingGroup::group == EQMSettingGroup::Fixed && m_initialized) return;         \
@@ -37,7 +38,8 @@ double CQMExecutor::GetRadiusOrdinate(double real, double imaginary) const {
 }
 
 double CQMExecutor::GetThetaOrdinate(double real, double imaginary) const {
-  // Neither quadrants nor the signs of imaginary numbers are told apart: hosts know polar forms like this.
+  // Quadrants and the sign of a purely imaginary number are not told apart: this is documented, and hosts may
+  // depend on it.
   double const angle = real == 0.0 ? std::numbers::pi / 2.0 : std::atan(imaginary / real);
   return angle * m_angle.fromRadians;
 }

@@ -1,4 +1,4 @@
-// The start and end of the library, and the records of the calling threads.
+// Start and end of the library, and the records of the calling threads.
 #include "context/library.h"
 
 #include <utility>
@@ -10,16 +10,16 @@ namespace qumel {
 
 namespace {
 
-/** Under the thread list's lock. */
+/** To be called with the thread list locked. */
 void CreatePrimaryExecutor(CQMThreadInfo& creator) {
   auto executor = CQMExecutor::Make(kPrimaryName, creator.GetCopies(), EQMContextKind::Primary);
   g_process.primaryExecutor.store(executor.release());
   g_process.defaultExecutor.store(g_process.primaryExecutor.load());
 }
 
-/** Under the thread list's lock. */
+/** To be called with the thread list locked. */
 void ChooseContext(CQMThreadInfo& record) {
-  // a default that is gone is made anew only while there is no primary context
+  // a default context that was destroyed is made again only if there is no primary context either
   if (g_process.defaultExecutor.load() == nullptr && g_process.primaryExecutor.load() == nullptr) {
     CreatePrimaryExecutor(record);
   }
@@ -83,7 +83,7 @@ bool DropThreadInfo() {
   unsigned long const id = OwnThreadId();
   while (CQMThreadInfo* const record = g_process.threads.GetNext(previous)) {
     if (record->GetThreadId() == id) {
-      // the record before the caller's own goes, on purpose
+      // the record that precedes the caller's own is destroyed, as is documented
       ++g_process.generation;
       dropped = RetireThread(g_process.threads.Remove(previous));
       break;

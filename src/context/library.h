@@ -1,4 +1,5 @@
-// The process-wide frame: start and end of the library, the thread records, and the named contexts.
+// What the exported functions do that concerns the whole library: its start and end, the records of threads,
+// and the named contexts.
 #pragma once
 
 #include "context/executor.h"
@@ -10,26 +11,27 @@ namespace qumel {
 inline constexpr char kPrimaryName[] = "Qumel";
 inline constexpr float kVersion = 2.5f;
 
-/** The calling thread's record; with create also with a current context where one can be had. Null after
- * unloading and when memory is exhausted. A record found before is returned without a lock. */
+/** The calling thread's record. With create, the thread is given the default context if it has no current
+ * one. Null when memory is exhausted and after the library was unloaded. A thread finds its record again
+ * without a lock. */
 CQMThreadInfo* GetThreadInfo(bool create);
 CQMExecutor* FindPublicExecutor(char const* name);
 bool IsPublicExecutor(CQMExecutor const* executor);
 bool DropPublicExecutor(char const* name);
 bool DropThreadInfo();
 
-// For hosts that look at the lists themselves. The holder may go on calling the library, unless another
-// thread holds the other list; a release by a thread that holds nothing does nothing.
+// Lock and unlock the lists for hosts that look at them. The holder may call the library, as long as no other
+// thread holds the other list. A thread that releases what it does not hold changes nothing.
 void AcquireExecutorList();
 void ReleaseExecutorList();
 void AcquireThreadList();
 void ReleaseThreadList();
 
 bool InitializeLibrary();
-/** Destroys all thread records and public contexts; the primary context stays and becomes the default again.
- * False after unloading. */
+/** Destroys all thread records and public contexts; the primary context stays and becomes the default
+ * context. False after the library was unloaded. */
 bool ResetLibrary();
-/** Destroys everything. From now on there are no records and no contexts. */
+/** Destroys everything for good: no records and no contexts are made any more. */
 void CleanUpLibrary();
 
 Handle CreatePublicContext(char const* name);

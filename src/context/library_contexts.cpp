@@ -13,7 +13,7 @@ namespace {
 
 using NameBuffer = char[SQMCaller::kNameSize];
 
-/** Longer names are cut. */
+/** Copies name, cut to the size of the buffer. */
 char const* CopyName(std::string_view name, NameBuffer& buffer) {
   std::size_t const length = std::min(name.size(), SQMCaller::kNameSize - 1);
   std::memcpy(buffer, name.data(), length);
@@ -23,28 +23,30 @@ char const* CopyName(std::string_view name, NameBuffer& buffer) {
 
 bool IsPrimaryName(std::string_view name) { return name == kPrimaryName; }
 
-/** Every context gets its handle when it is made. */
+/** The handle that every context is given when it is made; 0 for none. */
 Handle HandleOf(CQMExecutor const* executor) { return executor != nullptr ? executor->PeekHandle() : 0; }
 
-/** Whether a call may lock and release the context: any but the primary one. */
+/** Whether hosts can lock the context; the primary one they cannot. */
 bool IsLockable(CQMExecutor const* context) {
   return context != nullptr && context != g_process.primaryExecutor.load();
 }
 
-/** In the context that the calling thread asks for its last error: the current or else the default one. */
+/** Sets the last error of the context that the calling thread asks for it: the current or else the default
+ * one. */
 void ReportOutOfMemory() {
   {
     CQMContextUse const current(CQMContextUse::EQMNeed::CurrentIfAny);
     if (current.GetExecutor() != nullptr) return current.GetExecutor()->SetLastError(Error::OutOfMemory);
   }
   std::unique_lock lock(g_process.threadList);
-  CQMKeptContext const kept(g_process.defaultExecutor.load());  // it may be destroyed from here on
+  CQMKeptContext const kept(
+      g_process.defaultExecutor.load());  // another thread may destroy it once the list is unlocked
   lock.unlock();
   if (kept.Get() != nullptr) kept.Get()->SetLastError(Error::OutOfMemory);
 }
 
-/** What make answers for the calling thread's record; 0, with the code of exhausted memory, when it throws.
- */
+/** The value of make for the calling thread's record; 0 when memory is exhausted, which becomes the last
+ * error. */
 template <class Make>
 Handle CreateContext(char const* name, Make make) {
   CQMRecordUse const call;
@@ -160,7 +162,7 @@ char const* GetContextName(Handle handle) {
   SQMCaller* const caller = FindCaller();
   if (caller == nullptr) return "";
   NameBuffer& buffer = caller->contextName;
-  // not looked into before it is found in a list: another thread may be destroying it
+  // compared, but not read, until it is found in a list: another thread may be destroying it
   CQMLinkedObject const* const object = CQMLinkedObject::GetObject(handle);
   if (object == nullptr || call.GetRecord() == nullptr) return CopyName("", buffer);
   if (object == g_process.primaryExecutor.load()) return CopyName(kPrimaryName, buffer);

@@ -1,4 +1,4 @@
-// Checking of declarations and entering of host operators into the operator lists.
+// Checks the declarations of host operators and enters them into the operator lists.
 #include "context/operator_definition.h"
 
 #include <algorithm>
@@ -47,7 +47,7 @@ bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool IsWordStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool IsWordPart(char c) { return IsWordStart(c) || (c >= '0' && c <= '9'); }
 
-/** Cuts blanks and then a word off the front of text; empty when something else stands there. */
+/** Removes a word and the blanks around it from the front of text; an empty word when there is none. */
 std::string_view TakeWord(std::string_view& text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
   std::size_t length = 0;
@@ -60,7 +60,7 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
-/** The whole file up to its first NUL. */
+/** Reads the whole file up to its first NUL. */
 long ReadFile(char const* path, std::string& text) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return Error::NotFound;
@@ -71,7 +71,7 @@ long ReadFile(char const* path, std::string& text) {
     length += static_cast<std::size_t>(file.gcount());
     if (length > CQMOperatorDefiner::kLargestFile) return Error::OutOfMemory;
   }
-  if (!file.eof()) return Error::NotFound;  // a folder, say: opened but not readable
+  if (!file.eof()) return Error::NotFound;  // it could be opened but not read, as a folder
   text.resize(std::min(text.size(), text.find('\0')));
   return Error::None;
 }
@@ -95,7 +95,7 @@ CQMOperatorList& CQMOperatorDefiner::ListOf(char scope) const {
 long CQMOperatorDefiner::Define(SQMOperatorDeclaration const& declaration, char const* text) {
   SQMChecked checked;
   if (long const code = Check(declaration, checked); code != Error::None) return Conclude(code);
-  checked.definition->isRecursive = text == nullptr;  // an empty text is a faulty one
+  checked.definition->isRecursive = text == nullptr;  // an empty text is an error, not a missing one
   if (!checked.definition->isRecursive) {
     if (long const code = GiveBody(*checked.definition, text); code != Error::None) return Conclude(code);
   }
@@ -152,7 +152,7 @@ long CQMOperatorDefiner::Check(SQMOperatorDeclaration const& declaration, SQMChe
   return ParseParameters(declaration.parameters, checked.definition->parameters);
 }
 
-// entry {separator entry}, with entry = type word, name | type word | name; blanks anywhere between words
+// Grammar: entry {separator entry}, with entry = type name | type | name; blanks may stand between words.
 long CQMOperatorDefiner::ParseParameters(char const* text,
                                          std::vector<SQMOperatorParameter>& parameters) const {
   std::string_view rest = text != nullptr ? text : "";

@@ -10,9 +10,9 @@
 
 namespace qumel {
 
-/** What a host says of an operator; any text may be null. */
+/** The declaration of an operator as a host gives it; any text may be null. */
 struct SQMOperatorDeclaration {
-  char scope;  // 'C' the list of all contexts, any other this context's own
+  char scope;  // 'C' for the process-wide list, any other for that of the context
   char const* name;
   char const* fixWord;
   char const* returnWord;
@@ -30,7 +30,7 @@ class CQMOperatorDefiner {
 
   /** Without a text (null or empty) the operator awaits its body. */
   long Define(SQMOperatorDeclaration const& declaration, char const* text);
-  /** The body of an operator declared without one. */
+  /** Gives an operator its body that was declared without one. */
   long DefineBody(char scope, char const* name, char const* text);
   /** As Define and DefineBody with the text of a file; NotFound when it cannot be read. */
   long Read(SQMOperatorDeclaration const& declaration, char const* path);
@@ -39,7 +39,7 @@ class CQMOperatorDefiner {
   long Delete(char scope, char const* name);
 
  private:
-  struct SQMChecked;  // a declaration that passed all checks
+  struct SQMChecked;  // a declaration that has passed all checks
   CQMOperatorList& ListOf(char scope) const;
   long Check(SQMOperatorDeclaration const& declaration, SQMChecked& checked) const;
   long ParseParameters(char const* text, std::vector<SQMOperatorParameter>& parameters) const;

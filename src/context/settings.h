@@ -10,7 +10,7 @@
 
 namespace qumel {
 
-/** A value that other threads may copy while the thread that is in the context changes it. */
+/** A value that other threads may copy while the thread in the context changes it. */
 template <class Value>
 class CQMSetting {
  public:
@@ -33,25 +33,24 @@ struct SQMSettings {
 #include "context/settings.inc"
 };
 
-/** With those that belong to contexts alone. */
+/** Includes the settings that belong to contexts alone. */
 struct SQMContextSettings : SQMSettings {
 #define QM_CONTEXT_SETTING(member, name, Type, initial) Type member = initial;
 #include "context/settings.inc"
 };
 
-/** When a setting acts; context/settings.inc tells. */
+/** The groups that context/settings.inc explains. */
 enum class EQMSettingGroup { Fixed, Live, Word, Switch };
 
-/** Kinds of contexts; each takes a part of its creator's settings over. */
+/** Kinds of contexts. A new context copies those settings of its creator that its kind copies. */
 enum class EQMContextKind : unsigned { Primary = 1, Public = 2, Private = 4 };
 
 class CQMExecutor;
-/** Gives a context that is not yet initialised those settings that its kind copies. */
+/** Copies settings to a context that is not initialised yet. */
 void CopySettings(SQMSettings const& from, EQMContextKind kind, CQMExecutor& to);
 
-/** Rules of accepted values. Each gives the value to store, if there is one. kPassesStored: a thread's setter
- * passes on what its record holds then, and not its argument, so that a value that is not accepted gives the
- * context the one of the record. */
+/** Rules of accepted values: functions that return the value to store, if any. With kPassesStored, the setter
+ * of a record passes on the value that the record holds then, instead of its argument. */
 namespace SettingRule {
 
 struct Any {
@@ -68,7 +67,7 @@ struct OneOf {
   std::string_view letters;
 };
 
-/** What is not accepted resets the setting. */
+/** A value that is not accepted resets the setting. */
 struct OneOfOr {
   static constexpr bool kPassesStored = false;
   constexpr OneOfOr(std::string_view accepted, char otherwise) : letters(accepted), reset(otherwise) {}

@@ -6,9 +6,8 @@
 
 namespace qumel {
 
-/** Owns its objects, but has no destructor, so that one of static storage outlives
- *  everything: who uses it empties it. Objects of a
- *  list belong to no object tree. Without a lock. */
+/** Owns its objects, but has no destructor, so that a list of static storage duration is never destroyed: its
+ * user has to empty it. The objects of a list belong to no object tree. It has no lock. */
 template <class Object>
 class CQMSiblingList {
  public:

@@ -21,22 +21,22 @@ class CQMThreadInfo : public CQMLinkedObject {
   ~CQMThreadInfo() override;
 
   unsigned long GetThreadId() const { return m_threadId; }
-  /** The current context; to be used only while it is kept alive. */
+  /** The current context, or null. Only a thread that keeps it alive may use it. */
   CQMExecutor* GetExecutor();
 
   CQMExecutor* FindExecutor(char const* name) const;
   bool IsExecutor(CQMLinkedObject const* object) const;
-  /** The private context of that name, made when there is none; it does not become current. Null for null. */
+  /** Finds or makes the private context of that name, which does not become current. Null for null. */
   CQMExecutor* AddExecutor(char const* name);
   bool DropExecutor(char const* name);
-  /** Makes executor current; with lock, waits for its lock first, and fails when the context is destroyed
-   * meanwhile or the wait would never end. A lock on the context that was current before is kept. Null
-   * changes nothing and tells whether there is a current context. */
+  /** Makes executor current. With lock, it waits for the lock of the context first, and fails when the
+   * context is destroyed meanwhile or the wait would never end. The lock of the former current context is
+   * kept. For null nothing changes, and the result tells whether there is a current context. */
   bool SetExecutor(CQMExecutor* executor, bool lock);
-  /** Gives the lock back if there is one, and resets the copies of the settings to their defaults. */
+  /** Releases the lock if the thread has it, and resets the copies of the settings to their defaults. */
   void ClearExecutor();
-  /** False when the context is destroyed during the wait or that would never end, and without a current
-   * context. */
+  /** False without a current context, when that is destroyed during the wait, and when the wait would never
+   * end. */
   bool LockExecutor();
   bool UnlockExecutor();
 
@@ -45,8 +45,8 @@ class CQMThreadInfo : public CQMLinkedObject {
     CQMExecutor const* const current = GetExecutor();
     return current != nullptr ? current->GetSettings() : m_settings;
   }
-  // The setters, one a row: those of fixed settings act only without a current context, the others store a
-  // value in the copy and pass it on.
+  // One setter for each row: those of fixed settings act only without a current context; the others change
+  // the copy and pass the value on to the current context.
 #define QM_SETTING(group, member, name, exported, Type, ...) void Set##name(Type value);
 #include "context/settings.inc"
 

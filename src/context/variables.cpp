@@ -1,4 +1,4 @@
-// Entering variables into symbol tables, finding and checking them.
+// Making and finding variables, and finding the elements of arrays.
 #include "context/variables.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace qumel {
 
 namespace {
 
-/** The datum copies as many bytes as its own type has, so a shorter value is followed by zeros. */
+/** Pads value with zeros, since a datum copies as many bytes as its own type has. */
 using PartBytes = std::array<std::byte, 2 * sizeof(double) + 1>;
 
 PartBytes Widen(std::span<std::byte const> value) {
@@ -22,7 +22,7 @@ PartBytes Widen(std::span<std::byte const> value) {
   return bytes;
 }
 
-/** What holds no numbers has no imaginary part to write. */
+/** Whether datum has the part: an imaginary part has only what holds numbers. */
 bool HasPart(CQMDatum const& datum, long part) {
   return part == 0 || OperandClassOf(datum.GetType()) == EQMTypeClass::Numeric;
 }
@@ -42,7 +42,7 @@ bool CQMVariables::IsTaken(char scope, char const* name, EQMExistence existence)
   return TableOf(scope)->IsSymbol(std::string_view(name), thisTableOnly);
 }
 
-// Tables of variables hold nothing else. No other thread changes that of the context meanwhile.
+// The tables hold nothing but datums. That of the context needs no reference: no other thread can change it.
 
 CQMDatum* CQMVariables::FindOwn(CQMExecutor& context, char const* name) {
   CQMSymbolTable* const table = context.GetGlobalSymbolTable();
@@ -68,7 +68,7 @@ CQMVariables::NewDatum CQMVariables::MakeArray(char scope, char const* name, SQM
                                                SQMIndices const& extents) {
   if (name == nullptr || *name == '\0') return Refuse(Error::NotDefined), nullptr;
   if (IsTaken(scope, name, EQMExistence::ByScope)) return Refuse(Error::AlreadyExists), nullptr;
-  // a host must clear an older error before it makes arrays
+  // documented: after an error a host has to clear it before it can make arrays
   if (m_context.GetLastErrorID() != Error::None) return nullptr;
   if (!extents.IsValidCount() ||
       std::ranges::any_of(extents.Used(), [](long extent) { return extent < 1; })) {
@@ -108,7 +108,7 @@ bool CQMVariables::Enter(char scope, NewDatum datum) {
   long const code = TableOf(scope)->AddNewSymbol(*datum);
   m_context.SetLastError(code);
   if (code != Error::None) return false;
-  static_cast<void>(datum.release());  // the table's from now on
+  static_cast<void>(datum.release());  // the table owns it now
   return true;
 }
 
@@ -163,7 +163,7 @@ long CQMVariables::Delete(char scope, char const* name) {
   m_context.SetLastError(code);
   if (taken != nullptr) {
     auto& datum = static_cast<CQMDatum&>(*taken);
-    // a handle of a process-wide variable may be in use by a thread in another context
+    // a thread in another context may use a process-wide variable by its handle
     if (datum.DeleteHandle() && GuardOf(datum) == nullptr) WaitUntilUnused(datum);
   }
   return code;

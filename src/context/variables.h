@@ -1,5 +1,5 @@
-// The variables of hosts: one description of what each kind accepts and how it is stored, and the few
-// operations that create, link, write, read and query variables of every kind, by name and by handle.
+// The variables of hosts: a description of each kind of value, and the operations that create, link, write,
+// read and query variables of every kind, by name and by handle.
 #pragma once
 
 #include <complex>
@@ -14,7 +14,7 @@
 
 namespace qumel {
 
-/** Dimension count and six extents or indices as hosts pass them; values behind the count are not looked at.
+/** A count of dimensions and six extents or indices, as hosts pass them; those behind the count are ignored.
  */
 struct SQMIndices {
   long count;
@@ -24,19 +24,19 @@ struct SQMIndices {
   std::span<long const> Used() const { return {values, static_cast<std::size_t>(count)}; }
 };
 
-/** Where a name is looked for in a scope that is neither 'C' nor, when it names the own table alone, 'G'. */
+/** In which tables a name is looked up. */
 enum class EQMLookup {
-  ByScope,      // 'C' the process-wide table, 'G' the context's table, any other both, the context's first
-  CosmicFirst,  // the process-wide table before the context's, in every scope; on purpose, for reading texts
+  ByScope,  // for 'C' the process-wide table, for 'G' the context's, else the context's and then the other
+  CosmicFirst,  // the process-wide table and then the context's, in every scope: documented for reading texts
 };
 
-/** Which tables a new name must not stand in. */
+/** In which tables a new name must not be known. */
 enum class EQMExistence {
-  ByScope,     // 'G' looks in the context's table only
-  AlwaysBoth,  // 'G' looks in the process-wide table too; on purpose, for creating texts
+  ByScope,     // for 'C' the process-wide table, for 'G' the context's, else both
+  AlwaysBoth,  // for 'G', too, both: documented for creating texts
 };
 
-/** What a setter by name does with its value after it recorded an error. */
+/** What a setter by name does with its value when it reports an error. */
 enum class EQMOnError { StoreAnyway, StoreUnlessArray, Refuse };
 
 // ---- kinds of variables, for creating and linking ----
@@ -72,7 +72,7 @@ struct SQMPartAccess {
   static constexpr EQMOnError kOnError = EQMOnError::StoreAnyway;
   static bool Accepts(EQMDataType type) { return accepts(type); }
   static void Store(CQMDatum& datum, Value value) {
-    // what nearly every call finds: a scalar that holds values of just this kind
+    // nearly every call finds a scalar that holds values of just this kind
     if (part == 0 && accepts(datum.GetType()) && !datum.IsArray()) [[likely]]
       *reinterpret_cast<Value*>(datum.Current()) = value;
     else StorePart(datum, part, BytesOf(value));
@@ -105,7 +105,7 @@ struct ComplexAccess {
   using Value = std::complex<double>;
   static constexpr EQMOnError kOnError = EQMOnError::StoreUnlessArray;
   static constexpr EQMLookup kLookup = EQMLookup::ByScope;
-  static constexpr bool kGetterClearsError = true;  // the scalar getter by name alone; on purpose
+  static constexpr bool kGetterClearsError = true;  // documented for the scalar getter by name alone
   static bool Accepts(EQMDataType type) { return IsComplexType(type); }
   static void Store(CQMDatum& datum, Value value) {
     RealPartAccess::Store(datum, value.real());
@@ -134,13 +134,13 @@ struct StringAccess {
   static Value Load(std::byte const* at) { return reinterpret_cast<char const*>(at); }
 };
 
-/** The operations, on one context. Each records its error as the context's last error; "an older error" is
- * one that an earlier call left there. */
+/** The operations, on one context. An error becomes the last error of the context, where a success does not
+ * clear it unless an operation says so. */
 class CQMVariables {
  public:
   explicit CQMVariables(CQMExecutor& context) : m_context(context) {}
 
-  // ---- creating: a handle with a reference, or 0 ----
+  // ---- creating: a handle, which holds a reference, or 0 ----
   template <class Kind, class Access>
   Handle Create(char scope, char const* name, typename Access::Value initial, long textLength = 0) {
     auto datum = Make(scope, name, Kind::kExistence, {Kind::kType, textLength, nullptr, false});
@@ -162,7 +162,7 @@ class CQMVariables {
     return Enter(scope, MakeArray(scope, name, {Kind::kType, textLength, memory, true}, extents));
   }
 
-  // ---- writing: true when the last error is 0 afterwards; an older error is not cleared ----
+  // ---- writing: true when the last error is 0 afterwards, so false after an earlier error ----
   template <class Access>
   bool Set(char scope, char const* name, typename Access::Value value) {
     return Conclude(OnFound(scope, name, EQMLookup::ByScope, [=](CQMDatum* datum) -> long {
@@ -181,7 +181,7 @@ class CQMVariables {
     }));
   }
 
-  // ---- reading: the value, or zero after an error of this call ----
+  // ---- reading: the value, or zero when this call fails ----
   template <class Access>
   typename Access::Value Get(char scope, char const* name) {
     if (Access::kGetterClearsError) m_context.ClearLastError();
@@ -194,8 +194,7 @@ class CQMVariables {
                             [&](CQMDatum const* datum) { return LoadElementFrom<Access>(datum, indices); }));
   }
 
-  // ---- a variable found by handle, or null: work on it, which needs no context, and then the error of it
-  // ----
+  // ---- a variable that was found by handle, or null; Conclude then records the error ----
   template <class Access>
   static long StoreIn(CQMDatum* datum, typename Access::Value value) {
     if (datum == nullptr) return Error::NotDefined;
@@ -211,7 +210,7 @@ class CQMVariables {
     if (code == Error::None) Access::Store(*datum, indices, value);
     return code;
   }
-  /** Of a variable that was read: zero after an error. */
+  /** An error code, and the value that was read; zero after an error. */
   template <class Value>
   struct SQMRead {
     long code;
@@ -230,7 +229,7 @@ class CQMVariables {
     long const code = FindElement(*datum, &Access::Accepts, indices, element);
     return {code, code == Error::None ? Access::Load(element) : typename Access::Value{}};
   }
-  /** True when the last error is 0 afterwards. */
+  /** Records code if it is an error. True when the last error is 0 afterwards. */
   bool Conclude(long code) {
     if (code != Error::None) [[unlikely]]
       m_context.SetLastError(code);
@@ -244,8 +243,8 @@ class CQMVariables {
   }
 
   // ---- queries and removal ----
-  /** 0 with NotDefined for an unknown name. Every call takes a reference, which ReleaseObjectHandle of the
-   * variable gives back. */
+  /** 0 with NotDefined for an unknown name. Every call takes a reference, until ReleaseObjectHandle of the
+   * variable gives it back. */
   Handle GetHandle(char scope, char const* name);
   /** A TypeLetter; kNone for no variable and for types that have none. */
   char GetType(char scope, char const* name) {
@@ -256,14 +255,15 @@ class CQMVariables {
     return OnFound(scope, name, EQMLookup::ByScope, [](CQMDatum const* datum) { return datum != nullptr; });
   }
   bool IsArray(char scope, char const* name);
-  /** Sets the last error anew: 0, NotFound, or VariableInUse while handles or expressions hold references. */
+  /** Clears the last error first. 0, NotFound, or VariableInUse while handles or expressions hold references.
+   */
   long Delete(char scope, char const* name);
 
  private:
   struct SQMNewVariable {
     EQMDataType type;
-    long textLength;  // of strings, the end included
-    void* memory;     // the host's, for links
+    long textLength;  // room for a string, its terminator included
+    void* memory;     // that of the host, for links
     bool isLink;
   };
 
@@ -271,7 +271,7 @@ class CQMVariables {
     return scope == Scope::kCosmic ? CQMExecutor::sm_pCosmicSymTab : m_context.GetGlobalSymbolTable();
   }
   bool IsTaken(char scope, char const* name, EQMExistence existence) const;
-  /** What work makes of the variable of that name, or of null. */
+  /** The value of work for the variable of that name, or for null. */
   template <class Work>
   std::invoke_result_t<Work, CQMDatum*> OnFound(char scope, char const* name, EQMLookup lookup,
                                                 Work const& work) const {
@@ -292,15 +292,14 @@ class CQMVariables {
   struct SQMRelease {
     void operator()(CQMDatum* datum) const { datum->ReleaseRef(); }
   };
-  /** With a reference, so that no other thread deletes the variable while a call uses it. */
+  /** Takes a reference, so that no other thread deletes the variable while a call uses it. */
   std::unique_ptr<CQMDatum, SQMRelease> ReserveShared(char const* name) const;
-  // A new variable is complete, with its value and its handle, before other threads can find it.
+  // A new variable has its value and its handle before other threads can find it.
   using NewDatum = std::unique_ptr<CQMDatum>;
   NewDatum Make(char scope, char const* name, EQMExistence existence, SQMNewVariable const& wanted);
   NewDatum MakeArray(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const& extents);
   NewDatum MakeDatum(char scope, char const* name, SQMNewVariable const& wanted, SQMIndices const* extents);
-  /** Hands datum over to the table of scope; the table's answer becomes the last error. False for null, too.
-   */
+  /** Gives datum to the table of scope, whose code becomes the last error. False for null, too. */
   bool Enter(char scope, NewDatum datum);
   Handle EnterWithHandle(char scope, NewDatum datum);
   template <class Access>
@@ -309,10 +308,10 @@ class CQMVariables {
       return Error::TypeMismatch;
     return datum.IsArray() ? Error::IndexOutOfBounds : Error::None;
   }
-  /** Finds the element at indices, or tells why there is none. */
+  /** Finds the element at indices, or returns the error. */
   static long FindElement(CQMDatum const& datum, bool (*accepts)(EQMDataType), SQMIndices const& indices,
                           std::byte const*& element);
-  /** What guards the handle of datum, a variable of the context or a process-wide one. */
+  /** The gate that guards the handle of datum; null for a process-wide variable. */
   CQMContextGate* GuardOf(CQMDatum const& datum) const {
     return datum.GetScope() == Scope::kCosmic ? nullptr : m_context.GetHandleGuard();
   }

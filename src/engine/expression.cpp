@@ -210,7 +210,8 @@ long CQMExpression::ContinueInComplex(long position) {
   ReleaseDetached();
   EnterComplexMode();
   CQMTemporaryValue<bool> const running(m_isRunning, true);
-  return ConcludeRun(m_resolver->Resolve(m_compilation->program, position), position);
+  long const status = m_resolver->Resolve(m_compilation->program, position);
+  return ConcludeRun(status, position);
 }
 
 // ---- symbols ----

@@ -1,4 +1,4 @@
-// A cache in front of the handle list, which finds the objects again that were last found by their handles.
+// A cache in front of the handle list.
 #pragma once
 
 #include <array>
@@ -9,10 +9,9 @@
 
 namespace qumel {
 
-/** Remembers slots of the handle list that hold objects of one class, each in the place that its handle
- * chooses. A deleted handle is not found any more, since its slot no longer holds it. Without a lock: a cache
- * is used by one thread at a time, which also sees to it that no other thread deletes handles in the cache
- * meanwhile. It does not outlive the handle list. */
+/** A direct-mapped cache of slots of the handle list that hold objects of one class. A deleted handle is not
+ * found, since its slot does not hold it any more. There is no lock: a cache is used by one thread at a time,
+ * and no other thread may delete a handle in it meanwhile. Its user clears it before the handle list goes. */
 template <class Object>
 class CQMHandleCache {
  public:
@@ -22,12 +21,12 @@ class CQMHandleCache {
     for (std::size_t place = 0; place < kPlaces; ++place) m_slots[place] = &kEmptySlots[(place + 1) % 2];
   }
   void Keep(Handle handle, SQMHandleSlot const& slot) { m_slots[PlaceOf(handle)] = &slot; }
-  /** Whether the cache knows handle, and what it names. */
+  /** Whether handle is in the cache; object becomes what it names. */
   bool Find(Handle handle, CQMLinkedObject*& object) const {
     SQMHandleSlot const& slot = *m_slots[PlaceOf(handle)];
     if (slot.handle != handle) return false;
     object = slot.object.load(std::memory_order_relaxed);
-    if (object == nullptr) __builtin_unreachable();  // callers need not ask
+    if (object == nullptr) __builtin_unreachable();  // saves the check of the caller
     return true;
   }
 
@@ -36,8 +35,8 @@ class CQMHandleCache {
   static_assert(std::has_single_bit(kPlaces) && kPlaces <= CQMHandleList::kSlotsPerList);
 
   static constexpr std::size_t PlaceOf(Handle handle) { return CQMHandleList::DecodeRight(handle) % kPlaces; }
-  /** Stand in places without a slot: each holds a handle of other places, so that it is never the one that is
-   * looked for. */
+  /** Slots for the places that are free. The one in a place holds a handle of another place, so that it never
+   * is the handle that is looked for. */
   static constinit inline SQMHandleSlot const kEmptySlots[2] = {
       {.handle = CQMHandleList::EncodeHandle(0, 0)}, {.handle = CQMHandleList::EncodeHandle(0, 1)}};
 

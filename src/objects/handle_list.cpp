@@ -35,7 +35,7 @@ void CQMHandleList::MarkHandleDeleted(Handle handle) {
   slot.object.store(nullptr, std::memory_order_release);
 }
 
-// Where memory does not suffice, these throw and nothing has changed.
+// These throw std::bad_alloc, and then nothing has changed.
 
 void CQMHandleList::AppendHandleList() {
   if (m_directories.empty() || m_lists.size() == m_directories.back()->capacity) ExtendHandleListList();

@@ -11,26 +11,26 @@
 namespace qumel {
 
 class CQMLinkedObject;
-/** Guards the objects of a context from being destroyed while a call uses them by handle. It belongs to the
- * floor of contexts. */
+/** Defined by the floor of contexts: keeps the objects of a context alive while a call uses them by handle.
+ */
 class CQMContextGate;
 
 /** 0 is never issued. Low 32 bits: list index; high 32 bits: slot in that list. */
 using Handle = unsigned long long;
 
-/** What a handle names, and what guards it; neither for a handle that names nothing. An object that belongs
- * to no context has no guard. */
+/** What a handle names and which gate guards that; both null for a handle that names nothing. An object that
+ * belongs to no context has no gate. */
 struct SQMHandleTarget {
   CQMLinkedObject* object = nullptr;
   CQMContextGate* gate = nullptr;
 };
 
-/** A place for one handle; empty before it is issued and after it was deleted. */
+/** The place of one handle. Its object is null before the handle is issued and after it was deleted. */
 struct SQMHandleSlot {
   std::atomic<CQMLinkedObject*> object{nullptr};
-  std::atomic<CQMContextGate*> gate{nullptr};  // stored before the object, and never again
-  /** The handle; of a deleted one its neighbour, which nobody looks for here. To be read only where no other
-   * thread can delete the handle: see CQMHandleCache. */
+  std::atomic<CQMContextGate*> gate{nullptr};  // stored before the object, never changed
+  /** The handle, or the neighbour of a deleted handle, which is never looked for here. Only a thread that
+   * keeps the handle from being deleted may read it, as the users of CQMHandleCache do. */
   Handle handle = 0;
 };
 
@@ -45,9 +45,9 @@ class CQMHandleList {
   /** Issuing starts in list 1; list 0 stays empty, so that no handle is 0. */
   CQMHandleList();
 
-  /** The handle now standing for object, or 0 when the lists are full and cannot grow. */
+  /** Issues a handle for object; 0 when the lists are full and cannot grow. */
   Handle AssignHandle(CQMLinkedObject* object, CQMContextGate* gate = nullptr);
-  /** Nothing for a handle that was not issued yet or was deleted. */
+  /** Finds what handle names; a handle that was not issued or was deleted names nothing. */
   SQMHandleTarget FindTarget(Handle handle) const {
     SQMHandleSlot const* const slot = FindSlot(handle);
     if (slot == nullptr) return {};
@@ -57,14 +57,14 @@ class CQMHandleList {
   }
   /** The slot of handle, which may be empty; null where there is none. */
   SQMHandleSlot* FindSlot(Handle handle) const {
-    // Slots that were not issued yet are empty, so there is nothing to validate but the bounds.
+    // slots that were not issued yet are empty, so that only the bounds are to be checked
     SQMDirectory const& directory = *m_directory.load(std::memory_order_acquire);
     unsigned const left = DecodeLeft(handle), right = DecodeRight(handle);
     if (left >= directory.capacity || right >= kSlotsPerList) return nullptr;
     Slots* const list = directory.lists[left].load(std::memory_order_acquire);
     return list != nullptr ? &(*list)[right] : nullptr;
   }
-  /** An issued handle names nothing from now on. */
+  /** Lets handle, which must have been issued, name nothing from now on. */
   void MarkHandleDeleted(Handle handle);
 
   static constexpr Handle EncodeHandle(unsigned left, unsigned right) { return Handle{right} << 32 | left; }
@@ -86,8 +86,8 @@ class CQMHandleList {
   void AppendHandleList();
   void ExtendHandleListList();
 
-  std::atomic<SQMDirectory*> m_directory{nullptr};  // the newest; what lookups read
-  std::mutex m_mutex;                               // guards all below
+  std::atomic<SQMDirectory*> m_directory{nullptr};  // the newest, which lookups read
+  std::mutex m_mutex;                               // guards what follows
   std::vector<std::unique_ptr<SQMDirectory>> m_directories;
   std::vector<std::unique_ptr<Slots>> m_lists;  // the last one is the current list
   unsigned m_nextFreeSlot = 0;

@@ -47,7 +47,7 @@ void CQMLinkedObject::CountOutLast() {
   std::unique_ptr<CQMHandleList> const list(sm_pHandleList.exchange(nullptr, std::memory_order_acq_rel));
 }
 
-/** Made anew where memory did not suffice for it before. */
+/** The handle list, which is made if memory did not suffice for it before. */
 CQMHandleList* CQMLinkedObject::ObtainHandleList() {
   if (GetHandleList() == nullptr) {
     std::scoped_lock const lock(g_lifeMutex);
@@ -65,7 +65,7 @@ Handle CQMLinkedObject::GetObjectHandle(CQMContextGate* gate) {
     Handle const issued = list != nullptr ? list->AssignHandle(this, gate) : 0;
     if (issued == 0) return 0;
     if (m_handle.compare_exchange_strong(handle, issued, std::memory_order_acq_rel)) handle = issued;
-    else list->MarkHandleDeleted(issued);  // another thread was first, with the handle that stands there
+    else list->MarkHandleDeleted(issued);  // another thread was first
   }
   m_handleReferences.fetch_add(1, std::memory_order_relaxed);
   ReserveRef();

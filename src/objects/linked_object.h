@@ -1,4 +1,4 @@
-// A named object that is also a node of an object tree and can be named from outside by a 64-bit handle.
+// An object that is a node of an object tree and that hosts can name by a 64-bit handle.
 #pragma once
 
 #include "objects/handle_list.h"
@@ -8,8 +8,8 @@ namespace qumel {
 
 class CQMDataSpace;
 
-// The process-wide data space belongs to the floor of the tables, which stands above and defines these.
-/** Throws where there is no memory. */
+// The floor of tables, which stands above, defines the process-wide data space and these functions.
+/** Throws std::bad_alloc. */
 CQMDataSpace* MakeDataSpace(char const* directory);
 void UnmakeDataSpace(CQMDataSpace* space);
 
@@ -28,17 +28,16 @@ class CQMLinkedObject : public CQMObject {
     CountOut();
   }
 
-  /** Issues the handle at the first call, under the guard of gate; every call takes a reference. 0, and no
-   * reference, when no handle can be issued. */
+  /** Returns the handle, which the first call issues, guarded by gate. Every call takes a reference, unless
+   * no handle can be issued and the result is 0. */
   Handle GetObjectHandle(CQMContextGate* gate = nullptr);
-  /** The handle, if one was issued, without a reference; else 0. */
+  /** The handle, or 0 if none was issued. Takes no reference. */
   Handle PeekHandle() const { return m_handle.load(std::memory_order_acquire); }
-  /** Gives one reference of GetObjectHandle back; false when none is left, so that references of others stay.
-   */
+  /** Gives back a reference that GetObjectHandle took; false when none of those is left. */
   bool ReleaseObjectHandle();
-  /** The handle names nothing from now on. Whether there was one. */
+  /** Lets the handle name nothing from now on. False when there was none. */
   bool DeleteHandle();
-  /** The live object that a handle names, or null. Takes no lock. */
+  /** Finds the object that a handle names, without a lock; null when it names nothing. */
   static CQMLinkedObject* GetObject(Handle handle) { return FindTarget(handle).object; }
   static SQMHandleTarget FindTarget(Handle handle) {
     // 0 is a slot that is never issued
@@ -49,17 +48,17 @@ class CQMLinkedObject : public CQMObject {
   // ---- the tree ----
   void SetParentObject(CQMLinkedObject* parent) { m_parent = parent; }
   CQMLinkedObject* GetParentObject() const { return m_parent; }
-  /** Appends child, taking it out of the list that holds it. Does not set its parent. */
+  /** Appends child to the list of children, after removing it from the list that holds it. Does not set its
+   * parent. */
   void AddChildObject(CQMLinkedObject* child);
-  /** Takes child out of the list of children, if it is there, without destroying it. Its parent link stays.
-   */
+  /** Removes child from the list of children, if it is there. Neither destroys it nor changes its parent. */
   void ReleaseChildObject(CQMLinkedObject* child);
   /** Destroys the children, first to last. */
   void DestroyChildren();
   CQMLinkedObject* GetFirstChildObject() const { return m_firstChild; }
   CQMLinkedObject* GetLastChildObject() const { return m_lastChild; }
   long GetChildCount() const;
-  // The neighbours in a list of children, or in another list that the object is a part of.
+  // The neighbours in a list of children, or in another list of objects.
   CQMLinkedObject* GetNextObject() const { return m_next; }
   CQMLinkedObject* GetPreviousObject() const { return m_previous; }
   void SetPreviousObject(CQMLinkedObject* object) { m_previous = object; }
@@ -97,17 +96,17 @@ class CQMLinkedObject : public CQMObject {
   static std::atomic<CQMHandleList*> sm_pHandleList;
   static std::atomic<CQMDataSpace*> sm_pDataSpace;
 
-  std::atomic<Handle> m_handle{0};          // several threads may ask a shared context for its handle
+  std::atomic<Handle> m_handle{0};          // several threads may ask for it at once
   std::atomic<long> m_handleReferences{0};  // those that ReleaseObjectHandle may give back
   CQMLinkedObject* m_parent = nullptr;
-  CQMLinkedObject* m_list = nullptr;  // whose child list holds this object; not always its parent
+  CQMLinkedObject* m_list = nullptr;  // whose list of children holds this object; not always its parent
   CQMLinkedObject* m_firstChild = nullptr;
   CQMLinkedObject* m_lastChild = nullptr;
   CQMLinkedObject* m_previous = nullptr;
   CQMLinkedObject* m_next = nullptr;
 };
 
-/** The object behind a handle when it carries the tag of Class (Class::kTypeTag), else null. */
+/** The object of a handle, if it has the type tag of Class; else null. */
 template <class Class>
 Class* ObjectFromHandle(Handle handle) {
   CQMLinkedObject* object = CQMLinkedObject::GetObject(handle);

@@ -22,7 +22,8 @@ void CQMObject::ResetRefCount(long count) {
 
 char const* CQMObject::SetObjectName(char const* name) {
   std::string_view const text = name != nullptr ? name : "";
-  auto copy = std::make_unique<char[]>(text.size() + 1);  // before the old name goes: name may be that one
+  auto copy =
+      std::make_unique<char[]>(text.size() + 1);  // before the old name is freed, of which name may be a part
   std::memcpy(copy.get(), text.data(), text.size());
   m_name = std::move(copy);
   return m_name.get();

@@ -8,7 +8,7 @@
 
 namespace qumel {
 
-/** Class tags, written by the constructors. A tag tells what an object behind a handle is. */
+/** Class tags, set by the constructors. They tell the class of an object that was found by its handle. */
 namespace TypeTag {
 inline constexpr char kObject[] = "__O__";
 inline constexpr char kLinkedObject[] = "__OLO__";
@@ -31,20 +31,20 @@ inline constexpr char kOperand[] = "OOND";
 
 class CQMObject {
  public:
-  // Operators and datums come and go by the thousand: what each of them pays stands here, to be inlined.
+  // Inlined, since operators and datums are made by the thousand.
   CQMObject() : m_serialNumber(sm_lNextObjectID.fetch_add(1, std::memory_order_relaxed)) {}
   virtual ~CQMObject() = default;
   CQMObject(CQMObject const&) = delete;
   CQMObject& operator=(CQMObject const&) = delete;
 
   void ReserveRef() { m_references.fetch_add(kOneReference, std::memory_order_relaxed); }
-  /** Drops one reference if there is one; destroys the object when the count is 0 and the delete mark is set.
-   */
+  /** Drops a reference if there is one. Destroys the object if the count is 0 then and the delete mark is
+   * set. */
   void ReleaseRef();
   /** Sets the count and clears the delete mark. */
   void ResetRefCount(long count);
-  /** Sets or clears the delete mark; does not look at the count. An owner whose object may be unreferenced,
-   * now or while another thread releases it, takes a reference, marks the object and releases it. */
+  /** Sets or clears the delete mark, whatever the count is. To destroy an object as soon as nothing refers to
+   * it, its owner takes a reference, sets the mark and releases the reference. */
   void DeleteOnRefCountZero(bool mark) {
     if (mark) m_references.fetch_or(kDeleteMark, std::memory_order_acq_rel);
     else m_references.fetch_and(~kDeleteMark, std::memory_order_acq_rel);
@@ -72,7 +72,7 @@ class CQMObject {
   void SetTypeTag(char const* tag) { m_typeTag = tag; }  // tag: one of TypeTag, static storage
 
  private:
-  // Count and mark stand in one word: who drops the last reference must not look at the object again.
+  // Count and mark are one word, since a thread must not read the object after it has dropped its reference.
   static constexpr long kDeleteMark = 1, kOneReference = 2;
   std::atomic<long> m_references{0};
   std::unique_ptr<char[]> m_name;

@@ -49,6 +49,11 @@ Answer OfNumber(char const* expression, double result) {
   return qmGetLastErrorID() != kNone ? Answer::Failure : Classify(number == result, false);
 }
 
+Answer OfShown(char const* text, std::string_view expected) {
+  if (qmGetLastErrorID() != kNone) return Answer::Failure;
+  return Classify(text != nullptr && text == expected, false);
+}
+
 Handle g_expression = 0;
 Answer OfParsed(std::string_view result) {
   char const* const text = qmEvalExpHndlToStr(g_expression);
@@ -89,6 +94,15 @@ struct Step {
 
 void Nothing() {}
 bool NeverShows() { return false; }
+/** Whether the context is there, and works. */
+bool HasNewContext() {
+  if (qmGetContextHandle("new") == 0) return false;
+  std::string const current = qmGetCurrentContextName();
+  qmSetContext("new", false);
+  bool const works = qmEvalExpStrToNum("6*7") == 42.0;
+  qmSetContext(current.c_str(), false);
+  return works;
+}
 
 Step const kSteps[] = {
     {"Literal", Nothing, [] { return OfText("\"a text\"", "a text"); }, NeverShows},
@@ -192,10 +206,10 @@ Step const kSteps[] = {
     {"VariableOfAnExpression", Nothing, [] { return OfNumber("global x = 4; x + 1", 5); }, NeverShows},
     {"ErrorText", Nothing, [] { return OfFlag(qmDefineError('G', 10001, "an error of the host")); },
      [] { return std::strcmp(qmGetErrorText(10001), "an error of the host") == 0; }},
-    {"PublicContext", Nothing, [] { return OfHandle(qmCreatePublicContext("new")); },
-     [] { return qmGetContextHandle("new") != 0; }},
-    {"PrivateContext", Nothing, [] { return OfHandle(qmCreatePrivateContext("new")); },
-     [] { return qmGetContextHandle("new") != 0; }},
+    {"PublicContext", Nothing, [] { return OfHandle(qmCreatePublicContext("new")); }, HasNewContext},
+    {"PrivateContext", Nothing, [] { return OfHandle(qmCreatePrivateContext("new")); }, HasNewContext},
+    {"Check", Nothing, [] { return OfShown(qmCheckExp("1 + 2"), "1+2"); }, NeverShows},
+    {"Annotation", Nothing, [] { return OfShown(qmAnnotateExp("1"), "\n\n#d1\t\td1\n;"); }, NeverShows},
 };
 
 class Memory : public InterfaceTest, public ::testing::WithParamInterface<Step> {

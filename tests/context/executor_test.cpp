@@ -123,18 +123,6 @@ TEST(Executor, MakesOneResolverOfEachKind) {
   EXPECT_EQ(executor.GetChildCount(), 3);
 }
 
-TEST(Executor, PolarForm) {
-  CQMExecutor executor;
-  EXPECT_EQ(executor.GetThetaOrdinate(1.0, 1.0), 0.78539816339744828);  // no unit was set yet
-  executor.SetAngleUnit(AngleUnit::kDegrees);
-  EXPECT_EQ(executor.GetRadiusOrdinate(-3.0, 4.0), 5.0);
-  EXPECT_EQ(executor.GetRadiusOrdinate(-1.0, 0.0), 1.0);
-  EXPECT_EQ(executor.GetThetaOrdinate(-1.0, 0.0), 0.0);  // as its reflection
-  EXPECT_EQ(executor.GetThetaOrdinate(0.0, -2.0), executor.GetThetaOrdinate(0.0, 2.0));
-  EXPECT_EQ(executor.GetThetaOrdinate(0.0, 0.0), 57.2957795131 * 1.5707963267948966);
-  EXPECT_EQ(executor.GetThetaOrdinate(-1.0, 1.0), -executor.GetThetaOrdinate(1.0, 1.0));
-}
-
 TEST(Executor, ParsedTextOfAnExpression) {
   CQMExecutor executor;
   ASSERT_TRUE(executor.Initialize());
@@ -155,67 +143,6 @@ TEST(Executor, ParsedTextOfAnExpression) {
   }
   EXPECT_EQ(fresh.GetLastErrorID(), Error::OutOfMemory);
   EXPECT_EQ(fresh.GetParsedExpression(longer), longer->GetItems().GetPostfix());
-}
-
-// Memory that ends anywhere makes an error and leaves a context that works.
-TEST(Executor, ExhaustedMemory) {
-  struct SQMCase {
-    char const* name;
-    void (*call)(CQMExecutor&);
-  };
-  constexpr SQMCase kCases[] = {
-      {"number", [](CQMExecutor& executor) { executor.EvaluateToNumber("sin(30) * x[2] + 1"); }},
-      {"text", [](CQMExecutor& executor) { executor.EvaluateToString("\"some \" + \"text\""); }},
-      {"parse",
-       [](CQMExecutor& executor) {
-         executor.DeleteExpression(
-             ObjectFromHandle<CQMExpression>(executor.ParseExpression("(1 + 2) * 3; 5")));
-       }},
-      {"annotate", [](CQMExecutor& executor) { executor.AnnotateExpression("1 + 2"); }},
-      {"check", [](CQMExecutor& executor) { executor.CheckExpression("1 + 2"); }},
-  };
-  CQMExecutor executor;
-  ASSERT_TRUE(executor.Initialize());
-  executor.EvaluateToNumber("global x[5]");
-  for (auto const& [name, call] : kCases) {
-    SCOPED_TRACE(name);
-    executor.ClearLastError();
-    call(executor);
-    ASSERT_EQ(executor.GetLastErrorID(), Error::None);
-    long spared = 0;
-    do {
-      SCOPED_TRACE(spared);
-      CQMExecutor fresh;  // with buffers that did not grow yet
-      ASSERT_TRUE(fresh.Initialize());
-      fresh.EvaluateToNumber("global x[5]");
-      {
-        testing::FailingAllocation const failing(spared);
-        call(fresh);
-      }
-      long const code = fresh.GetLastErrorID();
-      if (code == Error::None) break;
-      ASSERT_EQ(code, Error::OutOfMemory);
-      EXPECT_EQ(fresh.EvaluateToNumber("1+1"), 2.0);
-      EXPECT_EQ(fresh.GetLastErrorID(), Error::None);
-    } while (++spared < 10000);
-    EXPECT_GT(spared, 0);
-  }
-}
-
-TEST(Executor, MemoryThatEndsWhileAContextIsMade) {
-  long spared = 0;
-  for (bool isMade = false; !isMade; spared += 11) {
-    SCOPED_TRACE(spared);
-    ASSERT_LT(spared, 100000);
-    CQMExecutor executor;
-    {
-      testing::FailingAllocation const failing(spared);
-      isMade = executor.Initialize();
-    }
-    EXPECT_TRUE(executor.Initialize());
-    EXPECT_EQ(executor.EvaluateToNumber("1+1"), 2.0);
-  }
-  EXPECT_GT(spared, 10);
 }
 
 }  // namespace

@@ -39,18 +39,6 @@ TEST_F(Library, RecordsAndTheirContexts) {
   EXPECT_FALSE(bare->DropExecutor("own"));
 }
 
-TEST_F(Library, PrivateContextsLeaveTheListFromEveryPosition) {
-  CQMThreadInfo record(1);
-  for (char const* const name : {"a", "b", "c", "d"}) ASSERT_NE(record.AddExecutor(name), nullptr);
-  for (char const* const name : {"b", "a", "d"}) {
-    EXPECT_TRUE(record.DropExecutor(name));
-    EXPECT_EQ(record.FindExecutor(name), nullptr);
-    EXPECT_NE(record.FindExecutor("c"), nullptr);
-  }
-  EXPECT_TRUE(record.DropExecutor("c"));
-  EXPECT_NE(record.AddExecutor("e"), nullptr);
-}
-
 // Dropping takes the record that stands before the caller's own.
 TEST_F(Library, DroppingTakesTheRecordBefore) {
   EXPECT_FALSE(DropThreadInfo());  // an empty list
@@ -97,30 +85,6 @@ TEST_F(Library, ADroppedRecordGivesItsLockBack) {
     EXPECT_NE(SetContext("shared", true), 0U);  // would wait for ever
     EXPECT_TRUE(ReleaseContext());
   }).join();
-}
-
-TEST_F(Library, AContextInUseIsDestroyedAfterTheLastCall) {
-  ASSERT_NE(CreatePublicContext("outer"), 0U);
-  ASSERT_NE(CreatePublicContext("inner"), 0U);
-  long const contexts = CQMExecutor::sm_lExecutorCount;
-  ASSERT_NE(SetContext("outer", false), 0U);
-  {
-    CQMContextUse const outer;
-    SetContext("inner", false);
-    {
-      CQMContextUse const inner;
-      EXPECT_NE(inner.GetExecutor(), outer.GetExecutor());
-      EXPECT_TRUE(DropPublicExecutor("outer"));
-      EXPECT_TRUE(DropPublicExecutor("inner"));
-      EXPECT_TRUE(outer.GetExecutor()->IsRetired());
-      EXPECT_EQ(CQMExecutor::sm_lExecutorCount, contexts);
-      EXPECT_EQ(GetThreadInfo(false)->GetExecutor(), nullptr);
-      EXPECT_EQ(inner.GetExecutor()->EvaluateToNumber("1+1"), 2.0);
-    }
-    EXPECT_EQ(CQMExecutor::sm_lExecutorCount, contexts - 1);
-    EXPECT_EQ(outer.GetExecutor()->EvaluateToNumber("1+1"), 2.0);
-  }
-  EXPECT_EQ(CQMExecutor::sm_lExecutorCount, contexts - 2);
 }
 
 }  // namespace
