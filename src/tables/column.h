@@ -105,7 +105,6 @@ class CQMColumn : public CQMLinkedObject {
   CQMDataSpaceRegion& GetRegion() { return m_region; }
   /** Changes with every append and set of a value. */
   std::uint32_t GetChangeCount() const { return m_changeCount; }
-  void CountChange() { ++m_changeCount; }
 
  private:
   bool HasHeapTexts() const { return m_type == EQMDataType::Text; }

@@ -157,7 +157,6 @@ void CQMTable::DeleteSlot(long slot) {
 void CQMTable::CountOut(long slot) {
   --m_rowCount;
   ++m_changeCount;
-  for (auto const& column : m_columns) column->CountChange();  // so that every index becomes stale
   ForEachIndex([slot](SQMTableIndex& index) { index.slots.Remove(slot); });
 }
 
