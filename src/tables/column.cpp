@@ -12,8 +12,6 @@ namespace qumel {
 
 namespace {
 
-constexpr EQMDataType kDefaultType{10};
-
 std::string_view TextOf(void const* text) { return static_cast<char const*>(text); }
 
 /** Null without memory. */
@@ -29,46 +27,15 @@ std::unique_ptr<std::byte[]> CopyBytes(void const* bytes, std::size_t size) {
 
 }  // namespace
 
-CQMColumn::CQMColumn() : m_type(kDefaultType), m_space(nullptr) {
-  SetTypeTag(TypeTag::kColumn);
-  SetColumnAttributes(nullptr, kDefaultType, 0);
-}
-
 CQMColumn::CQMColumn(char const* name, EQMDataType type, long declaredLength, CQMDataSpace* space)
-    : m_type(type), m_space(space) {
+    : m_type(type), m_rules(&ColumnTypeOf(type)), m_region(AtomSizeOf(type, declaredLength), space) {
   SetTypeTag(TypeTag::kColumn);
-  if (long const atomSize = SetColumnAttributes(name, type, declaredLength); atomSize != 0)
-    MakeRegion(atomSize);
+  std::string lowered = name != nullptr ? name : "";
+  std::transform(lowered.begin(), lowered.end(), lowered.begin(), ToLower);
+  SetObjectName(lowered.c_str());
 }
 
 CQMColumn::~CQMColumn() = default;
-
-long CQMColumn::SetColumnAttributes(char const* name, EQMDataType type, long declaredLength) {
-  bool const hadHeapTexts = HasHeapTexts();
-  bool const hadFixedTexts = HasFixedTexts();
-  long const atomSize = AtomSizeOf(type, declaredLength);
-  ++m_changeCount;  // other values may be equal now
-  m_type = type;
-  m_rules = &ColumnTypeOf(type);
-  try {
-    // What was no text need not end with a NUL.
-    bool const wouldNotFit = hadHeapTexts || HasHeapTexts() || (HasFixedTexts() && !hadFixedTexts);
-    if (m_region && (m_region->GetAtomSize() != atomSize || wouldNotFit)) MakeRegion(atomSize);
-    std::string lowered = name != nullptr ? name : "";
-    std::transform(lowered.begin(), lowered.end(), lowered.begin(), ToLower);
-    SetObjectName(lowered.c_str());
-  } catch (std::bad_alloc const&) {
-    return 0;
-  }
-  return atomSize;
-}
-
-void CQMColumn::MakeRegion(long atomSize) {
-  m_heapTexts.clear();
-  m_region.reset();
-  m_region = std::make_unique<CQMDataSpaceRegion>(atomSize, m_space);
-  ++m_changeCount;
-}
 
 /** Calls use with text in the column's own form. */
 template <class Use>
@@ -82,7 +49,6 @@ long CQMColumn::WithParsed(char const* text, Use use) const {
 // ---- appending ----
 
 long CQMColumn::AppendAtom() {
-  if (!m_region) return 0;
   if (HasHeapTexts()) {
     try {
       m_heapTexts.emplace_back();
@@ -90,7 +56,7 @@ long CQMColumn::AppendAtom() {
       return 0;
     }
   }
-  long const row = m_region->AppendAtom();
+  long const row = m_region.AppendAtom();
   if (row == 0 && HasHeapTexts()) m_heapTexts.pop_back();
   if (row != 0) ++m_changeCount;
   return row;
@@ -107,7 +73,7 @@ long CQMColumn::AppendValue(void const* value) {
   if (HasHeapTexts()) return SetHeapText(row, TextOf(value), EQMTextMode::Replace);
   if (!HasFixedTexts()) return SetAtom(row, value);
   std::string_view const text = TextOf(value);
-  return SetFixedText(row, text.substr(0, static_cast<std::size_t>(m_region->GetAtomSize() - 1)),
+  return SetFixedText(row, text.substr(0, static_cast<std::size_t>(m_region.GetAtomSize() - 1)),
                       EQMTextMode::Replace);
 }
 
@@ -135,21 +101,21 @@ long CQMColumn::SetColumnValue(long row, char const* text, EQMTextMode mode) {
 }
 
 long CQMColumn::SetAtom(long row, void const* value) {
-  std::byte* const atom = m_region->GetAtomPtr(row);
+  std::byte* const atom = m_region.GetAtomPtr(row);
   if (atom == nullptr) return TableResult::OutOfMemory;
-  auto const size = static_cast<std::size_t>(m_region->GetAtomSize());
+  auto const size = static_cast<std::size_t>(m_region.GetAtomSize());
   if (value != nullptr) std::memmove(atom, value, size);
   else std::memset(atom, 0, size);
-  m_region->SetFlushFlag(row);
+  m_region.SetFlushFlag(row);
   return TableResult::Done;
 }
 
 /** Leaves the old text, and succeeds, when the new one does not fit. A joined text needs one byte more than
  * one that replaces. */
 long CQMColumn::SetFixedText(long row, std::string_view text, EQMTextMode mode) {
-  auto const atom = reinterpret_cast<char*>(m_region->GetAtomPtr(row));
+  auto const atom = reinterpret_cast<char*>(m_region.GetAtomPtr(row));
   if (atom == nullptr) return TableResult::OutOfMemory;
-  auto const room = static_cast<std::size_t>(m_region->GetAtomSize());
+  auto const room = static_cast<std::size_t>(m_region.GetAtomSize());
   std::size_t const oldLength = mode == EQMTextMode::Replace ? 0 : std::strlen(atom);
   std::size_t const length = oldLength + text.size();
   if (mode == EQMTextMode::Replace ? length < room : length + 1 < room) {
@@ -162,7 +128,7 @@ long CQMColumn::SetFixedText(long row, std::string_view text, EQMTextMode mode) 
     }
     atom[length] = '\0';
   }
-  m_region->SetFlushFlag(row);
+  m_region.SetFlushFlag(row);
   return TableResult::Done;
 }
 
@@ -171,7 +137,7 @@ long CQMColumn::SetHeapText(long row, std::string_view text, EQMTextMode mode) {
   std::string_view const old = owner != nullptr && mode != EQMTextMode::Replace ? owner.get() : "";
   std::string_view const first = mode == EQMTextMode::Prepend ? text : old;
   std::string_view const second = mode == EQMTextMode::Prepend ? old : text;
-  std::byte* const atom = m_region->GetAtomPtr(row);
+  std::byte* const atom = m_region.GetAtomPtr(row);
   if (atom == nullptr) return TableResult::OutOfMemory;
   try {
     auto joined = std::make_unique<char[]>(first.size() + second.size() + 1);
@@ -182,12 +148,11 @@ long CQMColumn::SetHeapText(long row, std::string_view text, EQMTextMode mode) {
   }
   char const* const address = owner.get();
   std::memcpy(atom, &address, sizeof address);
-  m_region->SetFlushFlag(row);
+  m_region.SetFlushFlag(row);
   return TableResult::Done;
 }
 
 void CQMColumn::KeepValues(std::span<std::int32_t const> rows) {
-  if (!m_region) return;
   if (HasHeapTexts()) {
     std::size_t kept = 0;
     for (std::int32_t const row : rows) {
@@ -195,52 +160,26 @@ void CQMColumn::KeepValues(std::span<std::int32_t const> rows) {
     }
     m_heapTexts.resize(kept);
   }
-  m_region->KeepAtoms(rows);
+  m_region.KeepAtoms(rows);
   ++m_changeCount;
 }
 
 // ---- reading ----
 
-void const* CQMColumn::GetColumnValue(long row) {
-  if (!IsValid(row)) return nullptr;
-  if (!HasHeapTexts()) return m_region->GetAtomPtr(row);
-  auto const& text = m_heapTexts[static_cast<std::size_t>(row - 1)];
-  if (text == nullptr) SetHeapText(row, "", EQMTextMode::Replace);
-  return text.get();
-}
-
-long CQMColumn::GetColumnValue(long row, void* destination) {
-  void const* const value = destination != nullptr ? GetColumnValue(row) : nullptr;
-  if (value == nullptr) return 0;
-  std::size_t const size = ValueSize(value);
-  std::memcpy(destination, value, size);
-  return static_cast<long>(size);
+void const* CQMColumn::GetColumnValue(long row) const {
+  void const* const value = Operand(row);
+  return value == nullptr && HasHeapTexts() && IsValid(row) ? "" : value;
 }
 
 std::string CQMColumn::GetFormatedColumnValue(long row) const {
   std::string text;
-  AppendFormattedColumnValue(row, &text);
+  if (void const* const value = Operand(row); value != nullptr) m_rules->format(value, text);
   return text;
-}
-
-long CQMColumn::GetColumnValueString(long row, std::string& buffer) const {
-  buffer.clear();
-  AppendFormattedColumnValue(row, &buffer);
-  return TableResult::Done;
-}
-
-long CQMColumn::AppendFormattedColumnValue(long row, std::string* destination) const {
-  constexpr long kInvalid = 1;
-  if (!IsValid(row)) return kInvalid;
-  if (destination == nullptr) return TableResult::Done;
-  void const* const operand = Operand(row);
-  if (operand != nullptr) m_rules->format(operand, *destination);
-  return TableResult::Done;
 }
 
 std::size_t CQMColumn::ValueSize(void const* value) const {
   if (HasHeapTexts() || HasFixedTexts()) return TextOf(value).size() + 1;
-  return static_cast<std::size_t>(m_region->GetAtomSize());
+  return static_cast<std::size_t>(m_region.GetAtomSize());
 }
 
 std::unique_ptr<std::byte[]> CQMColumn::CopyOf(void const* value) const {
@@ -248,29 +187,17 @@ std::unique_ptr<std::byte[]> CQMColumn::CopyOf(void const* value) const {
 }
 
 bool CQMColumn::HoldStill(void const*& value, std::unique_ptr<std::byte[]>& copy) const {
-  if (value == nullptr || !m_region || !m_region->IsMovable()) return true;
+  if (value == nullptr || !m_region.IsMovable()) return true;
   copy = CopyOf(value);
   value = copy.get();
   return value != nullptr;
 }
 
 bool CQMColumn::HoldStill(char const*& text, std::unique_ptr<std::byte[]>& copy) const {
-  if (text == nullptr || !m_region || !m_region->IsMovable()) return true;
+  if (text == nullptr || !m_region.IsMovable()) return true;
   copy = CopyBytes(text, TextOf(text).size() + 1);
   text = reinterpret_cast<char const*>(copy.get());
   return text != nullptr;
-}
-
-std::unique_ptr<std::byte[]> CQMColumn::ConvertStringToLocalDataType(char const* text) const {
-  if (text == nullptr) return nullptr;
-  if (m_rules->parse == nullptr) return CopyOf(text);
-  try {
-    auto value = std::make_unique<std::byte[]>(static_cast<std::size_t>(AtomSizeOf(m_type, 0)));
-    m_rules->parse(text, value.get());
-    return value;
-  } catch (std::bad_alloc const&) {
-    return nullptr;
-  }
 }
 
 // ---- comparing ----
@@ -295,67 +222,17 @@ int CQMColumn::CompareValue(long rowA, long rowB) const {
   return first != nullptr && HoldStill(first, copy) ? CompareHeld(first, rowB) : 1;
 }
 
-int CQMColumn::CompareRange(void const* min, bool minIsIn, void const* max, bool maxIsIn, long row) const {
-  std::unique_ptr<std::byte[]> copyOfMin, copyOfMax;
-  if (!HoldStill(min, copyOfMin) || !HoldStill(max, copyOfMax) || !IsValid(row)) return -1;
-  int const fromMin = CompareHeld(min, row);
-  if (fromMin > 0 || (fromMin == 0 && !minIsIn)) return -1;
-  int const fromMax = CompareHeld(max, row);
-  return fromMax < 0 || (fromMax == 0 && !maxIsIn) ? 1 : 0;
-}
-
-int CQMColumn::CompareRangeBothIn(void const* min, void const* max, long row) const {
-  return CompareRange(min, true, max, true, row);
-}
-int CQMColumn::CompareRangeBothOut(void const* min, void const* max, long row) const {
-  return CompareRange(min, false, max, false, row);
-}
-int CQMColumn::CompareRangeMinIn(void const* min, void const* max, long row) const {
-  return CompareRange(min, true, max, false, row);
-}
-int CQMColumn::CompareRangeMaxIn(void const* min, void const* max, long row) const {
-  return CompareRange(min, false, max, true, row);
-}
-
 // ---- filling anew ----
 
-long CQMColumn::Empty() {
-  if (!m_region) return TableResult::OutOfMemory;
+long CQMColumn::InflateIndex(long count) {
   ++m_changeCount;
   m_heapTexts.clear();
-  m_region->ReleaseRegion();
+  m_region.ReleaseRegion();
+  for (auto number = std::int32_t{1}; number <= count; ++number) {
+    if (long const result = AppendValue(static_cast<void const*>(&number)); result != TableResult::Done)
+      return result;
+  }
   return TableResult::Done;
-}
-
-long CQMColumn::InflateIndex(long count, bool descending) {
-  long result = Empty();
-  for (long i = 1; i <= count && result == TableResult::Done; ++i) {
-    auto const number = static_cast<std::int32_t>(descending ? count - i + 1 : i);
-    result = m_region->GetAtomSize() == sizeof number && !HasHeapTexts()
-                 ? AppendValue(static_cast<void const*>(&number))
-                 : AppendValue(std::to_string(number).c_str());
-  }
-  return result;
-}
-
-long CQMColumn::InflateColumn(long count) { return InflateColumn(count, static_cast<void const*>(nullptr)); }
-
-long CQMColumn::InflateColumn(long count, void const* value) {
-  if (!m_region) return TableResult::OutOfMemory;
-  std::unique_ptr<std::byte[]> copy;  // value may be one of those that go
-  if (value != nullptr) {
-    copy = CopyOf(value);
-    if (!copy) return TableResult::OutOfMemory;
-  }
-  long result = Empty();
-  for (long i = 0; i < count && result == TableResult::Done; ++i)
-    result = AppendValue(static_cast<void const*>(copy.get()));
-  return result;
-}
-
-long CQMColumn::InflateColumn(long count, char const* text) {
-  auto const value = ConvertStringToLocalDataType(text);
-  return InflateColumn(value ? count : 0, static_cast<void const*>(value.get()));
 }
 
 // ---- dump ----

@@ -45,15 +45,10 @@ class CQMColumn : public CQMLinkedObject {
  public:
   static constexpr char const* kTypeTag = TypeTag::kColumn;
 
-  /** Without storage: every append fails. */
-  CQMColumn();
-  /** space as CQMDataSpaceRegion takes it. */
+  /** Keeps the name in lower case. declaredLength counts for fixed texts; space as CQMDataSpaceRegion takes
+   * it. Throws where there is no memory. */
   CQMColumn(char const* name, EQMDataType type, long declaredLength = 0, CQMDataSpace* space = nullptr);
   ~CQMColumn() override;
-
-  /** Sets the name (in lower case) and type; returns the atom size. Values already there are
-   * dropped when they would not fit the new type. */
-  long SetColumnAttributes(char const* name, EQMDataType type, long declaredLength);
 
   /** Appends a value of zeros. 0 or OutOfMemory, as all forms. */
   long AppendValue();
@@ -68,25 +63,14 @@ class CQMColumn : public CQMLinkedObject {
   long SetColumnValue(long row, char const* text, EQMTextMode mode = EQMTextMode::Replace);
 
   /** The value, or null for an invalid row. A text that was never set is given as an empty one. */
-  void const* GetColumnValue(long row);
-  /** Copies the value (of texts, the characters and the NUL) and returns its bytes; 0 for null or an invalid
-   * row. */
-  long GetColumnValue(long row, void* destination);
+  void const* GetColumnValue(long row) const;
   /** The atom itself, or null. */
-  std::byte* GetColumnValueLocation(long row) const { return m_region ? m_region->GetAtomPtr(row) : nullptr; }
+  std::byte* GetColumnValueLocation(long row) const { return m_region.GetAtomPtr(row); }
   /** The value as text; empty for an invalid row or a type without text form. */
   std::string GetFormatedColumnValue(long row) const;
-  /** The same into buffer; 0. */
-  long GetColumnValueString(long row, std::string& buffer) const;
-  /** Appends the text; 1 for an invalid row, else 0. */
-  long AppendFormattedColumnValue(long row, std::string* destination) const;
   /** Drops all values but those of the rows named, in ascending order; these count anew from 1. As
    * CQMDataSpaceRegion::KeepAtoms. */
   void KeepValues(std::span<std::int32_t const> rows);
-
-  /** text in the column's own form: an atom, or for texts a NUL-terminated copy. Null without memory or text.
-   */
-  std::unique_ptr<std::byte[]> ConvertStringToLocalDataType(char const* text) const;
 
   /** Where values move in memory, puts a copy in the place of a value or text handed in: it may itself be a
    * value that the next look for another takes away. False without memory. */
@@ -105,45 +89,29 @@ class CQMColumn : public CQMLinkedObject {
   void const* Operand(long row) const {
     if (!IsValid(row)) return nullptr;
     return HasHeapTexts() ? static_cast<void const*>(m_heapTexts[static_cast<std::size_t>(row - 1)].get())
-                          : m_region->GetAtomPtr(row);
+                          : m_region.GetAtomPtr(row);
   }
   bool HasWords() const { return m_rules->order.word != nullptr; }
-  bool HasTexts() const { return HasHeapTexts() || HasFixedTexts(); }
-  /** -1 below the range, 0 inside, 1 above. The names tell which bounds are inside. An invalid row gives
-   * -1. */
-  int CompareRangeBothIn(void const* min, void const* max, long row) const;
-  int CompareRangeBothOut(void const* min, void const* max, long row) const;
-  int CompareRangeMinIn(void const* min, void const* max, long row) const;
-  int CompareRangeMaxIn(void const* min, void const* max, long row) const;
+  /** Empties a column of row numbers and fills it with 1..count. */
+  long InflateIndex(long count);
 
-  /** Each empties the column and fills it anew: with 1..count (or count..1), zeros, or copies of a value. */
-  long InflateIndex(long count, bool descending);
-  long InflateColumn(long count);
-  long InflateColumn(long count, void const* value);
-  long InflateColumn(long count, char const* text);
-
-  long GetAtomsInColumn() const { return m_region ? m_region->GetAtomCount() : 0; }
-  long GetBytesInColumn() const { return m_region ? m_region->GetBytesUsed() : 0; }
+  long GetAtomsInColumn() const { return m_region.GetAtomCount(); }
   /** Writes "NAME.txt", or "column_NUMBER.txt" for null, into the working folder. A file that cannot be
    * opened is not written. */
   void DumpColumn(char const* name) const;
 
   EQMDataType GetType() const { return m_type; }
-  CQMDataSpaceRegion const* GetRegion() const { return m_region.get(); }
-  CQMDataSpaceRegion* GetRegion() { return m_region.get(); }
+  CQMDataSpaceRegion const& GetRegion() const { return m_region; }
+  CQMDataSpaceRegion& GetRegion() { return m_region; }
   /** Changes with every append and set of a value. */
   std::uint32_t GetChangeCount() const { return m_changeCount; }
-  void CountChange() { ++m_changeCount; }
 
  private:
   bool HasHeapTexts() const { return m_type == EQMDataType::Text; }
   bool HasFixedTexts() const { return m_type == EQMDataType::String; }
-  bool IsValid(long row) const { return m_region && m_region->ValidateItemNumber(row); }
-  void MakeRegion(long atomSize);
-  long Empty();
+  bool IsValid(long row) const { return m_region.ValidateItemNumber(row); }
   /** Appends an atom of zeros and returns its number, or 0. */
   long AppendAtom();
-  long AppendAtoms(long count);
   template <class Use>
   long WithParsed(char const* text, Use use) const;
   long SetFixedText(long row, std::string_view text, EQMTextMode mode);
@@ -153,12 +121,10 @@ class CQMColumn : public CQMLinkedObject {
   std::unique_ptr<std::byte[]> CopyOf(void const* value) const;
   /** As CompareValue, with a key that stays where it is. */
   int CompareHeld(void const* key, long row) const;
-  int CompareRange(void const* min, bool minIsIn, void const* max, bool maxIsIn, long row) const;
 
   EQMDataType m_type;
   SQMColumnType const* m_rules;
-  std::unique_ptr<CQMDataSpaceRegion> m_region;
-  CQMDataSpace* m_space;
+  CQMDataSpaceRegion m_region;
   std::vector<std::unique_ptr<char[]>> m_heapTexts;  // owner of what the atoms of a Text column point to
   std::uint32_t m_changeCount = 0;
 };

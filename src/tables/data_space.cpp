@@ -90,13 +90,12 @@ long CQMDataSpace::AddRecord(long size) {
 
 /** Readies a chunk for its new owner. */
 bool CQMDataSpace::Prepare(SQMChunk& record, long chunk, bool isNew) {
-  record.keepInRAM = !record.hasPlace;
   record.needsFlush = false;
   record.writeCount = 0;
   record.readCount = 0;
   try {
     record.memory = std::make_unique<std::byte[]>(static_cast<std::size_t>(record.size));
-    if (record.keepInRAM) return true;
+    if (!record.hasPlace) return true;
     AddToMemoryList(chunk);
   } catch (std::bad_alloc const&) {
     return false;
@@ -134,21 +133,6 @@ void CQMDataSpace::SetNeedsFlush(long chunk) {
   if (SQMChunk* const record = FindInUse(chunk)) record->needsFlush = true;
 }
 
-void CQMDataSpace::SetKeepInRAM(long chunk, bool keep) {
-  std::scoped_lock const lock(m_mutex);
-  SQMChunk* const record = FindInUse(chunk);
-  if (record == nullptr) return;
-  record->keepInRAM = keep;
-  if (keep) {
-    LeaveMemoryList(*record);
-  } else if (record->memory != nullptr && !record->isListed) {
-    try {
-      AddToMemoryList(chunk);
-    } catch (std::bad_alloc const&) {
-    }
-  }
-}
-
 // ---- between memory and file ----
 
 void CQMDataSpace::AddToMemoryList(long chunk) {
@@ -164,13 +148,13 @@ void CQMDataSpace::LeaveMemoryList(SQMChunk& record) {
   record.isListed = false;
 }
 
-long CQMDataSpace::ReleaseRAM(long limit) {
+long CQMDataSpace::ScramRAM() {
   std::scoped_lock const lock(m_mutex);
-  return Evict(limit);
+  return Evict(0);
 }
 
-long CQMDataSpace::ScramRAM() { return ReleaseRAM(0); }
-
+/** Moves the chunks that were loaded first to the file until fewer than limit may still be moved. A chunk
+ * that cannot be written stays. Answers how many went. */
 long CQMDataSpace::Evict(long limit) {
   if (!HasFile()) return 0;
   long count = 0;
@@ -183,23 +167,10 @@ long CQMDataSpace::Evict(long limit) {
 }
 
 bool CQMDataSpace::Evict(SQMChunk& record) {
-  if (!record.hasPlace || (record.needsFlush && !WriteChunk(record))) return false;
+  if (record.needsFlush && !WriteChunk(record)) return false;
   LeaveMemoryList(record);
   record.memory.reset();
   return true;
-}
-
-bool CQMDataSpace::CopyChunkToDisk(long chunk, bool force) {
-  std::scoped_lock const lock(m_mutex);
-  SQMChunk* const record = FindInUse(chunk);
-  if (record == nullptr || !HasFile() || !record->hasPlace) return false;
-  bool const isDue = record->memory != nullptr && (record->needsFlush || force);
-  return !isDue || WriteChunk(*record);
-}
-
-bool CQMDataSpace::CopyChunkToRAM(long chunk) {
-  std::scoped_lock const lock(m_mutex);
-  return BringToRAM(chunk);
 }
 
 bool CQMDataSpace::BringToRAM(long chunk) {
@@ -207,7 +178,7 @@ bool CQMDataSpace::BringToRAM(long chunk) {
   if (record == nullptr) return false;
   if (record->memory != nullptr) return true;
   try {
-    if (ReadChunk(*record) && !record->keepInRAM) AddToMemoryList(chunk);
+    if (ReadChunk(*record)) AddToMemoryList(chunk);
   } catch (std::bad_alloc const&) {
   }
   return record->memory != nullptr;
@@ -243,23 +214,14 @@ bool CQMDataSpace::ReadChunk(SQMChunk& record) {
 bool CQMDataSpace::SetFileBacked(bool fileBacked) {
   std::scoped_lock const lock(m_mutex);
   if (m_recordCount > 0) return false;
-  m_fileBacked = fileBacked;
-  if (!fileBacked) {
-    CloseFile();
-    return true;
-  }
-  m_fileBacked = OpenFile();
-  return m_fileBacked;
+  if (fileBacked) return OpenFile();
+  CloseFile();
+  return true;
 }
 
 bool CQMDataSpace::IsFileBacked() const {
   std::scoped_lock const lock(m_mutex);
-  return m_fileBacked;
-}
-
-bool CQMDataSpace::OpenDataSpaceFile() {
-  std::scoped_lock const lock(m_mutex);
-  return m_fileBacked && OpenFile();
+  return HasFile();
 }
 
 bool CQMDataSpace::OpenFile() {
@@ -274,25 +236,7 @@ bool CQMDataSpace::OpenFile() {
   if (!HasFile()) return false;
   // Unbuffered, so that a write that fails is known before the chunk leaves the memory.
   std::setvbuf(m_file.get(), nullptr, _IONBF, 0);
-  for (long i = 0; i < m_recordCount; ++i)
-    At(i).needsFlush = true;  // what they wrote to an earlier file is gone
   return true;
-}
-
-void CQMDataSpace::CloseDataSpaceFile() {
-  std::scoped_lock const lock(m_mutex);
-  if (!HasFile()) return;
-  for (long i = 0; i < m_recordCount; ++i) {
-    SQMChunk& record = At(i);
-    if (record.isFree || record.memory != nullptr) continue;
-    try {
-      if (!ReadChunk(record) || record.keepInRAM) continue;
-      record.listed = m_memoryList.insert(m_memoryList.end(), i);
-      record.isListed = true;
-    } catch (std::bad_alloc const&) {
-    }
-  }
-  CloseFile();
 }
 
 void CQMDataSpace::CloseFile() {
@@ -321,8 +265,6 @@ std::optional<SQMChunkInfo> CQMDataSpace::GetChunkInfo(long chunk) const {
                       record.size,
                       record.isFree,
                       record.memory != nullptr,
-                      record.keepInRAM,
-                      record.needsFlush,
                       static_cast<long>(record.writeCount),
                       static_cast<long>(record.readCount)};
 }

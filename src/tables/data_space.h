@@ -23,8 +23,6 @@ struct SQMChunkInfo {
   long size;
   bool isFree;
   bool isInMemory;
-  bool keepInRAM;
-  bool needsFlush;
   long writeCount;
   long readCount;
 };
@@ -57,20 +55,8 @@ class CQMDataSpace : public CQMObject {
   void FreeChunk(long chunk);
   /** Tells that the chunk's memory was changed. */
   void SetNeedsFlush(long chunk);
-  /** A chunk that is kept never leaves the memory. */
-  void SetKeepInRAM(long chunk, bool keep);
-  /** Moves the chunks that were loaded first to the file until fewer than limit may still be moved. A chunk
-   * that cannot be written stays. Returns how many went. */
-  long ReleaseRAM(long limit);
   /** Moves every chunk to the file that can be moved; returns how many went. */
   long ScramRAM();
-  bool CopyChunkToDisk(long chunk, bool force);
-  bool CopyChunkToRAM(long chunk);
-
-  /** Only a file-backed space has a file; true when it is open afterwards. */
-  bool OpenDataSpaceFile();
-  /** Brings back what is only in the file, closes the file and deletes it. */
-  void CloseDataSpaceFile();
 
   /** The bytes of all chunks in use. */
   long GetSize() const;
@@ -90,7 +76,6 @@ class CQMDataSpace : public CQMObject {
     std::uint32_t readCount = 0;
     bool hasPlace = false;  // in the scratch file, at offset
     bool isFree = false;
-    bool keepInRAM = true;
     bool needsFlush = false;
     bool isListed = false;
   };
@@ -123,7 +108,6 @@ class CQMDataSpace : public CQMObject {
   void CloseFile();
 
   mutable std::mutex m_mutex;
-  bool m_fileBacked = false;
   std::unique_ptr<std::FILE, SQMFileCloser> m_file;
   std::string m_directory;
   long m_fileNumber;  // names the scratch file: the second of creation, or the next number that is free

@@ -15,12 +15,12 @@ CQMSymbolTable::CQMSymbolTable(SQMVariableTraits const* variables, bool shared)
                       m_table.DefineIndex("name", {{"name"}}) == TableResult::Done &&
                       m_table.DefineIndex("serialno", {{"serialno"}}) == TableResult::Done;
   if (!isMade) throw std::bad_alloc();
-  m_objects = m_table.GetColumn(kObjectColumn)->GetRegion();
+  m_objects = &m_table.GetColumn(kObjectColumn)->GetRegion();
 }
 
 CQMSymbolTable::~CQMSymbolTable() {
   m_count.store(0, std::memory_order_release);  // what goes is not found any more
-  for (long row = m_table.GetLastRow(); row > 0; --row) {
+  for (long row = m_table.GetRowCount(); row > 0; --row) {
     std::unique_ptr<CQMObject>{ObjectAt(m_table.GetColumnRowNumber(row))};
   }
 }

@@ -1,5 +1,5 @@
-// A relational table in memory: typed columns, rows, a current row, and indexes that find rows by a hash of
-// their keys at once and are sorted lazily.
+// A relational table in memory: typed columns, rows, and indexes that find rows by a hash of their keys at
+// once and are sorted lazily.
 #pragma once
 
 #include <atomic>
@@ -72,12 +72,11 @@ struct SQMTableIndex {
   bool HasKey(CQMColumn const& column) const;
 };
 
-/** Every value is addressed by column and row. A row number counts in the order of the current index (the row
- * map gives the order of the rows themselves); 0 stands for the current row, and a row that is given becomes
- * the current one. Results are those of TableResult, or as told. Indexes are sorted by keyed lookups only,
- * when rows have come or gone and the key columns have changed since; a key value set since the last lookup
- * does not alone make an index stale. Slots are found by their keys without sorting. A table belongs to one
- * thread at a time; const operations may run in any number of threads meanwhile none changes the table. */
+/** Row numbers count in the order of the current index (the row map gives the order of the rows themselves),
+ * from 1. Results are those of TableResult, or as told. Indexes are sorted by keyed lookups only, when rows
+ * have come or gone and the key columns have changed since; a key value set since the last lookup does not
+ * alone make an index stale. Slots are found by their keys without sorting. A table belongs to one thread at
+ * a time; const operations may run in any number of threads meanwhile none changes the table. */
 class CQMTable : public CQMObject {
  public:
   static constexpr long kIndexSlots = 32;  // the row map's included
@@ -88,24 +87,9 @@ class CQMTable : public CQMObject {
   ~CQMTable() override;
 
   // Columns.
-  long AppendColumn(std::unique_ptr<CQMColumn> column);
   long AppendColumn(char const* name, EQMDataType type, long declaredLength = 0);
   /** Values are changed through the table only, which keeps its indexes in step. */
-  CQMColumn const* GetColumn(SQMColumnKey column) const;
-  long GetColumnNumber(char const* name) const;
-  char const* GetColumnName(long position) const;
-  /** Indexes that sort by the column go with it. */
-  long DeleteColumn(SQMColumnKey column);
-  /** Unlinks the column and hands it over; null when there is none. */
-  std::unique_ptr<CQMColumn> ExtractColumn(SQMColumnKey column);
-  /** Gives every row the same value. */
-  long InitializeColumn(SQMColumnKey column, char const* text);
-  long InitializeColumn(SQMColumnKey column, void const* value);
-  /** Done when the column exists, else NameNotFound. */
-  long VerifyColumn(SQMColumnKey column) const;
-  long GetColumnCount() const { return static_cast<long>(m_columns.size()); }
-  /** The bytes of all values. */
-  long GetTableSize() const;
+  CQMColumn const* GetColumn(SQMColumnKey column) const { return FindColumn(column); }
 
   // Rows.
   /** Returns the new row's physical slot, or OutOfMemory. Makes the row map current. */
@@ -115,34 +99,18 @@ class CQMTable : public CQMObject {
   long AppendRow(std::initializer_list<void const*> values);
   /** Inserts before row, which must exist. Makes the row map current. */
   long InsertRow(long row);
-  long DeleteRow() { return DeleteRowByRowNumber(0); }
   long DeleteRowByRowNumber(long row);
-  long DeleteRowByKey(SQMKeyValues keys);
   long GetRowCount() const { return m_rowCount; }
 
-  // The current row; these return its number, 0 when there is none.
-  long ResetCurrentRow();
-  long GetFirstRow() { return ResetCurrentRow(); }
-  long GetNextRow();
-  long GetPreviousRow();
-  long GetLastRow();
-  long GetCurrentRow() const { return m_currentRow; }
-  long SetCurrentRowByNumber(long row);
   /** The first row in index order with these keys, or KeyNotFound. */
-  long SetCurrentRowByKey(SQMKeyValues keys) { return GetRowNumberByKey(keys); }
   long GetRowNumberByKey(SQMKeyValues keys);
-  /** The row after the current one when its keys are the same, else KeyNotFound. */
-  long GetNextEqualRow();
-  /** Leaves no current row. */
-  long GetEqualRowCount(SQMKeyValues keys);
 
   // Physical slots: the row numbers of the columns.
   /** The slot of a row number in the order of the current index; 0 when there is none. */
   long GetColumnRowNumber(long row);
   /** The slot of the first row, in the order of the rows, that has these keys in the index of a number; 0
-   * when there is none. Takes one step where values are set through the table and rows are appended, not
-   * inserted; real numbers are searched from the first row on. Neither the current row nor the current index
-   * matters. */
+   * when there is none. In constant time, unless rows were inserted before others or a key is a real number:
+   * then rows are searched one by one. The current index does not matter. */
   long FindSlotByKey(long index, SQMKeyValues keys) const;
   /** The same for an index of one column of texts. */
   long FindSlotByText(long index, SQMHashedText const& key) const {
@@ -150,28 +118,15 @@ class CQMTable : public CQMObject {
     long const slot = searched.slots.FindFirst(key.word);
     return searched.isHashed && (slot == 0 || IsExact(key.word)) ? slot : FindText(searched, slot, key.text);
   }
-  /** Deletes the row of a slot at the price of one step; no row is current then. When most slots are dead,
-   * the others are numbered anew, from 1 in the order of the rows. */
+  /** Deletes the row of a slot without moving those behind it. When most slots are dead, the others are
+   * numbered anew, from 1 in the order of the rows. */
   void DeleteSlot(long slot);
 
-  // Values: null or a result code when the column, row or key is not found.
-  void const* GetValue(SQMColumnKey column) { return GetValueByRowNumber(column, 0); }
+  // Values: null or a result code when the column or row is not found.
   void const* GetValueByRowNumber(SQMColumnKey column, long row);
-  void const* GetValueByKey(SQMColumnKey column, SQMKeyValues keys);
-  long GetFormattedValue(SQMColumnKey column, std::string& buffer) {
-    return GetFormattedValueByRowNumber(column, buffer, 0);
-  }
-  long GetFormattedValueByRowNumber(SQMColumnKey column, std::string& buffer, long row);
-  long GetFormattedValueByKey(SQMColumnKey column, std::string& buffer, SQMKeyValues keys);
-  /** Value is char const* (text to parse) or void const* (a value in the column's form). */
-  template <class Value>
-  long SetValue(SQMColumnKey column, Value const* value) {
-    return SetValueByRowNumber(column, value, 0);
-  }
+  /** A text is parsed, what is void is a value in the column's own form. */
   long SetValueByRowNumber(SQMColumnKey column, char const* text, long row);
   long SetValueByRowNumber(SQMColumnKey column, void const* value, long row);
-  long SetValueByKey(SQMColumnKey column, char const* text, SQMKeyValues keys);
-  long SetValueByKey(SQMColumnKey column, void const* value, SQMKeyValues keys);
 
   // Indexes.
   /** Defines or replaces an index. OutOfMemory without a free slot; NameNotFound for an unknown column, or
@@ -182,14 +137,8 @@ class CQMTable : public CQMObject {
   }
   /** Null or empty selects the row map. */
   long SelectIndex(char const* name);
-  void SwitchIndex(long number);
-  /** The row map cannot be deleted. */
-  long DeleteIndex(char const* name);
   long UpdateIndex();
   bool IndexIsStale() const;
-  /** Sorts the current index's column as it stands. */
-  long SortTable();
-  long GetIndexCount() const { return m_indexCount; }
 
   /** Writes "table_NUMBER_DUMP_LABEL.txt", or without the label for null, into the working folder: every
    * physical slot, deleted rows included. A file that cannot be opened is not written. */
@@ -198,12 +147,7 @@ class CQMTable : public CQMObject {
  private:
   static std::atomic<long> sm_lDumpID;  // of the next dump of any table
 
-  using Columns = std::vector<std::unique_ptr<CQMColumn>>;
-
-  Columns::const_iterator Locate(SQMColumnKey key) const;
   CQMColumn* FindColumn(SQMColumnKey key) const;
-  template <class Value>
-  long InitializeColumnWith(SQMColumnKey key, Value value);
   SQMTableIndex const& CurrentIndex() const { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
   SQMTableIndex& CurrentIndex() { return *m_indexes[static_cast<std::size_t>(m_currentIndex)]; }
   /** The slots of the rows; negative ones were deleted, and stay until CloseGaps takes them out. */
@@ -220,51 +164,38 @@ class CQMTable : public CQMObject {
   long AppendAtoms(long slot);
   /** Makes a row at a row number, which may be one beyond the last; its slot, or 0 without memory. */
   long TakeSlot(long row);
-  /** Makes row current (0: the current row stays) and returns its slot, or 0 for none. */
-  long UseRow(long row);
   template <class Action>
   long AtRow(SQMColumnKey column, long row, Action action);
-  template <class Action>
-  long AtKey(SQMKeyValues keys, Action action);
-  template <class Value>
-  long SetInSlot(CQMColumn& column, long slot, Value const* value);
   template <class Value>
   long SetHeldValue(SQMColumnKey column, Value const* value, long row);
-  template <class Value>
-  long SetHeldValueByKey(SQMColumnKey column, Value const* value, SQMKeyValues keys);
   struct SQMHeldKeys {
     std::vector<std::unique_ptr<std::byte[]>> copies;
     std::vector<void const*> addresses;
   };
   bool HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const;
   long FindIndex(std::string_view name) const;
-  void DropIndex(long number);
+  void SwitchIndex(long number) { m_currentIndex = number; }
+  /** Sorts the current index's column as it stands. */
+  long SortTable();
   /** How many rows a keyed lookup looks at before it gives up. */
   long GetProbeLimit() const;
   template <class Action>
   void ForEachIndex(Action action) {  // but the row map
-    for (std::size_t i = 1; i < m_indexes.size(); ++i) {
-      if (m_indexes[i] != nullptr) action(*m_indexes[i]);
-    }
+    for (std::size_t i = 1; i < m_indexes.size(); ++i) action(*m_indexes[i]);
   }
   void EnterAll(SQMTableIndex& index);
   void Enter(SQMTableIndex& index, long slot);
-  void EnterColumnAnew(CQMColumn const& column);
   template <class Test>
   long FirstSlotWhere(Test test) const;
   long FindText(SQMTableIndex const& index, long slot, std::string_view text) const;
   int CompareKeys(SQMKeyValues keys, long position) const;
-  bool HasEqualKeys(long positionA, long positionB) const;
 
   CQMDataSpace* m_space;
-  Columns m_columns;
+  std::vector<std::unique_ptr<CQMColumn>> m_columns;
   long m_rowCount = 0;
-  long m_currentRow = 0;
   std::int32_t m_nextSerial = 1;  // the physical slot of the next row
   std::uint32_t m_changeCount = 0;
-  std::vector<std::unique_ptr<SQMTableIndex>>
-      m_indexes;  // null where one was deleted; the first is the row map
-  long m_indexCount = 1;
+  std::vector<std::unique_ptr<SQMTableIndex>> m_indexes;  // the first is the row map
   long m_currentIndex = 0;
   bool m_isInSlotOrder = true;  // no row was inserted before another
   long m_gaps = 0;              // negative slots in the row map

@@ -31,8 +31,7 @@ void CQMTable::DumpTable(char const* label) const {
     for (long slot = 1; slot <= slots; ++slot) {
       text.clear();
       for (auto const* column : columns) {
-        column->AppendFormattedColumnValue(slot, &text);
-        text += '\t';
+        text.append(column->GetFormatedColumnValue(slot)).append("\t");
       }
       file.Write(text + "\n");
     }

@@ -12,9 +12,8 @@ namespace qumel {
 // ---- defining and selecting ----
 
 long CQMTable::FindIndex(std::string_view name) const {
-  auto const found = std::find_if(m_indexes.begin(), m_indexes.end(), [name](auto const& index) {
-    return index != nullptr && index->name == name;
-  });
+  auto const found = std::find_if(m_indexes.begin(), m_indexes.end(),
+                                  [name](auto const& index) { return index->name == name; });
   return found != m_indexes.end() ? static_cast<long>(found - m_indexes.begin()) : TableResult::NameNotFound;
 }
 
@@ -34,17 +33,16 @@ long CQMTable::DefineIndex(char const* name, std::span<SQMIndexKey const> keys) 
       index->keys.push_back({column, direction, column->GetChangeCount()});
     }
     EnterAll(*index);
-    auto place = isNew ? std::find(m_indexes.begin(), m_indexes.end(), nullptr) : m_indexes.begin() + known;
-    if (place == m_indexes.end()) {
+    if (!isNew) {
+      m_indexes[static_cast<std::size_t>(known)] = std::move(index);
+    } else {
       if (m_indexes.size() == kIndexSlots) return TableResult::OutOfMemory;
-      place = m_indexes.emplace(place);
+      m_indexes.push_back(std::move(index));
     }
-    *place = std::move(index);
   } catch (std::bad_alloc const&) {
     return TableResult::OutOfMemory;
   }
-  if (isNew) ++m_indexCount;
-  else m_currentIndex = known;
+  if (!isNew) m_currentIndex = known;
   return TableResult::Done;
 }
 
@@ -53,25 +51,6 @@ long CQMTable::SelectIndex(char const* name) {
   if (number < 0) return number;
   SwitchIndex(number);
   return TableResult::Done;
-}
-
-void CQMTable::SwitchIndex(long number) {
-  bool const exists = number >= 0 && static_cast<std::size_t>(number) < m_indexes.size() &&
-                      m_indexes[static_cast<std::size_t>(number)] != nullptr;
-  if (exists) m_currentIndex = number;
-}
-
-long CQMTable::DeleteIndex(char const* name) {
-  long const number = name != nullptr ? FindIndex(name) : TableResult::NameNotFound;
-  if (number < 1) return TableResult::NameNotFound;
-  DropIndex(number);
-  return TableResult::Done;
-}
-
-void CQMTable::DropIndex(long number) {
-  if (m_currentIndex == number) m_currentIndex = 0;
-  m_indexes[static_cast<std::size_t>(number)].reset();
-  --m_indexCount;
 }
 
 // ---- sorting ----
@@ -98,7 +77,7 @@ long CQMTable::UpdateIndex() {
   index.seenRowCount = m_rowCount;
   index.seenChangeCount = m_changeCount;
   for (auto& key : index.keys) key.seenChanges = key.column->GetChangeCount();
-  long result = index.rows->InflateIndex(m_rowCount, false);
+  long result = index.rows->InflateIndex(m_rowCount);
   if (result == TableResult::Done && !index.keys.empty()) result = SortTable();
   if (result != TableResult::Done) index.seenRowCount = -1;  // the next lookup tries again
   return result;
@@ -205,12 +184,6 @@ void CQMTable::Enter(SQMTableIndex& index, long slot) {
   }
 }
 
-void CQMTable::EnterColumnAnew(CQMColumn const& column) {
-  ForEachIndex([this, &column](SQMTableIndex& index) {
-    if (index.HasKey(column)) EnterAll(index);
-  });
-}
-
 /** From slot on, the first row with the word of text. */
 long CQMTable::FindText(SQMTableIndex const& index, long slot, std::string_view text) const {
   auto const fits = [&index, text](long candidate) {
@@ -261,10 +234,8 @@ int CQMTable::CompareKeys(SQMKeyValues keys, long position) const {
  * memory. */
 bool CQMTable::HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const {
   auto const& indexKeys = CurrentIndex().keys;
-  bool const areMoving = std::any_of(indexKeys.begin(), indexKeys.end(), [](auto const& key) {
-    CQMDataSpaceRegion const* const region = key.column->GetRegion();
-    return region != nullptr && region->IsMovable();
-  });
+  bool const areMoving = std::any_of(indexKeys.begin(), indexKeys.end(),
+                                     [](auto const& key) { return key.column->GetRegion().IsMovable(); });
   if (!areMoving) return true;
   try {
     for (std::size_t i = 0; i < indexKeys.size(); ++i) {
@@ -279,7 +250,6 @@ bool CQMTable::HoldStill(SQMKeyValues& keys, SQMHeldKeys& held) const {
 }
 
 long CQMTable::GetRowNumberByKey(SQMKeyValues keys) {
-  m_currentRow = 0;
   if (keys.size() < CurrentIndex().keys.size()) return TableResult::KeyNotFound;
   CloseGaps();
   SQMHeldKeys held;
@@ -295,7 +265,7 @@ long CQMTable::GetRowNumberByKey(SQMKeyValues keys) {
     int const order = CompareKeys(keys, position);
     if (order == 0) {
       while (position > 1 && CompareKeys(keys, position - 1) == 0) --position;
-      return m_currentRow = position;
+      return position;
     }
     if (isLast) break;
     (order < 0 ? high : low) = position;
@@ -307,30 +277,6 @@ long CQMTable::GetRowNumberByKey(SQMKeyValues keys) {
     position = next;
   }
   return TableResult::KeyNotFound;
-}
-
-bool CQMTable::HasEqualKeys(long positionA, long positionB) const {
-  long const slotA = SlotOfLogicalRow(LogicalRow(positionA));
-  long const slotB = SlotOfLogicalRow(LogicalRow(positionB));
-  auto const& keys = CurrentIndex().keys;
-  return std::all_of(keys.begin(), keys.end(),
-                     [=](auto const& key) { return key.column->CompareValue(slotA, slotB) == 0; });
-}
-
-long CQMTable::GetNextEqualRow() {
-  if (m_currentRow < 1 || m_currentRow >= m_rowCount) return TableResult::KeyNotFound;
-  CloseGaps();
-  if (HasEqualKeys(m_currentRow, m_currentRow + 1)) return ++m_currentRow;
-  m_currentRow = 0;
-  return TableResult::KeyNotFound;
-}
-
-long CQMTable::GetEqualRowCount(SQMKeyValues keys) {
-  if (GetRowNumberByKey(keys) < 1) return 0;
-  long count = 1;
-  while (GetNextEqualRow() > 0) ++count;
-  m_currentRow = 0;
-  return count;
 }
 
 }  // namespace qumel

@@ -1,4 +1,4 @@
-// The rows of a table, the current row, and the values in them.
+// The rows of a table and the values in them.
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -98,13 +98,12 @@ long CQMTable::TakeSlot(long row) {
   // The columns first: without memory the row map stays as it is, and the slot is never used.
   if (AppendAtoms(slot) != TableResult::Done || !SetSlotOfLogicalRow(RowMapLength() + 1, slot)) return 0;
   if (row <= m_rowCount) {
-    if (!RowMap().GetRegion()->MoveAtoms(row, row + 1, m_rowCount - row + 1)) return 0;
+    if (!RowMap().GetRegion().MoveAtoms(row, row + 1, m_rowCount - row + 1)) return 0;
     SetSlotOfLogicalRow(row, slot);
     m_isInSlotOrder = false;
   }
   ++m_changeCount;
   ++m_rowCount;
-  m_currentRow = row;
   return slot;
 }
 
@@ -136,15 +135,13 @@ long CQMTable::InsertRow(long row) {
 }
 
 long CQMTable::DeleteRowByRowNumber(long row) {
-  if (row == 0) row = m_currentRow;
   CloseGaps();
   long const logical = LogicalRow(row);
   if (logical == 0) return TableResult::RowOutOfRange;
   long const slot = SlotOfLogicalRow(logical);
-  if (!RowMap().GetRegion()->MoveAtoms(logical + 1, logical, m_rowCount - logical))
+  if (!RowMap().GetRegion().MoveAtoms(logical + 1, logical, m_rowCount - logical))
     return TableResult::OutOfMemory;
   CountOut(slot);
-  m_currentRow = std::min(row, m_rowCount);
   return TableResult::Done;
 }
 
@@ -153,7 +150,6 @@ void CQMTable::DeleteSlot(long slot) {
   if (place == 0 || !SetSlotOfLogicalRow(place, -slot)) return;
   ++m_gaps;
   CountOut(slot);
-  m_currentRow = 0;
   DropDeadSlots();
 }
 
@@ -161,7 +157,6 @@ void CQMTable::DeleteSlot(long slot) {
 void CQMTable::CountOut(long slot) {
   --m_rowCount;
   ++m_changeCount;
-  for (auto const& column : m_columns) column->CountChange();  // so that every index becomes stale
   ForEachIndex([slot](SQMTableIndex& index) { index.slots.Remove(slot); });
 }
 
@@ -169,7 +164,7 @@ void CQMTable::CountOut(long slot) {
 void CQMTable::DropDeadSlots() {
   constexpr long kSpared = 16;  // not worth the work
   long const dead = m_nextSerial - 1 - m_rowCount;
-  if (dead <= kSpared + 2 * m_rowCount || !m_isInSlotOrder || RowMap().GetRegion()->IsMovable()) return;
+  if (dead <= kSpared + 2 * m_rowCount || !m_isInSlotOrder || RowMap().GetRegion().IsMovable()) return;
   std::vector<std::int32_t> slots;
   try {
     slots.reserve(static_cast<std::size_t>(m_rowCount));
@@ -185,85 +180,23 @@ void CQMTable::DropDeadSlots() {
   m_nextSerial = static_cast<std::int32_t>(m_rowCount + 1);
 }
 
-long CQMTable::DeleteRowByKey(SQMKeyValues keys) {
-  long const row = GetRowNumberByKey(keys);
-  return row > 0 ? DeleteRow() : row;
-}
-
-// ---- the current row ----
-
-long CQMTable::ResetCurrentRow() { return m_currentRow = std::min(m_rowCount, 1L); }
-
-long CQMTable::GetNextRow() {
-  if (m_currentRow < m_rowCount) ++m_currentRow;
-  return m_currentRow;
-}
-
-long CQMTable::GetPreviousRow() {
-  if (m_currentRow > 1) --m_currentRow;
-  return m_currentRow;
-}
-
-long CQMTable::GetLastRow() { return m_currentRow = m_rowCount; }
-
-long CQMTable::SetCurrentRowByNumber(long row) {
-  return m_currentRow = row >= 1 && row <= m_rowCount ? row : 0;
-}
-
 // ---- values ----
-
-long CQMTable::UseRow(long row) {
-  if (row == 0) row = m_currentRow;
-  if (row < 1 || row > m_rowCount) return 0;
-  m_currentRow = row;
-  return GetColumnRowNumber(row);
-}
 
 template <class Action>
 long CQMTable::AtRow(SQMColumnKey key, long row, Action action) {
   CQMColumn* const column = FindColumn(key);
   if (column == nullptr) return TableResult::NameNotFound;
-  long const slot = UseRow(row);
+  long const slot = GetColumnRowNumber(row);
   return slot != 0 && slot <= column->GetAtomsInColumn() ? action(*column, slot) : TableResult::RowOutOfRange;
-}
-
-template <class Action>
-long CQMTable::AtKey(SQMKeyValues keys, Action action) {
-  long const row = GetRowNumberByKey(keys);
-  return row > 0 ? action() : row;
 }
 
 void const* CQMTable::GetValueByRowNumber(SQMColumnKey column, long row) {
   void const* value = nullptr;
-  AtRow(column, row, [&value](CQMColumn& found, long slot) {
+  AtRow(column, row, [&value](CQMColumn const& found, long slot) {
     value = found.GetColumnValue(slot);
     return TableResult::Done;
   });
   return value;
-}
-
-void const* CQMTable::GetValueByKey(SQMColumnKey column, SQMKeyValues keys) {
-  return GetRowNumberByKey(keys) > 0 ? GetValue(column) : nullptr;
-}
-
-long CQMTable::GetFormattedValueByRowNumber(SQMColumnKey column, std::string& buffer, long row) {
-  return AtRow(column, row,
-               [&buffer](CQMColumn& found, long slot) { return found.GetColumnValueString(slot, buffer); });
-}
-
-long CQMTable::GetFormattedValueByKey(SQMColumnKey column, std::string& buffer, SQMKeyValues keys) {
-  return AtKey(keys, [&] { return GetFormattedValue(column, buffer); });
-}
-
-template <class Value>
-long CQMTable::SetInSlot(CQMColumn& column, long slot, Value const* value) {
-  long const result = column.SetColumnValue(slot, value);
-  ForEachIndex([this, &column, slot](SQMTableIndex& index) {
-    if (!index.HasKey(column)) return;
-    index.slots.Remove(slot);
-    Enter(index, slot);
-  });
-  return result;
 }
 
 /** Looking for the row may take away the value that is to be set. */
@@ -272,16 +205,15 @@ long CQMTable::SetHeldValue(SQMColumnKey column, Value const* value, long row) {
   std::unique_ptr<std::byte[]> copy;
   CQMColumn const* const target = GetColumn(column);
   if (target != nullptr && !target->HoldStill(value, copy)) return TableResult::OutOfMemory;
-  return AtRow(column, row,
-               [this, value](CQMColumn& found, long slot) { return SetInSlot(found, slot, value); });
-}
-
-template <class Value>
-long CQMTable::SetHeldValueByKey(SQMColumnKey column, Value const* value, SQMKeyValues keys) {
-  std::unique_ptr<std::byte[]> copy;
-  CQMColumn const* const target = GetColumn(column);
-  if (target != nullptr && !target->HoldStill(value, copy)) return TableResult::OutOfMemory;
-  return AtKey(keys, [&] { return SetValue(column, value); });
+  return AtRow(column, row, [this, value](CQMColumn& found, long slot) {
+    long const result = found.SetColumnValue(slot, value);
+    ForEachIndex([this, &found, slot](SQMTableIndex& index) {
+      if (!index.HasKey(found)) return;
+      index.slots.Remove(slot);
+      Enter(index, slot);
+    });
+    return result;
+  });
 }
 
 long CQMTable::SetValueByRowNumber(SQMColumnKey column, char const* text, long row) {
@@ -289,12 +221,6 @@ long CQMTable::SetValueByRowNumber(SQMColumnKey column, char const* text, long r
 }
 long CQMTable::SetValueByRowNumber(SQMColumnKey column, void const* value, long row) {
   return SetHeldValue(column, value, row);
-}
-long CQMTable::SetValueByKey(SQMColumnKey column, char const* text, SQMKeyValues keys) {
-  return SetHeldValueByKey(column, text, keys);
-}
-long CQMTable::SetValueByKey(SQMColumnKey column, void const* value, SQMKeyValues keys) {
-  return SetHeldValueByKey(column, value, keys);
 }
 
 }  // namespace qumel

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <map>
+#include <random>
 #include <thread>
 
 #include "base/operator_ids.h"
@@ -109,16 +111,39 @@ TEST(OperatorList, RowsOfOneTokenKeepTheirOrder) {
   EXPECT_EQ(dialect.shared.FindByToken("pi"), nullptr);
 }
 
-TEST(OperatorList, Deleting) {
+TEST(OperatorList, OperatorsOfHostsFollowAPlainMap) {
   CQMDialect dialect;
-  long const id = dialect.Define(dialect.shared, {"twice", EQMFix::Prefix, 1});
-  CQMOpInfoRef const held = dialect.shared.FindById(id);
+  CQMOperatorList* const lists[] = {&dialect.shared, &dialect.own};
+  std::map<std::string, CQMOpInfoRef> models[2];
+  std::mt19937 random(6);
+  for (int step = 0; step < 5000; ++step) {
+    unsigned const l = random() % 2;
+    CQMOperatorList& list = *lists[l];
+    std::string const token = std::string(random() % 2 * 10, 'o') + std::to_string(random() % 20);
+    auto const known = models[l].find(token);
+    if (random() % 2 == 0) {
+      auto info = std::make_unique<CQMOpInfo>(token);
+      long const id = info->id = OpId::FirstExternal + step;
+      ASSERT_EQ(list.Load(std::move(info)), known == models[l].end()) << "of one token a host has one row";
+      if (known == models[l].end()) models[l][token] = list.FindById(id);
+    } else {
+      ASSERT_EQ(list.DeleteDefined(token), known != models[l].end() ? Error::None : Error::NotFound);
+      if (known != models[l].end()) {
+        ASSERT_EQ(known->second->token, token) << "a descriptor stays while it is held";
+        ASSERT_EQ(list.FindById(known->second->id), nullptr);
+        models[l].erase(known);
+      }
+    }
+    for (auto const& [name, info] : models[l]) {
+      ASSERT_EQ(list.FindByToken(name), info);
+      ASSERT_EQ(list.FindById(info->id), info);
+    }
+    ASSERT_EQ(list.HasToken(token), models[l].contains(token));
+  }
   EXPECT_EQ(dialect.shared.DeleteDefined("sin"), Error::DeleteNotAllowed);
   EXPECT_EQ(dialect.shared.DeleteDefined("unheard"), Error::NotFound);
-  EXPECT_EQ(dialect.shared.DeleteDefined("twice"), Error::None);
-  EXPECT_EQ(dialect.shared.DeleteDefined("twice"), Error::NotFound);
-  EXPECT_EQ(dialect.shared.FindById(id), nullptr);
-  EXPECT_EQ(held->token, "twice");
+  dialect.Define(dialect.shared, {"pi", EQMFix::Prefix, 1});  // standard in each context's own list
+  EXPECT_EQ(dialect.shared.DeleteDefined("pi"), Error::None);
 }
 
 TEST(OperatorList, ThreadsConvertWhileAnotherDefines) {

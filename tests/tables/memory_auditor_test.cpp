@@ -86,13 +86,10 @@ TEST_F(MemoryAuditor, AnAddressUsedAgainIsRemovedLatestFirst) {
   EXPECT_NE(Stats().find("Entries Removed          3\r\nMultiple Deletions       0\r\n"), std::string::npos);
 }
 
-TEST_F(MemoryAuditor, LongTextsAreCut) {
+TEST_F(MemoryAuditor, CutsLongTextsAndForgetsThemWhenDestroyed) {
   Auditor().AddEntry(m_memory, 1, std::string(500, 'a').c_str(), std::string(127, 'b').c_str());
   EXPECT_EQ(Register().substr(0, 3 + 127 + 1 + 127 + 9),
             "1: " + std::string(127, 'b') + ' ' + std::string(127, 'a') + " 1 bytes\n");
-}
-
-TEST_F(MemoryAuditor, DestructionStartsAnew) {
   Auditor().AddEntry(m_memory, 1, "a", "b");
   CQMMemoryAuditor::DestroyMemoryAuditor();
   EXPECT_EQ(Auditor().GetTotalRegisteredMemory(), 0);

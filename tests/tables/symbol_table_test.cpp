@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -54,83 +56,102 @@ class SymbolTable : public ::testing::Test {
   CQMSymbolTable m_grandparent{&kVariables, true}, m_parent{&kVariables}, m_table{&kVariables};
 };
 
-TEST_F(SymbolTable, LooksAlongTheChainByNameAndBySerialNumber) {
-  Enter(m_parent, "unrelated");
-  CQMObject* const far = Enter(m_grandparent, "x");
-  long const serial = far->GetSerialNumber();
-  EXPECT_EQ(m_table.GetSymbol("x", false), far);
-  EXPECT_EQ(m_table.GetSymbol(serial, false), far);
-  EXPECT_EQ(m_table.GetSymbolType("x", false), EQMDataType::Number);
-  EXPECT_EQ(m_table.GetSymbolType(serial, false), EQMDataType::Number);
-  EXPECT_TRUE(m_table.IsSymbol("x", false));
-  EXPECT_TRUE(m_table.IsSymbol(serial, false));
-  EXPECT_EQ(m_table.GetSymbol("x", true), nullptr);
-  EXPECT_EQ(m_table.GetSymbol(serial, true), nullptr);
-  EXPECT_FALSE(m_table.IsSymbol("x", true));
-  EXPECT_FALSE(m_table.IsSymbol(serial, true));
-  EXPECT_EQ(m_table.GetSymbolType("x", true), EQMDataType::Undefined);
-  EXPECT_FALSE(m_table.IsSymbol("X", false)) << "case counts";
-  CQMObject* const near = Enter(m_table, "x");
-  EXPECT_EQ(m_table.GetSymbol("x", false), near);
-  EXPECT_EQ(m_parent.GetSymbol("x", false), far);
+/** What a table holds, in the order in which it was entered. */
+struct Entry {
+  std::string name;  // may be another now
+  Variable* symbol;
+};
+
+TEST_F(SymbolTable, FollowsAPlainListOfEachTable) {
+  CQMSymbolTable* const tables[] = {&m_table, &m_parent, &m_grandparent};
+  std::vector<Entry> models[3];
+  std::mt19937 random(4);
+  auto const below = [&random](std::size_t bound) { return random() % bound; };
+  auto const first = [&](std::size_t t, auto fits) {
+    auto const found = std::ranges::find_if(models[t], fits);
+    return found != models[t].end() ? &*found : nullptr;
+  };
+  for (int step = 0; step < 10'000; ++step) {
+    std::size_t const t = below(3);
+    CQMSymbolTable& table = *tables[t];
+    std::vector<Entry>& model = models[t];
+    // few names, so that some tables know one twice; short and long ones
+    std::string const name = std::string(below(2) * 12, 'n') + std::to_string(below(15));
+    auto const isNamed = [&name](Entry const& entry) { return entry.name == name; };
+    Entry const* const known = first(t, isNamed);
+    switch (below(8)) {
+      case 0:
+      case 1: {
+        auto* const symbol = new Variable(name.c_str());
+        ASSERT_EQ(table.AddSymbol(symbol), Error::None);
+        ASSERT_EQ(table.AddSymbol(symbol), Error::None) << "it is in already";
+        model.push_back({name, symbol});
+        break;
+      }
+      case 2: {
+        auto symbol = std::make_unique<Variable>(name.c_str());
+        bool const isTaken = known != nullptr && !known->symbol->IsMarkedForDeletion();
+        ASSERT_EQ(table.AddNewSymbol(*symbol), isTaken ? Error::AlreadyExists : Error::None);
+        if (!isTaken) model.push_back({name, symbol.release()});
+        break;
+      }
+      case 3:
+        if (!model.empty()) model[below(model.size())].symbol->SetObjectName("another");
+        break;
+      case 4:
+        if (known != nullptr) known->symbol->DeleteOnRefCountZero(below(3) == 0);
+        break;
+      default: {
+        bool const byNumber = below(2) == 0 && !model.empty();
+        Entry const* const target = byNumber ? &model[below(model.size())] : known;
+        bool const isThere = target != nullptr && !target->symbol->IsMarkedForDeletion();
+        long const expected = isThere ? Error::None : Error::NotFound;
+        if (isThere && below(4) == 0) {  // in use
+          target->symbol->ReserveRef();
+          ASSERT_EQ(table.DeleteSymbol(target->symbol->GetSerialNumber(), true), Error::VariableInUse);
+          target->symbol->ReleaseRef();
+        }
+        ASSERT_EQ(byNumber ? table.DeleteSymbol(target->symbol->GetSerialNumber(), true)
+                           : table.DeleteSymbol(name, true),
+                  expected);
+        if (isThere) model.erase(model.begin() + (target - model.data()));
+      }
+    }
+    ASSERT_EQ(table.GetSymbolCount(), static_cast<long>(model.size()));
+    Entry const* found = nullptr;  // along the chain
+    for (std::size_t i = 3; i-- > 0;) {
+      Entry const* const own = first(i, isNamed);
+      if (own != nullptr) found = own;
+      bool const isVisible = own != nullptr && !own->symbol->IsMarkedForDeletion();
+      ASSERT_EQ(tables[i]->GetSymbol(name, true), isVisible ? own->symbol : nullptr);
+      ASSERT_EQ(tables[i]->IsSymbol(name, true), own != nullptr);
+      // a marked symbol hides those of the tables above
+      bool const isFound = found != nullptr && !found->symbol->IsMarkedForDeletion();
+      ASSERT_EQ(tables[i]->GetSymbol(name, false), isFound ? found->symbol : nullptr);
+      ASSERT_EQ(tables[i]->GetSymbolType(name, false),
+                isFound ? EQMDataType::Number : EQMDataType::Undefined);
+      ASSERT_EQ(tables[i]->IsSymbol(name, false), found != nullptr);
+      long const number = found != nullptr ? found->symbol->GetSerialNumber() : 0;
+      ASSERT_EQ(tables[i]->IsSymbol(number, false), found != nullptr);
+    }
+  }
 }
 
-TEST_F(SymbolTable, AParentOfAnotherClassEndsTheChain) {
+TEST_F(SymbolTable, GivesOutReferencesAndWhatItHeld) {
+  Variable* const symbol = Enter(m_parent, "x");
+  EXPECT_FALSE(m_table.IsSymbol("X", false)) << "case counts";
+  EXPECT_EQ(m_table.DeleteSymbol("x", true), Error::NotFound);
+  EXPECT_EQ(m_table.ReserveSymbol("x", false), symbol);
+  EXPECT_EQ(symbol->GetRefCount(), 1);
+  symbol->ReleaseRef();
+  std::unique_ptr<CQMObject> taken;
+  EXPECT_EQ(m_parent.TakeSymbol("x", taken), Error::None);
+  EXPECT_EQ(taken.get(), symbol);
+  EXPECT_EQ(m_table.AddSymbol(nullptr), Error::None);
   CQMLinkedObject root;
   m_grandparent.SetParentObject(&root);
-  EXPECT_FALSE(m_table.IsSymbol("x", false));
+  EXPECT_FALSE(m_table.IsSymbol("x", false)) << "a parent of another class ends the chain";
   m_grandparent.SetParentObject(nullptr);
-}
-
-TEST_F(SymbolTable, OfEqualNamesTheFirstEnteredCounts) {
-  Variable* const symbols[] = {Enter(m_table, "x"), Enter(m_table, "y"), Enter(m_table, "x"),
-                               Enter(m_table, "x")};
-  EXPECT_EQ(m_table.GetSymbol("x", true), symbols[0]);
-  EXPECT_EQ(m_table.DeleteSymbol(symbols[2]->GetSerialNumber(), true), Error::None);
-  EXPECT_EQ(m_table.GetSymbol("x", true), symbols[0]);
-  EXPECT_EQ(m_table.DeleteSymbol("x", true), Error::None);
-  EXPECT_EQ(m_table.GetSymbol("x", true), symbols[3]);
-  EXPECT_EQ(m_table.GetSymbol(symbols[3]->GetSerialNumber(), true), symbols[3]);
-  EXPECT_EQ(m_table.DeleteSymbol("x", true), Error::None);
-  EXPECT_FALSE(m_table.IsSymbol("x", true));
-  EXPECT_EQ(m_table.GetSymbolCount(), 1);
-}
-
-TEST_F(SymbolTable, ARenamedObjectIsKnownByTheNameItWasEnteredUnder) {
-  Variable* const symbol = Enter(m_table, "before");
-  symbol->SetObjectName("after");
-  EXPECT_TRUE(m_table.IsSymbol("before", true));
-  EXPECT_FALSE(m_table.IsSymbol("after", true));
-  EXPECT_EQ(m_table.DeleteSymbol(symbol->GetSerialNumber(), true), Error::None);
-  EXPECT_FALSE(m_table.IsSymbol("before", true));
-}
-
-TEST_F(SymbolTable, AMarkedSymbolIsHiddenAndStillBlocksItsName) {
-  Enter(m_parent, "x");
-  Variable* const marked = Enter(m_table, "x");
-  marked->DeleteOnRefCountZero(true);
-  EXPECT_EQ(m_table.GetSymbol("x", false), nullptr) << "the search must not go on to the parent";
-  EXPECT_EQ(m_table.ReserveSymbol("x", false), nullptr);
-  EXPECT_EQ(m_table.GetSymbolType("x", false), EQMDataType::Undefined);
-  EXPECT_TRUE(m_table.IsSymbol("x", true));
-  EXPECT_EQ(m_table.DeleteSymbol("x", true), Error::NotFound);
-  EXPECT_EQ(m_table.AddVariableSymbol("x", EQMDataType::Number, nullptr), Error::AlreadyExists);
-  marked->DeleteOnRefCountZero(false);
-  EXPECT_EQ(m_table.GetSymbol("x", false), marked);
-}
-
-TEST_F(SymbolTable, DeletesUnreferencedSymbolsOfItsOwn) {
-  Enter(m_parent, "x");
-  EXPECT_EQ(m_table.DeleteSymbol("x", true), Error::NotFound);
-  EXPECT_EQ(m_parent.ReserveSymbol("x", true), m_parent.GetSymbol("x", true));
-  EXPECT_EQ(m_parent.DeleteSymbol("x", true), Error::VariableInUse);
-  EXPECT_TRUE(m_parent.IsSymbol("x", true));
-  CQMObject* const kept = m_parent.GetSymbol("x", true);
-  kept->ReleaseRef();
-  EXPECT_EQ(m_parent.DeleteSymbol("x", false), Error::None);
-  EXPECT_FALSE(m_parent.IsSymbol("x", true));
-  EXPECT_EQ(kept->Name(), "x") << "the caller's now";
-  delete kept;
 }
 
 TEST_F(SymbolTable, MakesVariables) {
@@ -166,13 +187,6 @@ TEST_F(SymbolTable, MakesVariables) {
   EXPECT_FALSE(m_table.IsSymbol("k", false));
   CQMSymbolTable texts;
   EXPECT_EQ(texts.AddVariableSymbol("a", EQMDataType::Number, nullptr), Error::InvocationFailed);
-}
-
-TEST_F(SymbolTable, IgnoresNullAndWhatItHoldsAlready) {
-  EXPECT_EQ(m_table.AddSymbol(nullptr), Error::None);
-  Variable* const symbol = Enter(m_table, "x");
-  EXPECT_EQ(m_table.AddSymbol(symbol), Error::None);
-  EXPECT_EQ(m_table.GetSymbolCount(), 1);
 }
 
 TEST_F(SymbolTable, DestroysWhatItHoldsFromTheLastRowToTheFirst) {
@@ -228,27 +242,6 @@ TEST_F(SymbolTable, LookupsBetweenDeletionsSortNothing) {
   };
   constexpr int kSymbols = 5'000;
   EXPECT_LT(bytesOf(4 * kSymbols), 5 * bytesOf(kSymbols)) << "a sort takes room for all rows";
-}
-
-TEST_F(SymbolTable, SymbolsThatComeAndGoTakeNoMemoryForGood) {
-  Variable* const kept[] = {Enter(m_table, "a"), Enter(m_table, "b"), Enter(m_table, "a")};
-  long const size = CQMLinkedObject::GetDataSpaceSize();
-  for (int turn = 0; turn < 50'000; ++turn) {
-    Enter(m_table, "comes");
-    if (turn % 500 == 250) Enter(m_table, "goes late");
-    ASSERT_EQ(m_table.DeleteSymbol("comes", true), Error::None);
-    if (turn % 1000 == 999) {
-      ASSERT_EQ(m_table.DeleteSymbol("goes late", true), Error::None);
-      ASSERT_EQ(m_table.DeleteSymbol("goes late", true), Error::None);
-    }
-  }
-  EXPECT_LT(CQMLinkedObject::GetDataSpaceSize(), size + 500'000);
-  EXPECT_EQ(m_table.GetSymbolCount(), 3);
-  EXPECT_EQ(m_table.GetSymbol("a", true), kept[0]);
-  EXPECT_EQ(m_table.GetSymbol(kept[2]->GetSerialNumber(), true), kept[2]);
-  EXPECT_EQ(m_table.DeleteSymbol("a", true), Error::None);
-  EXPECT_EQ(m_table.GetSymbol("a", true), kept[2]);
-  EXPECT_EQ(m_table.GetSymbol("b", true), kept[1]);
 }
 
 TEST_F(SymbolTable, ThreadsLookUpWhileOneChangesASharedTable) {
