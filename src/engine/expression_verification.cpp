@@ -52,18 +52,22 @@ long CQMExpression::Verify(long first) {
   bool const declares = std::any_of(work.begin(), work.end(), [this](long index) {
     return GetOperatorByIndex(index)->VerifiesImmediately();
   });
+  // the types of an operator's own operands change by its own doing alone where it is the only one
+  bool const mayChangeOthers = declares || work.size() > 1;
   for (bool finalPass = false;;) {
     bool askAgain = false;
     bool progress = false;
     for (std::size_t i = 0; i < work.size(); ++i) {
       auto const position = static_cast<std::size_t>(work[i]);
-      if (operators[position]->IsVerified() && signatures[i] == OperandSignature(*operators[position]))
-        continue;
+      bool const isSettled =
+          operators[position]->IsVerified() &&
+          (!mayChangeOthers || signatures[i] == OperandSignature(*operators[position]));
+      if (isSettled) continue;
       if (long const code = VerifyOperator(work[i], finalPass, askAgain, progress); code != Error::None) {
         return Fail(code);
       }
       // an operator may type its own operand, as an assignment does its target
-      signatures[i] = OperandSignature(*operators[position]);
+      if (mayChangeOthers) signatures[i] = OperandSignature(*operators[position]);
     }
     for (std::size_t i = 0; declares && !askAgain && i < work.size(); ++i) {
       askAgain = signatures[i] != OperandSignature(*operators[static_cast<std::size_t>(work[i])]);

@@ -70,9 +70,12 @@ CQMOpInfoRef CQMOperatorList::FindDefined(Key const& key) const {
   if (m_definedCount.load(std::memory_order_acquire) == 0) return nullptr;
   std::shared_lock<std::shared_mutex> lock(m_mutex, std::defer_lock);
   if (m_shared) lock.lock();
-  CQMOpInfoRef const* const found = m_defined->Find(key);
+  // another thread may have deleted the last one before the lock
+  CQMOpInfoRef const* const found = m_defined != nullptr ? m_defined->Find(key) : nullptr;
   return found != nullptr ? *found : nullptr;
 }
+
+template CQMOpInfoRef CQMOperatorList::FindDefined(SQMHashedText const& token) const;
 
 bool CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info) {
   m_standard->SetDefaults(*info);
@@ -84,10 +87,6 @@ bool CQMOperatorList::Load(std::unique_ptr<CQMOpInfo> info) {
   static_cast<void>(row.release());  // the table's from now on
   m_definedCount.fetch_add(1, std::memory_order_release);
   return true;
-}
-
-SQMTokenRows CQMOperatorList::Find(SQMHashedText const& token) const {
-  return {m_standard->Find(token), FindDefined(token)};
 }
 
 CQMOpInfoRef CQMOperatorList::FindByToken(SQMHashedText const& token) const {
@@ -112,7 +111,7 @@ long CQMOperatorList::DeleteDefined(SQMHashedText const& token) {
   std::unique_ptr<CQMOpInfoRef const> const row(m_defined != nullptr ? m_defined->Remove(token) : nullptr);
   if (row == nullptr) return Error::NotFound;
   if ((*row)->definition != nullptr) (*row)->definition->MarkDeleted();
-  m_definedCount.fetch_sub(1, std::memory_order_release);
+  if (m_definedCount.fetch_sub(1, std::memory_order_release) == 1) m_defined.reset();
   return Error::None;
 }
 

@@ -1,7 +1,10 @@
 // The operators of one scope: the standard ones, which lists share, and beside them those of hosts.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <shared_mutex>
 #include <span>
@@ -71,12 +74,25 @@ class CQMStandardOperators {
    * or a closing parenthesis. Throws where there is no memory. */
   CQMStandardOperators(bool forAll, bool impliedMultiplication);
 
-  std::span<CQMOpInfoRef const> Find(SQMHashedText const& token) const;
+  std::span<CQMOpInfoRef const> Find(SQMHashedText const& token) const {
+    // Most words of a text are names: few have the first letter and the length of an operator.
+    return MayHave(token.text) ? FindRows(token) : std::span<CQMOpInfoRef const>();
+  }
   CQMOpInfoRef const* Find(long id) const { return m_table.Find(id); }
   /** Gives info, which a host defines beside these, the masks that go with its fix. */
   void SetDefaults(CQMOpInfo& info) const;
 
  private:
+  static constexpr std::size_t kLongestTold = 31;  // lengths from here on count as one
+  static std::uint32_t LengthBit(std::string_view token) {
+    return 1U << std::min(token.size(), kLongestTold);
+  }
+  bool MayHave(std::string_view token) const {
+    return !token.empty() && (m_lengths[static_cast<unsigned char>(token.front())] & LengthBit(token)) != 0;
+  }
+  std::span<CQMOpInfoRef const> FindRows(SQMHashedText const& token) const;
+
+  std::array<std::uint32_t, 256> m_lengths{};  // a bit for each length of token that begins with the character
   bool const m_isForAll;
   bool const m_impliedMultiplication;
   std::unique_ptr<CQMOpInfo[]> m_infos;
@@ -97,7 +113,10 @@ class CQMOperatorList {
    * there: another thread may have been first. Ids are not checked. Throws where there is no memory. */
   bool Load(std::unique_ptr<CQMOpInfo> info);
 
-  SQMTokenRows Find(SQMHashedText const& token) const;
+  SQMTokenRows Find(SQMHashedText const& token) const {
+    bool const hasDefined = m_definedCount.load(std::memory_order_acquire) != 0;
+    return {m_standard->Find(token), hasDefined ? FindDefined(token) : nullptr};
+  }
   /** The first row of a token or id in list order, or null. */
   CQMOpInfoRef FindByToken(SQMHashedText const& token) const;
   CQMOpInfoRef FindById(long id) const;
@@ -116,7 +135,7 @@ class CQMOperatorList {
   std::shared_ptr<CQMStandardOperators const> m_standard;
   mutable std::shared_mutex m_mutex;  // of what follows
   std::atomic<long> m_definedCount{0};
-  std::unique_ptr<CQMOperatorTable> m_defined;  // made with the first row; owns what it refers to
+  std::unique_ptr<CQMOperatorTable> m_defined;  // while there are rows; owns what it refers to
 };
 
 }  // namespace qumel

@@ -59,6 +59,7 @@ CQMStandardOperators::CQMStandardOperators(bool forAll, bool impliedMultiplicati
   for (SQMOpRow const* const row : rows) {
     CQMOpInfo& info = m_infos[m_rows.size()];
     info.token = row->token;
+    m_lengths[static_cast<unsigned char>(*row->token)] |= LengthBit(row->token);
     info.id = row->id;
     info.fix = row->fix;
     info.minOperands = row->operands.least;
@@ -86,7 +87,7 @@ void CQMStandardOperators::SetDefaults(CQMOpInfo& info) const {
   }
 }
 
-std::span<CQMOpInfoRef const> CQMStandardOperators::Find(SQMHashedText const& token) const {
+std::span<CQMOpInfoRef const> CQMStandardOperators::FindRows(SQMHashedText const& token) const {
   CQMOpInfoRef const* const first = m_table.Find(token);
   if (first == nullptr) return {};
   CQMOpInfoRef const* last = first;

@@ -1,5 +1,5 @@
-// A relational table in memory: typed columns, rows, and indexes that find rows by a hash of their keys at
-// once and are sorted lazily.
+// A relational table in memory: typed columns, rows, and indexes, which find rows by a hash of their keys
+// and are sorted when their order is asked for.
 #pragma once
 
 #include <atomic>
@@ -76,7 +76,7 @@ struct SQMTableIndex {
  * from 1. Results are those of TableResult, or as told. Indexes are sorted by keyed lookups only, when rows
  * have come or gone and the key columns have changed since; a key value set since the last lookup does not
  * alone make an index stale. Slots are found by their keys without sorting. A table belongs to one thread at
- * a time; const operations may run in any number of threads meanwhile none changes the table. */
+ * a time; const operations may run in any number of threads while none changes the table. */
 class CQMTable : public CQMObject {
  public:
   static constexpr long kIndexSlots = 32;  // the row map's included
