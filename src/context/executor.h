@@ -76,10 +76,12 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   double EvaluateToNumber(CQMExpression& expression) {
     // Formulas on numbers, which hosts evaluate by the million, need nothing else.
     CQMDetachedProgram* const program = expression.GetNumericProgram();
-    if (program == nullptr) [[unlikely]] return EvaluateToNumberAtLength(expression);
+    if (program == nullptr) [[unlikely]]
+      return EvaluateToNumberAtLength(expression);
     long const status = program->Run();
     m_lastError = Error::None;
-    if (status != Error::None) [[unlikely]] return FollowNumericProgram(expression, status);
+    if (status != Error::None) [[unlikely]]
+      return FollowNumericProgram(expression, status);
     double const result = program->GetNumber();
     StoreNumber(TypeLetter::kNumber, result, 0.0);
     return result;

@@ -39,8 +39,8 @@ std::unique_ptr<CQMDetachedProgram> CQMDetachedProgram::Make(std::span<CQMOperat
     made->m_slots.reserve(counted.size());
     ForgetSlots(operators);
     result.SetSlot(CQMDatum::kNoSlot);
-    CQMStepMaker maker(operators, made->m_steps, expression, expression.GetContext().GetAngleFactorToRadians(),
-                       EQMWay::Joined, slots);
+    CQMStepMaker maker(operators, made->m_steps, expression,
+                       expression.GetContext().GetAngleFactorToRadians(), EQMWay::Joined, slots);
     if (!maker.MakeAll() || maker.NeedsObjects()) return nullptr;
     made->m_result = maker.PlaceOf(result);
   }
@@ -87,8 +87,8 @@ void CQMDetachedProgram::HandOver(std::span<CQMOperator* const> operators, CQMEx
   std::vector<SQMStep> steps;
   std::vector<SQMSlot> slots;
   slots.reserve(kMostSlotsAnOperator * operators.size() + 1);
-  CQMStepMaker(operators, steps, expression, expression.GetContext().GetAngleFactorToRadians(), EQMWay::Joined,
-               &slots)
+  CQMStepMaker(operators, steps, expression, expression.GetContext().GetAngleFactorToRadians(),
+               EQMWay::Joined, &slots)
       .MakeAll();
   for (CQMOperator const* const op : operators) {
     CQMDatum* const result = op->GetResultOperand();

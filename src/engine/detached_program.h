@@ -32,8 +32,8 @@ class CQMDetachedProgram {
   double GetNumber() const { return NumberAt(m_result); }
   SQMResultView GetResult() const;
 
-  /** Runs all steps, and returns why they ended before the last one if they did. A run can neither call the host
-   * nor throw, so that there is only one at a time. */
+  /** Runs all steps, and returns why they ended before the last one if they did. A run can neither call the
+   * host nor throw, so that there is only one at a time. */
   long Run() {
     SQMStep const* step = m_steps.data();
 #if QUMEL_STEPS_RETURN

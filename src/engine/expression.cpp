@@ -137,8 +137,7 @@ void CQMExpression::FollowModes() {
 bool CQMExpression::HasDetachableNames() const {
   if (!m_compilation->names.empty()) return false;
   return m_locals == nullptr || std::ranges::all_of(m_locals->symbols, [](auto const& symbol) {
-           return !symbol->IsArray() &&
-                  (symbol->GetType() == EQMDataType::Number || symbol->IsBoolean());
+           return !symbol->IsArray() && (symbol->GetType() == EQMDataType::Number || symbol->IsBoolean());
          });
 }
 

@@ -59,9 +59,8 @@ long CQMExpression::Verify(long first) {
     bool progress = false;
     for (std::size_t i = 0; i < work.size(); ++i) {
       auto const position = static_cast<std::size_t>(work[i]);
-      bool const isSettled =
-          operators[position]->IsVerified() &&
-          (!mayChangeOthers || signatures[i] == OperandSignature(*operators[position]));
+      bool const isSettled = operators[position]->IsVerified() &&
+                             (!mayChangeOthers || signatures[i] == OperandSignature(*operators[position]));
       if (isSettled) continue;
       if (long const code = VerifyOperator(work[i], finalPass, askAgain, progress); code != Error::None) {
         return Fail(code);

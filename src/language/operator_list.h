@@ -92,7 +92,8 @@ class CQMStandardOperators {
   }
   std::span<CQMOpInfoRef const> FindRows(SQMHashedText const& token) const;
 
-  std::array<std::uint32_t, 256> m_lengths{};  // a bit for each length of token that begins with the character
+  std::array<std::uint32_t, 256>
+      m_lengths{};  // a bit for each length of token that begins with the character
   bool const m_isForAll;
   bool const m_impliedMultiplication;
   std::unique_ptr<CQMOpInfo[]> m_infos;
