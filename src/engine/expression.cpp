@@ -205,7 +205,12 @@ long CQMExpression::ResolveDetached() {
 long CQMExpression::ContinueInComplex(long position) {
   if (!m_context.MayBecomeComplex()) return Error::ResultIsComplex;
   if (long const code = Restore(); code != Error::None) return code;
-  m_detached->HandOver(m_compilation->operators, *this);
+  try {
+    m_detached->HandOver(m_compilation->operators, *this);
+  } catch (...) {
+    GiveUpRestoring();
+    throw;
+  }
   ReleaseDetached();
   EnterComplexMode();
   CQMTemporaryValue<bool> const running(m_isRunning, true);
