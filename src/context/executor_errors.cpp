@@ -3,7 +3,7 @@
 
 #include "base/number_text.h"
 #include "context/executor.h"
-#include "language/stack_items.h"
+#include "language/stack_string.h"
 
 namespace qumel {
 
