@@ -4,7 +4,7 @@
 #include "base/number_text.h"
 #include "context/executor.h"
 #include "context/process_state.h"
-#include "language/stack_items.h"
+#include "language/stack_string.h"
 
 namespace qumel {
 

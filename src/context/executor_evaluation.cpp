@@ -163,6 +163,13 @@ char CQMExecutor::Evaluate(CQMExpression* expression) {
 }
 
 double CQMExecutor::EvaluateToNumberAtLength(CQMExpression& expression) {
+  if (CQMDetachedProgram* const program = expression.GetCurrentProgram(); program != nullptr) {
+    long const status = program->Run();
+    m_lastError = Error::None;
+    if (status != Error::None) return FollowNumericProgram(expression, status);
+    StoreAsNumber(program->GetResult());
+    return m_lastReal;
+  }
   EvaluateExpression(&expression, [this](SQMResultView const& result) { StoreAsNumber(result); });
   return m_lastReal;
 }

@@ -82,6 +82,10 @@ class CQMExpression : public CQMLinkedObject {
     CQMDetachedProgram* const program = m_numericProgram;
     return program != nullptr && program->IsCurrent() ? program : nullptr;
   }
+  /** As above, whatever it comes to. */
+  CQMDetachedProgram* GetCurrentProgram() const {
+    return m_detached != nullptr && m_detached->IsCurrent() ? m_detached.get() : nullptr;
+  }
   /** Goes on where a run of a detached program ended. */
   long FollowNumericProgram(long status) {
     return status == Status::NeedsComplex ? ContinueInComplex(m_detached->EndPosition()) : status;

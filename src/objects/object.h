@@ -23,10 +23,7 @@ inline constexpr char kDataSpaceRegion[] = "__ODSR__";
 inline constexpr char kColumn[] = "__OLOC__";
 inline constexpr char kTable[] = "__OT";
 inline constexpr char kOpInfo[] = "OOI_";
-inline constexpr char kStack[] = "OS__";
 inline constexpr char kStackString[] = "ST__";
-inline constexpr char kStackNumber[] = "NUM_";
-inline constexpr char kOperand[] = "OOND";
 }  // namespace TypeTag
 
 class CQMObject {
