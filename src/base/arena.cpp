@@ -19,7 +19,7 @@ void CQMArena::FreeBlocksBefore(SQMBlock* kept) {
   while (first != nullptr) {
     SQMBlock* const block = first;
     first = block->before;
-    ::operator delete(block, block->size);
+    ::operator delete(block);
   }
 }
 

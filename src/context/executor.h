@@ -81,7 +81,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
     long const status = program->Run();
     m_lastError = Error::None;
     if (status != Error::None) [[unlikely]]
-      return FollowNumericProgram(expression, status);
+      return FollowNumericProgram(*program, status);
     double const result = program->GetNumber();
     StoreNumber(TypeLetter::kNumber, result, 0.0);
     return result;
@@ -214,7 +214,7 @@ class CQMExecutor final : public CQMLinkedObject, public CQMOperatorContext {
   void Conclude(long code);
   // executor_results.cpp
   double EvaluateToNumberAtLength(CQMExpression& expression);
-  double FollowNumericProgram(CQMExpression& expression, long status);
+  double FollowNumericProgram(CQMDetachedProgram const& program, long status);
   void StoreResult(SQMResultView const& result);
   void StoreAsNumber(SQMResultView const& result);
   void StoreAsComplex(SQMResultView const& result, double* imaginary);

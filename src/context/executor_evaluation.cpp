@@ -166,7 +166,7 @@ double CQMExecutor::EvaluateToNumberAtLength(CQMExpression& expression) {
   if (CQMDetachedProgram* const program = expression.GetCurrentProgram(); program != nullptr) {
     long const status = program->Run();
     m_lastError = Error::None;
-    if (status != Error::None) return FollowNumericProgram(expression, status);
+    if (status != Error::None) return FollowNumericProgram(*program, status);
     StoreAsNumber(program->GetResult());
     return m_lastReal;
   }
@@ -174,7 +174,8 @@ double CQMExecutor::EvaluateToNumberAtLength(CQMExpression& expression) {
   return m_lastReal;
 }
 
-double CQMExecutor::FollowNumericProgram(CQMExpression& expression, long status) {
+double CQMExecutor::FollowNumericProgram(CQMDetachedProgram const& program, long status) {
+  CQMExpression& expression = program.GetExpression();
   Conclude(CodeOf([&] {
     long const code = expression.FollowNumericProgram(status);
     if (code == Error::None) StoreAsNumber(expression.GetResult());

@@ -24,8 +24,7 @@ void ForgetSlots(std::span<CQMOperator* const> operators) {
 }  // namespace
 
 std::unique_ptr<CQMDetachedProgram> CQMDetachedProgram::Make(std::span<CQMOperator* const> operators,
-                                                             CQMExpression const& expression,
-                                                             CQMDatum& result) {
+                                                             CQMExpression& expression, CQMDatum& result) {
   EQMDataType const type = result.GetType() == EQMDataType::Real ? EQMDataType::Number : result.GetType();
   bool const isPlain = (type == EQMDataType::Number || type == EQMDataType::Boolean) && !result.IsArray() &&
                        !result.IsProxy() && result.GetValue() != nullptr;
@@ -45,6 +44,7 @@ std::unique_ptr<CQMDetachedProgram> CQMDetachedProgram::Make(std::span<CQMOperat
     made->m_result = maker.PlaceOf(result);
   }
   made->m_frame.begin = made->m_steps.data();
+  made->m_frame.expression = &expression;
   result.SetBound();
   made->m_type = type;
   return made;

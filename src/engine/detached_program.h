@@ -19,7 +19,7 @@ class CQMDetachedProgram {
   /** Null where a step needs an operator or a datum, or where result is no number or boolean of its own or of
    * a variable. */
   static std::unique_ptr<CQMDetachedProgram> Make(std::span<CQMOperator* const> operators,
-                                                  CQMExpression const& expression, CQMDatum& result);
+                                                  CQMExpression& expression, CQMDatum& result);
   /** Remembers what the steps take for granted of the names in items, which are bound. */
   void Sign(CQMItemList const& items) { m_signature = SignatureOf(items); }
 
@@ -43,6 +43,8 @@ class CQMDetachedProgram {
 #endif
     return m_frame.status == Error::None ? static_cast<long>(Error::None) : TakeStatus();
   }
+  /** Whose program it is. */
+  CQMExpression& GetExpression() const { return *m_frame.expression; }
   /** The position of the operator that gave the status. */
   long EndPosition() const { return m_frame.position; }
 
