@@ -67,27 +67,18 @@ using WorkFunction = long (*)(CQMCall& call);
 SQMStep const* EndCall(CQMCall const& call, SQMFrame& frame, long status);
 SQMStep const* EndComplexCall(CQMCall const& call, SQMFrame& frame, long status);
 
+using EndFunction = SQMStep const* (*)(CQMCall const& call, SQMFrame& frame, long status);
+
 // Steps go on by calls that take no stack, which the compiler makes only where no local object lives any
 // more: so the call has a function of its own.
-template <WorkFunction work>
-[[gnu::noinline]] SQMStep const* WorkInReal(SQMStep const* step, SQMFrame& frame) {
+template <WorkFunction work, EndFunction end>
+[[gnu::noinline]] SQMStep const* DoWork(SQMStep const* step, SQMFrame& frame) {
   CQMCall call(*step, frame);
-  return EndCall(call, frame, work(call));
+  return end(call, frame, work(call));
 }
-template <WorkFunction work>
-SQMStep const* RunInReal(SQMStep const* step, SQMFrame& frame, double) {
-  SQMStep const* const next = WorkInReal<work>(step, frame);
-  return next != nullptr ? GoOn(next, frame, 0.0) : nullptr;
-}
-
-template <WorkFunction work>
-[[gnu::noinline]] SQMStep const* WorkInComplex(SQMStep const* step, SQMFrame& frame) {
-  CQMCall call(*step, frame);
-  return EndComplexCall(call, frame, work(call));
-}
-template <WorkFunction work>
-SQMStep const* RunInComplex(SQMStep const* step, SQMFrame& frame, double) {
-  SQMStep const* const next = WorkInComplex<work>(step, frame);
+template <WorkFunction work, EndFunction end>
+SQMStep const* RunWork(SQMStep const* step, SQMFrame& frame, double) {
+  SQMStep const* const next = DoWork<work, end>(step, frame);
   return next != nullptr ? GoOn(next, frame, 0.0) : nullptr;
 }
 
@@ -100,6 +91,6 @@ struct SQMWays {
 inline long DoNothing(CQMCall&) { return Status::Done; }
 
 template <WorkFunction real, WorkFunction complex = real>
-constexpr SQMWays kWays{&RunInReal<real>, &RunInComplex<complex>};
+constexpr SQMWays kWays{&RunWork<real, &EndCall>, &RunWork<complex, &EndComplexCall>};
 
 }  // namespace qumel

@@ -147,8 +147,6 @@ void CQMExpression::ReleaseDetached() {
 }
 
 void CQMExpression::Detach() {
-  // Names of the expression itself may be of any type when it is compiled again, those in tables are what a
-  // text finds there.
   bool const mayBe = m_runnable && !m_complexMode && m_definition == nullptr && m_original == nullptr &&
                      HasDetachableNames() && Program().IsQuiet();
   CQMDatum* const result = GetResultDatum();

@@ -2,9 +2,6 @@
 // numbers.
 #pragma once
 
-#include <memory>
-#include <span>
-
 #include "engine/operator.h"
 #include "engine/program.h"
 
