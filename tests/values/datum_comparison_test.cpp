@@ -12,16 +12,23 @@ using namespace qumel::testing;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-TEST(DatumComparisonTest, ValuesOfOneType) {
-  using Fields = std::array<std::int16_t, 3>;
+using Fields = std::array<std::int16_t, 3>;
+
+/** Pairs of datums, and how the first of each compares to the second. */
+class CQMOrders {
+ public:
   struct Case {
     std::unique_ptr<CQMDatum> a, b;
     int order;
   };
-  std::vector<Case> cases;
-  auto const add = [&cases](std::unique_ptr<CQMDatum> a, std::unique_ptr<CQMDatum> b, int order) {
+  void operator()(std::unique_ptr<CQMDatum> a, std::unique_ptr<CQMDatum> b, int order) {
     cases.push_back({std::move(a), std::move(b), order});
-  };
+  }
+  std::vector<Case> cases;
+};
+
+TEST(DatumComparisonTest, ValuesOfOneType) {
+  CQMOrders add;
   for (int const type : {0, 5}) add(MakeRaw<std::int8_t>(type, -1), MakeRaw<std::int8_t>(type, 1), -1);
   for (int const type : {6, 8}) add(MakeRaw<std::int16_t>(type, -300), MakeRaw<std::int16_t>(type, 1), -1);
   for (int const type : {9, 14}) add(MakeRaw<std::int32_t>(type, 70000), MakeRaw<std::int32_t>(type, -1), 1);
@@ -52,7 +59,7 @@ TEST(DatumComparisonTest, ValuesOfOneType) {
   add(MakeRaw<std::uint32_t>(26, 0xFF), MakeRaw<std::uint32_t>(26, 0x0100), 1);  // by bytes as they lie
   add(MakeRaw<std::uint8_t>(34, 3), MakeRaw<std::uint8_t>(34, 200), -1);
   add(std::make_unique<CQMDatum>(), std::make_unique<CQMDatum>(), 0);
-  for (auto const& c : cases) {
+  for (auto const& c : add.cases) {
     EXPECT_EQ(c.a->CompareValue(c.b.get()), c.order) << "type " << Code(c.a->GetType());
     EXPECT_EQ(*c.a > *c.b, c.order > 0);
     EXPECT_EQ(*c.a >= *c.b, c.order >= 0);
@@ -78,15 +85,7 @@ TEST(DatumComparisonTest, PointersAreComparedEightElementsAhead) {
 }
 
 TEST(DatumComparisonTest, ValuesOfDifferentTypes) {
-  using Fields = std::array<std::int16_t, 3>;
-  struct Case {
-    std::unique_ptr<CQMDatum> a, b;
-    int order;
-  };
-  std::vector<Case> cases;
-  auto const add = [&cases](std::unique_ptr<CQMDatum> a, std::unique_ptr<CQMDatum> b, int order) {
-    cases.push_back({std::move(a), std::move(b), order});
-  };
+  CQMOrders add;
   add(MakeText("5"), MakeNumber(5), -1);  // by element size
   add(MakeNumber(5), MakeText("5"), 1);
   add(MakeNumber(5), MakeRaw<std::uint8_t>(20, 1), -1);
@@ -101,7 +100,7 @@ TEST(DatumComparisonTest, ValuesOfDifferentTypes) {
   add(MakeRaw(22, Fields{1, 2, 3}), MakeRaw(24, SQMTimeStamp{{1, 2, 3}, {0, 0, 0}, 0}), 0);
   add(MakeRaw(22, Fields{1, 2, 3}), MakeRaw(23, Fields{4, 5, 6}), 1);
   add(MakeText("b"), MakeText("a", EQMDataType::Text), 0);
-  for (auto const& c : cases) {
+  for (auto const& c : add.cases) {
     EXPECT_EQ(c.a->CompareValue(c.b.get()), c.order)
         << "types " << Code(c.a->GetType()) << " and " << Code(c.b->GetType());
   }
